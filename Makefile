@@ -1,0 +1,33 @@
+# The two commands a newcomer needs: `make run` and `make test`.
+BUILD ?= build
+JOBS ?= 2
+CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+.PHONY: setup configure build run test bench fuzz clean
+
+setup:
+	@bash scripts/setup.sh
+
+configure: setup
+	@test -f $(BUILD)/CMakeCache.txt || cmake -S . -B $(BUILD) $(CMAKE_FLAGS)
+
+build: configure
+	cmake --build $(BUILD) -j$(JOBS)
+
+run: build
+	$(BUILD)/bin/tunecatch
+
+test: build
+	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS) --timeout 300
+
+bench: build
+	@bash scripts/bench.sh $(BUILD)
+
+fuzz: setup
+	cmake -S . -B $(BUILD)-fuzz -DCMAKE_CXX_COMPILER=clang++ -DTUNECATCH_FUZZ=ON \
+	    -DTUNECATCH_BUILD_TESTS=OFF -DTUNECATCH_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD)-fuzz -j$(JOBS)
+	@bash scripts/fuzz.sh $(BUILD)-fuzz
+
+clean:
+	rm -rf $(BUILD) $(BUILD)-fuzz

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+// Where the program keeps its files. The data folder is computed afresh at
+// every call, so a changed environment is seen at once.
+namespace AppPaths {
+
+// "APPDATA" when set and not empty, else the user's data folder
+// ($XDG_DATA_HOME, else ~/.local/share); then "/Tunecatch/".
+QString DataFolder();
+
+// The recordings folder the recorder uses: the data folder followed by "Rec/".
+QString RecordingsFolder();
+
+// True when the path names an existing file (not a folder).
+bool FileExists(const QString &path);
+
+} // namespace AppPaths

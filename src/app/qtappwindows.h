@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/appwindows.h"
+
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+class AppState;
+class Startup;
+
+// The program's windows as start-up shows them. Every window it creates ends
+// the program through the closing procedure when it is closed.
+class QtAppWindows : public AppWindows
+{
+public:
+    explicit QtAppWindows(AppState &state);
+
+    // The closing procedure that the windows run when they unload.
+    void setStartup(Startup *startup) { m_startup = startup; }
+
+    void InitCommonControls() override;
+    void LoadMainWindow() override;
+    void ShowMainWindow() override;
+    void ShowRecorderWindow() override;
+    void ProcessEvents() override;
+    void UnloadAllWindows() override;
+    void EndProcess() override;
+
+private:
+    QWidget *track(QWidget *window);
+
+    AppState &m_state;
+    Startup *m_startup = nullptr;
+    QPointer<QWidget> m_mainWindow;
+    QList<QPointer<QWidget>> m_loaded;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+// The per-user settings: text values under application "Tunecatch", section
+// "CONFIG". Readers pass a typed default and convert what they get back.
+class SettingsStore
+{
+public:
+    // The nine keys.
+    static inline const QString V = QStringLiteral("V");
+    static inline const QString OptGenre = QStringLiteral("OptGenre");
+    static inline const QString OptCategory = QStringLiteral("OptCategory");
+    static inline const QString OptType = QStringLiteral("OptType");
+    static inline const QString OptRating = QStringLiteral("OptRating");
+    static inline const QString TrimMP3Tool = QStringLiteral("TrimMP3Tool");
+    static inline const QString AppSkinOn = QStringLiteral("AppSkinOn");
+    static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
+    static inline const QString Theme = QStringLiteral("Theme");
+
+    static QString GetSetting(const QString &key, const QString &defaultValue = {});
+    static void SaveSetting(const QString &key, const QString &value);
+
+    // Leading-number conversion of the stored text; the default when absent.
+    static qint32 GetNumber(const QString &key, qint32 defaultValue);
+    static void SaveNumber(const QString &key, qint32 value);
+
+    // Boolean conversion of the stored text; throws AppError on text such as "yes".
+    static bool GetBoolean(const QString &key, bool defaultValue);
+    static void SaveBoolean(const QString &key, bool value);
+};

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+
+class AppState;
+class AppWindows;
+
+// The program's entry sequence and its common closing procedure.
+class Startup
+{
+public:
+    Startup(AppState &state, AppWindows &windows);
+
+    static inline const QString FatalTitle = QStringLiteral("Tunecatch about to Terminate!");
+    // The versions whose catalogue the upgrade replaces, and the marker it leaves.
+    static constexpr int UpgradedVersion = 32;
+
+    // Prepares everything and shows the main window, or the recorder window
+    // when commandLine holds two characters or more after trimming. Returns
+    // true when a window was shown; false after a fatal error before that.
+    bool SubMain(const QString &commandLine);
+
+    // Saves the catalogue when changed, stores the filters, unloads the
+    // windows, removes the skin and ends the process. Runs once.
+    void Close();
+
+    static bool IsUpgradeVersion(int version);
+
+private:
+    void prepareDataFolder();
+    void loadStartupSettings();
+
+    AppState &m_state;
+    AppWindows &m_windows;
+    bool m_windowShown = false;
+    bool m_closing = false;
+};

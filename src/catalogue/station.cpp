@@ -1,0 +1,10 @@
+#include "catalogue/station.h"
+
+Station Station::newStation()
+{
+    Station s;
+    s.Format = QStringLiteral("mp3");
+    s.OutputFile = DefaultOutputFile;
+    s.SingleSong = true;
+    return s;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+// Making text safe for file names.
+namespace StationNames {
+
+// Removes "/", "\", ":", "*", "?", "''" (two apostrophes; a single one stays),
+// "<", ">" and "|", in that order.
+void StripFileNameChars(QString &text);
+
+// Trimmed of blanks, stripped, cut to 60 characters.
+QString CleanName(const QString &text);
+
+// The same, cut to 30 characters: names inside recorded file names.
+QString CleanShortName(const QString &text);
+
+// Removes blanks (spaces only, not tabs or line ends) at both ends.
+QString TrimBlanks(const QString &text);
+
+} // namespace StationNames

@@ -1,0 +1,24 @@
+#include "app/appstate.h"
+#include "app/messageboxprompt.h"
+#include "app/qtappwindows.h"
+#include "app/startup.h"
+
+#include <QApplication>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(AppState::AppTitle);
+
+    MessageBoxPrompt prompt;
+    AppState state(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
+    QtAppWindows windows(state);
+    Startup startup(state, windows);
+    windows.setStartup(&startup);
+
+    QStringList words = QCoreApplication::arguments();
+    words.removeFirst();
+    if (!startup.SubMain(words.join(u' ')))
+        return 1;
+    return QApplication::exec();
+}

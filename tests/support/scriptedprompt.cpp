@@ -1,0 +1,20 @@
+#include "support/scriptedprompt.h"
+
+void ScriptedPrompt::message(const QString &text, const QString &title, Icon icon)
+{
+    shown.append({text, title, icon});
+}
+
+bool ScriptedPrompt::askYesNo(const QString &text, const QString &title, Icon icon)
+{
+    shown.append({text, title, icon});
+    return answers.isEmpty() ? false : answers.takeFirst();
+}
+
+QStringList ScriptedPrompt::texts() const
+{
+    QStringList result;
+    for (const Shown &s : shown)
+        result.append(s.text);
+    return result;
+}

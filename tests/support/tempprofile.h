@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+// A user profile of its own for one test: data, configuration and runtime
+// folders in a temporary folder, "APPDATA" unset, QSettings pointed there.
+// A temporary installation folder is part of it.
+class TempProfile
+{
+public:
+    TempProfile();
+    ~TempProfile();
+    TempProfile(const TempProfile &) = delete;
+    TempProfile &operator=(const TempProfile &) = delete;
+
+    QString root() const { return m_dir.path(); }
+    // The program's data folder in this profile, with its trailing "/".
+    QString dataFolder() const;
+    QString installFolder() const;
+    QString configFile() const;
+
+    // Sets "APPDATA" for the rest of the test (restored afterwards).
+    void setAppData(const QString &value);
+
+    static QByteArray readFile(const QString &path);
+    static void writeFile(const QString &path, const QByteArray &bytes);
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray m_saved[4];
+    bool m_had[4] = {};
+};
+
+class ProfileTest : public ::testing::Test
+{
+protected:
+    TempProfile profile;
+};
