@@ -1,0 +1,62 @@
+#include "app/frmsettings.h"
+
+#include "app/appstate.h"
+#include "app/settingsstore.h"
+
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+FrmSettings::FrmSettings(AppState &state, QWidget *parent)
+    : QDialog(parent), m_state(state), m_txtTrimMP3(new QLineEdit(this))
+{
+    setObjectName(QStringLiteral("FrmSettings"));
+    setWindowTitle(tr("Settings"));
+    setModal(true);
+
+    m_txtTrimMP3->setObjectName(QStringLiteral("txtTrimMP3"));
+    m_txtTrimMP3->setText(m_state.TrimToolCommand);
+    m_txtTrimMP3->setMinimumWidth(460);
+
+    auto *hint = new QLabel(tr("%APP% stands for the program's folder, %MP3FILE% for the recording to trim."), this);
+    hint->setWordWrap(true);
+    hint->setEnabled(false);
+
+    auto *buttons = new QDialogButtonBox(this);
+    auto *cmdOk = buttons->addButton(tr("OK"), QDialogButtonBox::AcceptRole);
+    auto *cmdCancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
+    auto *cmdSearch = buttons->addButton(tr("Restore Default"), QDialogButtonBox::ResetRole);
+    cmdOk->setObjectName(QStringLiteral("cmdOk"));
+    cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+    cmdSearch->setObjectName(QStringLiteral("cmdSearch"));
+    cmdOk->setDefault(true);
+
+    connect(cmdOk, &QPushButton::clicked, this, &FrmSettings::cmdOk_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(cmdSearch, &QPushButton::clicked, this, &FrmSettings::cmdSearch_Click);
+
+    auto *form = new QFormLayout;
+    form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addWidget(hint);
+    layout->addWidget(buttons);
+}
+
+void FrmSettings::cmdOk_Click()
+{
+    m_state.TrimToolCommand = m_txtTrimMP3->text();
+    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_state.TrimToolCommand);
+    accept();
+}
+
+void FrmSettings::cmdSearch_Click()
+{
+    m_state.TrimToolCommand.clear();
+    m_state.ApplyDefaultTrimTool();
+    m_txtTrimMP3->setText(m_state.TrimToolCommand);
+    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_state.TrimToolCommand);
+}
