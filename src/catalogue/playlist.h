@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+// Station directory references ("ssrn#<number>.pls") and the choice of a
+// stream from a downloaded ".pls" playlist.
+namespace Playlist {
+
+// Scheme and host of the station directory's playlist service.
+inline const QString ServiceHost = QStringLiteral("http://yp.shoutcast.com");
+
+// True when the address contains "ssrn#" in any letter case.
+bool IsDirectoryReference(const QString &url);
+
+// The reference without its first 5 and last 4 characters ("ssrn#12345.pls"
+// gives "12345"). Throws AppError::InvalidArgument when it is shorter than 9.
+QString DirectoryNumber(const QString &url);
+
+// The playlist service address for a directory number.
+QString PlaylistServiceAddress(const QString &number);
+
+// The first server of the playlist whose listeners x 1.1 stay below its
+// maximum, else the first entry's address, else empty. Reads the directory's
+// playlist layout by line position ([playlist], numberofentries=N, then
+// File/Title/Length lines per entry). An address is the second "="-piece of
+// its line, a CR before the line break included. Never throws.
+QString ChooseStreamFromPlaylist(const QString &text);
+
+} // namespace Playlist

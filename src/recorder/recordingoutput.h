@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QDateTime>
+#include <QFile>
+#include <QString>
+
+#include <functional>
+
+// Expands a file-name template: a leading ".\" (and, off Windows, "./") goes
+// into the recordings folder, which is created; every "%STATION%" becomes the
+// station name as it stands, "%DATE%" the date "yyyy-MM-dd", "%TIME%" the time
+// "HH-mm" (case-sensitive). "%SONG%" is left in place. A template that does not
+// begin with "." is used as it stands.
+QString BuildFileName(const QString &templ, const QString &station, const QDateTime &now,
+                      const QString &recordingsFolder);
+
+// The recorder's output stage: one open file, the write cache in front of it
+// and the counters the monitor panel shows. Failures never throw: a file that
+// cannot be opened or written is reported through the error handler (the
+// window shows the text) and the recording goes on; bytes already written stay.
+class RecordingOutput
+{
+public:
+    // The cache is written out once it holds more than this many bytes.
+    static constexpr qsizetype CacheLimit = 64000;
+
+    using ErrorHandler = std::function<void(const QString &message)>;
+
+    explicit RecordingOutput(ErrorHandler onError = {});
+    RecordingOutput(const RecordingOutput &) = delete;
+    RecordingOutput &operator=(const RecordingOutput &) = delete;
+
+    const QString &FileName() const { return m_fileName; }
+    void SetFileName(const QString &name) { m_fileName = name; }
+    // Kept across recordings: a new recording does not reset it.
+    bool WriteEnabled() const { return m_writeEnabled; }
+    void SetWriteEnabled(bool enabled) { m_writeEnabled = enabled; }
+    const QByteArray &DiskCache() const { return m_cache; }
+    bool IsFileOpen() const { return m_file.isOpen(); }
+
+    // Statistics: cache flushes that reached a file and the bytes they wrote.
+    // Block writes are 32 bits so a recording of days cannot overflow them.
+    qint32 BlockWrites() const { return m_blockWrites; }
+    double BytesWritten() const { return m_bytesWritten; }
+    // What a new recording starts from: both counters zero.
+    void ResetCounters();
+
+    // Closes any open file, then creates or truncates FileName. Returns false
+    // (and reports) when it cannot be opened; no file is open then.
+    bool OpenFile();
+    // Closes the file; the cache is not flushed (callers flush first).
+    void CloseFile();
+
+    // Appends to the cache unless writing is disabled; past CacheLimit bytes,
+    // or when flush is set, the whole cache goes to the open file in one write
+    // and the cache is emptied - also when no file is open (those bytes are lost).
+    void WriteToDisk(QByteArrayView data, bool flush);
+
+    // A title change. Single-song mode: the cleaned title (30 characters)
+    // replaces every "%SONG%" in freshName (a BuildFileName made now), which
+    // becomes FileName and is opened, closing the previous file. Continuous
+    // mode: "%SONG%" is removed from FileName and the file stays open.
+    void NewSong(const QString &title, bool singleSong, const QString &freshName);
+
+    // The station sends no titles: "%SONG%" is removed and the file opened.
+    void SwitchToContinuous();
+
+private:
+    void report(const QString &message);
+
+    ErrorHandler m_onError;
+    QString m_fileName;
+    QFile m_file;
+    QByteArray m_cache;
+    bool m_writeEnabled = false;
+    qint32 m_blockWrites = 0;
+    double m_bytesWritten = 0;
+};
