@@ -52,7 +52,7 @@ signals:
     void DownloadComplete(const QString &key, const QByteArray &body);
 
 private:
-    void finished(QNetworkReply *reply);
+    void finished(const QString &key, QNetworkReply *reply);
     void drop(QNetworkReply *reply);
 
     QNetworkAccessManager m_network;

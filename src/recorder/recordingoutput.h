@@ -68,6 +68,7 @@ public:
     void SwitchToContinuous();
 
 private:
+    void writeBlock(QByteArrayView block);
     void report(const QString &message);
 
     ErrorHandler m_onError;

@@ -1,0 +1,82 @@
+#include "catalogue/filedl.h"
+
+#include <QNetworkReply>
+#include <QNetworkRequest>
+
+FileDL::FileDL(QObject *parent) : QObject(parent)
+{
+}
+
+FileDL::~FileDL()
+{
+    const QList<QNetworkReply *> replies = m_running.values();
+    m_running.clear();
+    for (QNetworkReply *reply : replies)
+        drop(reply);
+}
+
+void FileDL::BeginDownload(const QUrl &url, const QString &key)
+{
+    Cancel(key);
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    QNetworkReply *reply = m_network.get(request);
+    m_running.insert(key, reply);
+    connect(reply, &QNetworkReply::downloadProgress, this, [this, key](qint64 received, qint64 total) {
+        emit DownloadProgress(key, received, total, DownloadInProgress, GetStatusCode(DownloadInProgress));
+    });
+    connect(reply, &QNetworkReply::redirected, this, [this, key](const QUrl &) {
+        emit DownloadProgress(key, 0, -1, Redirecting, GetStatusCode(Redirecting));
+    });
+    connect(reply, &QNetworkReply::finished, this, [this, key, reply] { finished(key, reply); });
+}
+
+void FileDL::Cancel(const QString &key)
+{
+    if (QNetworkReply *reply = m_running.take(key))
+        drop(reply);
+}
+
+bool FileDL::IsRunning(const QString &key) const
+{
+    return m_running.contains(key);
+}
+
+QString FileDL::GetStatusCode(int code)
+{
+    switch (code) {
+    case 0: return QStringLiteral("An Error Has Occurred.");
+    case 1: return QStringLiteral("Finding Resource.");
+    case 2: return QStringLiteral("Connecting To Resource.");
+    case 3: return QStringLiteral("Redirecting.");
+    case 4: return QStringLiteral("Download Initialized.");
+    case 5: return QStringLiteral("Download In Progress.");
+    case 6: return QStringLiteral("Download Complete.");
+    case 10: return QStringLiteral("Using Cached Copy.");
+    case 11: return QStringLiteral("Sending Request.");
+    case 13: return QStringLiteral("MIME Type Is Available.");
+    case 14: return QStringLiteral("Local Cache File Is Available.");
+    case 15: return QStringLiteral("Synchronous Download Has Started.");
+    case 16: return QStringLiteral("Synchronous Download Complete.");
+    default: return QStringLiteral("Unknown.");
+    }
+}
+
+void FileDL::finished(const QString &key, QNetworkReply *reply)
+{
+    m_running.remove(key);
+    reply->deleteLater();
+    const QByteArray body = reply->readAll();
+    // An HTTP error page is not the body asked for; neither is an empty answer.
+    if (reply->error() == QNetworkReply::NoError && !body.isEmpty())
+        emit DownloadComplete(key, body);
+    else
+        emit DownloadError(key, ErrorOccurred, GetStatusCode(ErrorOccurred));
+}
+
+void FileDL::drop(QNetworkReply *reply)
+{
+    disconnect(reply, nullptr, this, nullptr);
+    reply->abort();
+    reply->deleteLater();
+}

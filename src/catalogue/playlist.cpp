@@ -1,0 +1,92 @@
+#include "catalogue/playlist.h"
+
+#include "app/apperror.h"
+#include "app/conversions.h"
+
+#include <QStringList>
+
+namespace Playlist {
+
+namespace {
+
+// Reads a whole number into target; a text that is not one leaves target as it was.
+void readNumber(const QString &text, qint32 &target)
+{
+    try {
+        target = Convert::ToInt32(text);
+    } catch (const AppError &) {
+    }
+}
+
+// The second "="-piece of a line, if it has one.
+bool secondPiece(const QString &line, QString &target)
+{
+    const QStringList pieces = line.split(u'=');
+    if (pieces.size() < 2)
+        return false;
+    target = pieces[1];
+    return true;
+}
+
+} // namespace
+
+bool IsDirectoryReference(const QString &url)
+{
+    return url.contains(u"ssrn#", Qt::CaseInsensitive);
+}
+
+QString DirectoryNumber(const QString &url)
+{
+    if (url.size() < 9)
+        throw AppError::invalidArgument();
+    return url.mid(5, url.size() - 9);
+}
+
+QString PlaylistServiceAddress(const QString &number)
+{
+    QString address = ServiceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=%ssrn%&file=filename.pls");
+    return address.replace(QStringLiteral("%ssrn%"), number);
+}
+
+QString ChooseStreamFromPlaylist(const QString &text)
+{
+    const QStringList lines = text.split(u'\n');
+    if (lines.size() < 4)
+        return {};
+    qint32 entries = 0;
+    QString count;
+    if (lines[1].split(u'=')[0].contains(u"NumberOfEnt", Qt::CaseInsensitive) && secondPiece(lines[1], count))
+        readNumber(count, entries);
+
+    // Entry k needs the line after its Length line (index 3k + 2); later
+    // entries are all skipped, so the walk stops at the last that has one.
+    const qint32 lastEntry = std::min<qint32>(entries, static_cast<qint32>((lines.size() - 3) / 3));
+    // The figures survive from one entry to the next: a figure that cannot be
+    // read keeps the previous entry's value, as the choice has always done.
+    qint32 maximum = 0;
+    qint32 listeners = 0;
+    QString fallback;
+    for (qint32 k = 1; k <= lastEntry; ++k) {
+        const QString &fileLine = lines[3 * k - 1];
+        if (k == 1)
+            secondPiece(fileLine, fallback);
+        QString title;
+        if (!secondPiece(lines[3 * k], title))
+            continue;
+        const QString figures = title.split(u')')[0];
+        if (figures.indexOf(u'/') < 1)
+            continue;
+        const QStringList slashPieces = figures.split(u'/');
+        readNumber(slashPieces[1], maximum);
+        const QStringList dashPieces = slashPieces[0].split(QStringLiteral(" - "));
+        if (dashPieces.size() >= 2)
+            readNumber(dashPieces[1], listeners);
+        if (listeners * 1.1 < maximum) {
+            QString address;
+            return secondPiece(fileLine, address) ? address : fallback;
+        }
+    }
+    return fallback;
+}
+
+} // namespace Playlist

@@ -1,0 +1,100 @@
+#include "recorder/recorderstats.h"
+
+#include "app/conversions.h"
+#include "recorder/recordingoutput.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace RecorderStats {
+
+namespace {
+
+// A number as the displays write it: no trailing zeros, "." as separator.
+QString numberText(double value)
+{
+    return QString::number(value, 'g', 15);
+}
+
+// A whole percentage clamped to 0..100; nothing when the division failed.
+std::optional<int> percent(double part, double whole)
+{
+    if (whole == 0)
+        return std::nullopt;
+    const double value = Convert::RoundHalfEven(part * 100 / whole);
+    if (!std::isfinite(value))
+        return std::nullopt;
+    return static_cast<int>(std::clamp(value, 0.0, 100.0));
+}
+
+} // namespace
+
+QString MakeTime(qint32 seconds)
+{
+    const qint32 minutes = seconds / 60;
+    const qint32 rest = seconds - minutes * 60;
+    return QString::number(minutes) + u':' + QStringLiteral("%1").arg(rest, 2, 10, QLatin1Char('0'));
+}
+
+QString StoredSizeText(double bytesTotal)
+{
+    if (bytesTotal >= 950000)
+        return numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100) + QStringLiteral(" MB");
+    return numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100) + QStringLiteral(" KB");
+}
+
+std::optional<qint32> ElapsedSeconds(double bytesTotal, qint16 bitrate)
+{
+    if (bitrate == 0)
+        return std::nullopt;
+    const double seconds = Convert::RoundHalfEven(bytesTotal / (bitrate / 8.0 * 1000));
+    if (seconds < std::numeric_limits<qint32>::min() || seconds > std::numeric_limits<qint32>::max())
+        return std::nullopt;
+    return static_cast<qint32>(seconds);
+}
+
+std::optional<int> LimitProgress(Limit kind, double limitValue, std::optional<qint32> elapsedSeconds,
+                                 double bytesWritten)
+{
+    if (kind == Limit::Minutes) {
+        if (!elapsedSeconds)
+            return std::nullopt;
+        return percent(*elapsedSeconds, limitValue * 60);
+    }
+    return percent(bytesWritten / 1024, limitValue * 1024);
+}
+
+bool LimitReached(std::optional<int> percent, double limitValue)
+{
+    return percent == 100 && limitValue > 0;
+}
+
+QString BytesText(double bytes)
+{
+    return numberText(bytes) + QStringLiteral(" bytes");
+}
+
+QString DiskCacheText(qsizetype cacheLength)
+{
+    return QString::number(cacheLength) + QStringLiteral(" bytes / ") + QString::number(RecordingOutput::CacheLimit) +
+           QStringLiteral(" bytes");
+}
+
+QString SyncStatText(double discardedBytes, qint32 resyncCount)
+{
+    return numberText(discardedBytes) + QStringLiteral(" bytes have been discarded in ") +
+           QString::number(resyncCount) + QStringLiteral(" resyncs. ");
+}
+
+std::optional<int> BufferBarPercent(qsizetype bufferLength, double peakBuffer)
+{
+    return percent(static_cast<double>(bufferLength), peakBuffer);
+}
+
+int CacheBarPercent(qsizetype cacheLength)
+{
+    return *percent(static_cast<double>(cacheLength), RecordingOutput::CacheLimit);
+}
+
+} // namespace RecorderStats
