@@ -203,7 +203,7 @@ bool IcyStream::IsCleanText(QByteArrayView block)
     return std::all_of(block.begin(), block.end(), [](char c) { return isCleanCode(static_cast<uchar>(c)); });
 }
 
-bool IcyStream::IsCleanText(const QString &text)
+bool IcyStream::IsCleanText(QStringView text)
 {
     return std::all_of(text.begin(), text.end(), [](QChar c) { return isCleanCode(c.unicode()); });
 }

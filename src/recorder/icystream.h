@@ -53,7 +53,7 @@ public:
     // True when every character is 0, 10, 13 or within 32..122: tells a real
     // metadata block from audio read at the wrong place.
     static bool IsCleanText(QByteArrayView block);
-    static bool IsCleanText(const QString &text);
+    static bool IsCleanText(QStringView text);
 
     void SetLastText(const QString &text) { m_lastText = text; }
 

@@ -1,0 +1,63 @@
+#include "catalogue/playlist.h"
+
+#include "app/apperror.h"
+
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+using namespace Playlist;
+
+namespace {
+
+// A directory playlist: one (address, title) pair per entry, LF line ends.
+QString playlist(const QList<std::pair<const char *, const char *>> &entries, const char *closing = "Version=2\n")
+{
+    QString text = QStringLiteral("[playlist]\nnumberofentries=%1\n").arg(entries.size());
+    int k = 0;
+    for (const auto &[address, title] : entries) {
+        ++k;
+        text += QStringLiteral("File%1=%2\nTitle%1=%3\nLength%1=-1\n")
+                    .arg(k)
+                    .arg(QString::fromLatin1(address), QString::fromLatin1(title));
+    }
+    return text + QString::fromLatin1(closing);
+}
+
+} // namespace
+
+TEST(Playlist, FirstServerWithRoomWins)
+{
+    const struct {
+        QString text;
+        const char *expected;
+    } rows[] = {
+        {playlist({{"http://a:1/", "(#1 - 95/100) A"}, {"http://b:2/", "(#2 - 10/100) B"}}), "http://b:2/"},
+        {playlist({{"http://a:1/", "(#1 - 90/100) A"}, {"http://b:2/", "(#2 - 10/100) B"}}), "http://a:1/"},
+        {playlist({{"http://a:1/", "(#1 - 99/100) A"}, {"http://b:2/", "(#2 - 100/100) B"}}), "http://a:1/"},
+        {playlist({{"http://a:1/", "Plain A"}, {"http://b:2/", "Plain B"}}), "http://a:1/"},
+        // An unreadable listener count keeps the previous entry's figure.
+        {playlist({{"http://a:1/", "(#1 - 95/100) A"}, {"http://b:2/", "(#2 - x/200) B"}}), "http://b:2/"},
+        {playlist({{"http://a:1/?id=7", "(#1 - 1/100) A"}}), "http://a:1/?id"},
+        // Entry 1 needs a line after its Length line, even an empty one.
+        {playlist({{"http://a:1/", "(#1 - 1/100) A"}}, "").chopped(1), ""},
+        {playlist({{"http://a:1/", "(#1 - 1/100) A"}}, ""), "http://a:1/"},
+        {QStringLiteral("[playlist]\r\nNUMBEROFENTRIES=1\r\nFile1=http://c/\r\nTitle1=(#1 - 1/9)\r\nLength1=-1\r\n"),
+         "http://c/\r"},
+        {QStringLiteral("[playlist]\nentries=1\nFile1=http://c/\nTitle1=(#1 - 1/9)\nLength1=-1\n"), ""},
+        {QStringLiteral("[playlist]\nnumberofentries=2147483647\nFile1=http://c/\n\n"), ""},
+        {QStringLiteral("a\nb\nc"), ""},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(ChooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected)) << row.text.toStdString();
+}
+
+TEST(Playlist, DirectoryReferences)
+{
+    EXPECT_TRUE(IsDirectoryReference(QStringLiteral("SSRN#12345.pls")));
+    EXPECT_FALSE(IsDirectoryReference(QStringLiteral("http://x/ssrn12345.pls")));
+    EXPECT_EQ(DirectoryNumber(QStringLiteral("ssrn#12345.pls")), u"12345");
+    EXPECT_THROW(DirectoryNumber(QStringLiteral("ssrn#.pl")), AppError);
+    EXPECT_EQ(PlaylistServiceAddress(QStringLiteral("12345")),
+              ServiceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"));
+}
