@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QtEndian>
 
+#include <algorithm>
+
 namespace {
 
 const QString CrLf = QStringLiteral("\r\n");
@@ -18,33 +20,48 @@ const QString CommentLine1 = QStringLiteral("# two first lines :  version  and s
 const QString CommentLine2 = QStringLiteral(
     "#format is:  Name Genre BitRate Format Category OutputFile SingleSong Rating LastDate CallSign StreamURL InfoUrl");
 
-// A split on an empty separator yields the whole text as one piece.
-QStringList splitOn(const QString &text, const QString &separator)
+// Splits at each occurrence of separator, reusing the list's storage from line
+// to line. An empty separator yields the whole text as one part.
+void splitInto(QList<QStringView> &parts, QStringView text, QStringView separator)
 {
-    if (separator.isEmpty())
-        return {text};
-    return text.split(separator);
+    parts.clear();
+    qsizetype start = 0;
+    // Looking for the separator's first character is much faster than a
+    // general substring search, and separators are one or two characters.
+    const auto next = [&](qsizetype from) {
+        for (qsizetype at; (at = text.indexOf(separator.front(), from)) >= 0; from = at + 1) {
+            if (text.sliced(at).startsWith(separator))
+                return at;
+        }
+        return qsizetype(-1);
+    };
+    if (!separator.isEmpty()) {
+        for (qsizetype at; (at = next(start)) >= 0; start = at + separator.size())
+            parts.append(text.sliced(start, at - start));
+    }
+    parts.append(text.sliced(start));
+}
+
+// Genres, bit rates, formats, categories and templates mostly repeat the line
+// before: sharing that copy keeps a large catalogue small.
+QString sharedWith(const QString &previous, QStringView value)
+{
+    return value == previous ? previous : value.toString();
 }
 
 QString fromUtf16Le(const QByteArray &bytes)
 {
     const qsizetype units = bytes.size() / 2; // a dangling odd byte is no character
     QString text(units, Qt::Uninitialized);
-    const auto *src = reinterpret_cast<const uchar *>(bytes.constData());
-    char16_t *dst = reinterpret_cast<char16_t *>(text.data());
-    for (qsizetype i = 0; i < units; ++i)
-        dst[i] = qFromLittleEndian<quint16>(src + 2 * i);
+    qFromLittleEndian<quint16>(bytes.constData(), units, text.data());
     return text;
 }
 
-QByteArray toUtf16Le(const QString &text)
+void appendUtf16Le(QByteArray &bytes, QStringView text)
 {
-    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
-    auto *dst = reinterpret_cast<uchar *>(bytes.data());
-    const char16_t *src = reinterpret_cast<const char16_t *>(text.utf16());
-    for (qsizetype i = 0; i < text.size(); ++i)
-        qToLittleEndian<quint16>(src[i], dst + 2 * i);
-    return bytes;
+    const qsizetype at = bytes.size();
+    bytes.resize(at + text.size() * 2);
+    qToLittleEndian<quint16>(text.utf16(), text.size(), bytes.data() + at);
 }
 
 // The text after the first "=", or the whole line when it has none.
@@ -58,9 +75,10 @@ QString afterFirstEquals(const QString &line)
 QString nameFromTitleLine(const QString &line)
 {
     QString title = afterFirstEquals(line);
-    const qsizetype paren = title.indexOf(u')', 1);
-    if (paren > 0)
-        title = title.mid(paren + 1);
+    // A ")" only as the first character does not count, but when one follows,
+    // the cut is still made after the first.
+    if (title.indexOf(u')', 1) > 0)
+        title = title.mid(title.indexOf(u')') + 1);
     return StationNames::CleanName(title);
 }
 
@@ -101,51 +119,66 @@ void Catalogue::Clear()
 
 void Catalogue::Load(Prompt &prompt, const QString &appTitle)
 {
-    m_stations.assign(1, Station());
+    // A fresh array rather than a cleared one: the old capacity is given back
+    // before the file is read.
+    m_stations = std::vector<Station>(1);
     Categories = CategoryList();
 
-    QByteArray bytes;
-    ModUnicodeFile::ReadBytes(CataloguePath(), bytes, true);
-    const QString text = fromUtf16Le(bytes);
-    const QStringList lines = text.isEmpty() ? QStringList() : text.split(CrLf);
-
+    QString text;
+    {
+        QByteArray bytes;
+        ModUnicodeFile::ReadBytes(CataloguePath(), bytes, true);
+        text = fromUtf16Le(bytes);
+    } // the bytes go before parsing, so that a large file is not held twice
+    // Lines and fields are views into text; only the stored fields are copied.
+    QList<QStringView> lines;
+    if (!text.isEmpty())
+        splitInto(lines, text, CrLf);
+    m_stations.reserve(static_cast<std::size_t>(std::max<qsizetype>(lines.size() - 1, 1)));
+    QList<QStringView> f;
     try {
         if (lines.isEmpty())
             throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-        Version = lines.at(0);
+        Version = lines.at(0).toString();
         if (lines.size() < 2)
             throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-        Separator = lines.at(1);
+        Separator = lines.at(1).toString();
 
         for (qsizetype i = 2; i < lines.size(); ++i) {
-            QString line = lines.at(i);
-            line.replace(u'\t', u' ');
-            const QString trimmed = StationNames::TrimBlanks(line);
+            QStringView line = lines.at(i);
+            QString untabbed;
+            if (line.contains(u'\t')) {
+                untabbed = line.toString().replace(u'\t', u' ');
+                line = untabbed;
+            }
+            const QStringView trimmed = StationNames::TrimBlanks(line);
             if (trimmed.isEmpty() || trimmed.startsWith(u'#'))
                 continue;
-            const QStringList f = splitOn(line, Separator);
+            splitInto(f, line, Separator);
             if (f.size() < 11)
                 continue;
 
             // The record is counted before it is filled: a failure below
             // leaves it partly filled, as the recovery keeps it.
             m_stations.emplace_back();
+            const Station &previous = m_stations[m_stations.size() - 2];
             Station &s = m_stations.back();
-            s.Name = f[0];
-            s.Genre = f[1];
-            s.BitRate = f[2];
-            s.Format = f[3];
-            s.Category = f[4];
-            s.OutputFile = f[5];
+            s.Name = f[0].toString();
+            s.Genre = sharedWith(previous.Genre, f[1]);
+            s.BitRate = sharedWith(previous.BitRate, f[2]);
+            s.Format = sharedWith(previous.Format, f[3]);
+            s.Category = sharedWith(previous.Category, f[4]);
+            s.OutputFile = sharedWith(previous.OutputFile, f[5]);
             s.SingleSong = Convert::ToBoolean(f[6]);
             s.Rating = Convert::ToInt32(f[7]);
-            s.LastDate = f[8];
-            s.CallSign = f[9];
-            s.StreamURL = f[10];
+            s.LastDate = f[8].toString();
+            s.CallSign = f[9].toString();
+            s.StreamURL = f[10].toString();
             if (f.size() < 12)
                 throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-            s.InfoUrl = StationNames::TrimBlanks(f[11]);
-            Categories.add(s.Category);
+            s.InfoUrl = StationNames::TrimBlanks(f[11]).toString();
+            if (s.Category != previous.Category) // an equal one went in with the line before
+                Categories.add(s.Category);
         }
     } catch (const AppError &) {
         prompt.message(DamagedMessage, appTitle, Prompt::Icon::Information);
@@ -165,13 +198,15 @@ void Catalogue::Save()
     if (Separator.isEmpty())
         Separator = DefaultSeparator;
 
-    QString text;
-    text.reserve(256 + static_cast<qsizetype>(m_stations.size()) * 160);
-    text += QStringLiteral("2.1") + CrLf + Separator + CrLf + CommentLine1 + CrLf + CommentLine2 + CrLf;
+    // Encoded line by line: the whole text is never held twice.
+    QByteArray bytes;
+    bytes.reserve(512 + static_cast<qsizetype>(m_stations.size()) * 320);
+    appendUtf16Le(bytes, QString(QStringLiteral("2.1") + CrLf + Separator + CrLf + CommentLine1 + CrLf +
+                                 CommentLine2 + CrLf));
     for (std::size_t i = 1; i < m_stations.size(); ++i) {
         const Station &s = m_stations[i];
         if (!s.Deleted)
-            text += StationLine(s) + CrLf;
+            appendUtf16Le(bytes, QString(StationLine(s) + CrLf));
     }
 
     const QString path = CataloguePath();
@@ -179,7 +214,7 @@ void Catalogue::Save()
     QFile::remove(backup);
     QFile::copy(path, backup);
 
-    ModUnicodeFile::WriteBytes(path, toUtf16Le(text), true);
+    ModUnicodeFile::WriteBytes(path, bytes, true);
     Dirty = false;
 }
 

@@ -37,13 +37,18 @@ QString CleanShortName(const QString &text)
 
 QString TrimBlanks(const QString &text)
 {
+    return TrimBlanks(QStringView(text)).toString();
+}
+
+QStringView TrimBlanks(QStringView text)
+{
     qsizetype begin = 0;
     qsizetype end = text.size();
     while (begin < end && text[begin] == u' ')
         ++begin;
     while (end > begin && text[end - 1] == u' ')
         --end;
-    return text.mid(begin, end - begin);
+    return text.sliced(begin, end - begin);
 }
 
 } // namespace StationNames

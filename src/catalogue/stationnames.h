@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 // Making text safe for file names.
 namespace StationNames {
@@ -17,5 +18,6 @@ QString CleanShortName(const QString &text);
 
 // Removes blanks (spaces only, not tabs or line ends) at both ends.
 QString TrimBlanks(const QString &text);
+QStringView TrimBlanks(QStringView text);
 
 } // namespace StationNames
