@@ -1,0 +1,998 @@
+// LynxGrid: geometry, drawing, mouse and keyboard, and the edit protocol.
+#include "controls/lynxgrid.h"
+
+#include "app/conversions.h"
+#include "controls/grideditbox.h"
+#include "controls/gridheader.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDateTime>
+#include <QKeyEvent>
+#include <QLocale>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int CellPadding = 4;
+constexpr int ResizeGrip = 4;
+
+int shiftState(Qt::KeyboardModifiers mods)
+{
+    return (mods & Qt::ShiftModifier ? 1 : 0) | (mods & Qt::ControlModifier ? 2 : 0) |
+           (mods & Qt::AltModifier ? 4 : 0);
+}
+
+QColor blend(const QColor &over, const QColor &under, qreal amount)
+{
+    return QColor::fromRgbF(over.redF() * amount + under.redF() * (1 - amount),
+                            over.greenF() * amount + under.greenF() * (1 - amount),
+                            over.blueF() * amount + under.blueF() * (1 - amount));
+}
+
+QDateTime readDate(const QString &text)
+{
+    QDateTime when = QDateTime::fromString(text, Qt::ISODate);
+    if (!when.isValid())
+        when = QLocale().toDateTime(text, QLocale::ShortFormat);
+    return when;
+}
+
+} // namespace
+
+// ---- Geometry ----
+
+int LynxGrid::headerHeight() const
+{
+    return fontMetrics().height() + 10;
+}
+
+int LynxGrid::pageRows() const
+{
+    return qMax(1, viewport()->height() / m_rowHeight);
+}
+
+int LynxGrid::contentWidth() const
+{
+    return ColLeft(Cols());
+}
+
+int LynxGrid::xOffset() const
+{
+    return horizontalScrollBar()->value();
+}
+
+int LynxGrid::topDisplay() const
+{
+    return verticalScrollBar()->value();
+}
+
+int LynxGrid::colAtX(int x) const
+{
+    int left = -xOffset();
+    for (int col = 0; col < Cols(); ++col) {
+        const GridColumn &c = m_data.column(col);
+        if (!c.visible)
+            continue;
+        if (x >= left && x < left + c.width)
+            return col;
+        left += c.width;
+    }
+    return -1;
+}
+
+int LynxGrid::rowAtY(int y) const
+{
+    if (y < 0)
+        return -1;
+    return m_data.rowAtDisplay(topDisplay() + y / m_rowHeight);
+}
+
+QRect LynxGrid::cellRect(int row, int col) const
+{
+    const int top = RowTop(row);
+    if (top < 0 && m_data.displayOf(row) < 0)
+        return {};
+    return {ColLeft(col) - xOffset(), top, ColVisible(col) ? ColWidth(col) : 0, m_rowHeight};
+}
+
+QRect LynxGrid::checkRect(const QRect &cell, Qt::Alignment alignment) const
+{
+    const int size = qBound(8, m_rowHeight - 8, 15);
+    int x = cell.left() + CellPadding;
+    if (alignment & Qt::AlignHCenter)
+        x = cell.left() + (cell.width() - size) / 2;
+    else if (alignment & Qt::AlignRight)
+        x = cell.right() - CellPadding - size;
+    return {x, cell.top() + (cell.height() - size) / 2, size, size};
+}
+
+QRect LynxGrid::itemCheckRect(int row) const
+{
+    return checkRect(cellRect(row, firstVisibleCol()), Qt::AlignLeft);
+}
+
+int LynxGrid::firstVisibleCol() const
+{
+    return nextVisibleCol(-1, 1);
+}
+
+int LynxGrid::nextVisibleCol(int col, int step) const
+{
+    for (int c = col + step; c >= 0 && c < Cols(); c += step) {
+        if (m_data.column(c).visible)
+            return c;
+    }
+    return col;
+}
+
+void LynxGrid::placeHeader()
+{
+    const int height = headerHeight();
+    setViewportMargins(0, height, 0, 0);
+    const QRect view = viewport()->geometry();
+    m_header->setGeometry(view.left(), view.top() - height, view.width(), height);
+}
+
+void LynxGrid::updateScrollBars()
+{
+    const int pages = pageRows();
+    verticalScrollBar()->setPageStep(pages);
+    verticalScrollBar()->setRange(0, qMax(0, m_data.displayCount() - pages));
+    horizontalScrollBar()->setPageStep(viewport()->width());
+    horizontalScrollBar()->setRange(0, qMax(0, contentWidth() - viewport()->width()));
+}
+
+void LynxGrid::layoutChanged()
+{
+    if (!m_redraw)
+        return;
+    placeHeader();
+    updateScrollBars();
+    placeEditor();
+    refresh();
+}
+
+void LynxGrid::refresh()
+{
+    if (!m_redraw)
+        return;
+    viewport()->update();
+    m_header->update();
+}
+
+void LynxGrid::ensureVisible(int row, int col)
+{
+    const int display = m_data.displayOf(row);
+    if (display < 0)
+        return;
+    updateScrollBars();
+    const int top = topDisplay();
+    const int pages = pageRows();
+    if (display < top)
+        verticalScrollBar()->setValue(display);
+    else if (display >= top + pages)
+        verticalScrollBar()->setValue(display - pages + 1);
+
+    if (!ColVisible(col))
+        return;
+    const int left = ColLeft(col);
+    const int right = left + ColWidth(col);
+    const int width = viewport()->width();
+    if (left < xOffset())
+        horizontalScrollBar()->setValue(left);
+    else if (right > xOffset() + width)
+        horizontalScrollBar()->setValue(qMin(left, right - width));
+}
+
+void LynxGrid::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    placeHeader();
+    updateScrollBars();
+    placeEditor();
+}
+
+void LynxGrid::scrollContentsBy(int, int)
+{
+    viewport()->update();
+    m_header->update();
+    placeEditor();
+    emit Scroll();
+}
+
+void LynxGrid::changeEvent(QEvent *event)
+{
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        m_editBox->setFont(font());
+        m_header->setFont(font());
+        SetAutoSizeRow(m_autoSizeRow);
+    }
+}
+
+// ---- Drawing ----
+
+QString LynxGrid::displayText(int row, int col) const
+{
+    const GridColumn &column = m_data.column(col);
+    const QString &text = m_data.cell(row, col).text;
+    if (!m_formatCells || column.format.isEmpty() || text.isEmpty())
+        return text;
+    if (column.type == GridColumnType::Number) {
+        const qsizetype point = column.format.indexOf(u'.');
+        const int decimals = point < 0 ? 0 : static_cast<int>(column.format.size() - point - 1);
+        const double value = Convert::LeadingNumber(text);
+        return column.format.contains(u',') ? QLocale().toString(value, 'f', decimals)
+                                            : QString::number(value, 'f', decimals);
+    }
+    if (column.type == GridColumnType::Date) {
+        const QDateTime when = readDate(text);
+        return when.isValid() ? when.toString(column.format) : text;
+    }
+    return text;
+}
+
+void LynxGrid::paintEvent(QPaintEvent *event)
+{
+    QPainter p(viewport());
+    const QRect clip = event->rect();
+    p.fillRect(clip, m_look.backBkg);
+
+    const int first = topDisplay() + clip.top() / m_rowHeight;
+    const int last = qMin(m_data.displayCount() - 1, topDisplay() + clip.bottom() / m_rowHeight);
+    int painted = 0;
+    for (int display = first; display <= last; ++display) {
+        const int row = m_data.rowAtDisplay(display);
+        paintRow(p, row, display, (display - topDisplay()) * m_rowHeight, clip);
+        ++painted;
+    }
+    m_lastPaintedRows = painted;
+
+    if (m_gridLines == GridLineMode::Vertical || m_gridLines == GridLineMode::Both) {
+        // Column lines run on below the last row so that the columns read as columns.
+        const int bottom = (last - topDisplay() + 1) * m_rowHeight;
+        if (bottom < clip.bottom() && m_gridLineWidth > 0) {
+            p.setPen(QPen(m_look.grid, m_gridLineWidth));
+            int x = -xOffset();
+            for (int col = 0; col < Cols(); ++col) {
+                if (!m_data.column(col).visible)
+                    continue;
+                x += m_data.column(col).width;
+                p.drawLine(x - 1, bottom, x - 1, clip.bottom());
+            }
+        }
+    }
+}
+
+void LynxGrid::paintRow(QPainter &p, int row, int display, int y, const QRect &clip) const
+{
+    const GridItem &item = m_data.item(row);
+    const bool showSelection = !(m_hideSelection && !hasFocus());
+    const bool selected = showSelection && (item.flags & GridItem::Selected);
+    int x = -xOffset();
+    for (int col = 0; col < Cols(); ++col) {
+        const GridColumn &column = m_data.column(col);
+        if (!column.visible)
+            continue;
+        const QRect cell(x, y, column.width, m_rowHeight);
+        x += column.width;
+        if (cell.right() < clip.left() || cell.left() > clip.right())
+            continue;
+        const bool cellSelected = selected && (m_fullRowSelect || col == m_col || m_col < 0);
+        QColor back = display % 2 ? m_look.backAlt : m_look.back;
+        if (item.extra && item.extra->back.isValid())
+            back = item.extra->back;
+        if (const GridCellExtra *extra = m_data.findCellExtra(row, col); extra && extra->back.isValid())
+            back = extra->back;
+        if (cellSelected)
+            back = m_alphaBlend ? blend(m_look.backSel, back, 0.55) : m_look.backSel;
+        p.fillRect(cell, back);
+        paintCell(p, row, col, cell, cellSelected);
+        if (m_gridLineWidth > 0 && m_gridLines != GridLineMode::None) {
+            p.setPen(QPen(m_look.grid, m_gridLineWidth));
+            if (m_gridLines != GridLineMode::Vertical)
+                p.drawLine(cell.left(), cell.bottom(), cell.right(), cell.bottom());
+            if (m_gridLines != GridLineMode::Horizontal)
+                p.drawLine(cell.right(), cell.top(), cell.right(), cell.bottom());
+        }
+    }
+
+    if (row != m_row || m_focusMode == GridFocusMode::None || !hasFocus() || m_editing)
+        return;
+    QRect focus = m_focusMode == GridFocusMode::Row || m_fullRowSelect
+                      ? QRect(-xOffset(), y, contentWidth(), m_rowHeight)
+                      : cellRect(row, m_col);
+    QPen pen(m_look.focusRect, 1, m_focusStyle == GridFocusStyle::Dotted ? Qt::DotLine : Qt::SolidLine);
+    p.setPen(pen);
+    p.setBrush(Qt::NoBrush);
+    p.drawRect(focus.adjusted(0, 0, -1, -1));
+}
+
+void LynxGrid::paintCheck(QPainter &p, const QRect &box, bool checked, const QColor &color) const
+{
+    p.save();
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(QPen(color, 1));
+    p.setBrush(m_look.back);
+    p.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+    if (checked) {
+        QPainterPath tick;
+        tick.moveTo(box.left() + box.width() * 0.22, box.top() + box.height() * 0.52);
+        tick.lineTo(box.left() + box.width() * 0.42, box.top() + box.height() * 0.74);
+        tick.lineTo(box.left() + box.width() * 0.80, box.top() + box.height() * 0.28);
+        p.setPen(QPen(m_look.focusRect, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        p.setBrush(Qt::NoBrush);
+        p.drawPath(tick);
+    }
+    p.restore();
+}
+
+void LynxGrid::paintCell(QPainter &p, int row, int col, const QRect &rect, bool selected) const
+{
+    const GridColumn &column = m_data.column(col);
+    const GridItem &item = m_data.item(row);
+    const GridCell &cell = m_data.cell(row, col);
+    const GridCellExtra *extra = m_data.findCellExtra(row, col);
+
+    QColor fore = m_look.fore;
+    if (item.extra && item.extra->fore.isValid())
+        fore = item.extra->fore;
+    if (extra && extra->fore.isValid())
+        fore = extra->fore;
+    if (selected && !m_alphaBlend)
+        fore = m_look.foreSel;
+
+    QRect area = rect.adjusted(CellPadding, 0, -CellPadding, 0);
+    const bool firstCol = col == firstVisibleCol();
+    if (firstCol && m_checkBoxes) {
+        const QRect box = itemCheckRect(row);
+        paintCheck(p, box, item.flags & GridItem::Checked, fore);
+        area.setLeft(box.right() + CellPadding);
+    }
+
+    int image = extra ? extra->image : -1;
+    if (image < 0 && firstCol && item.extra)
+        image = item.extra->image;
+    if (image < 0)
+        image = column.image;
+    if (image >= 0 && image < m_images.size()) {
+        const int size = qMax(1, m_rowHeight - 6);
+        int x = area.left();
+        if (column.imageAlignment & Qt::AlignHCenter)
+            x = area.left() + (area.width() - size) / 2;
+        else if (column.imageAlignment & Qt::AlignRight)
+            x = area.right() - size;
+        const QIcon::Mode mode = selected && m_selectImages ? QIcon::Selected : QIcon::Normal;
+        m_images.at(image).paint(&p, QRect(x, rect.top() + 3, size, size), Qt::AlignCenter, mode);
+        if (column.imageAlignment & Qt::AlignRight)
+            area.setRight(x - CellPadding);
+        else if (!(column.imageAlignment & Qt::AlignHCenter))
+            area.setLeft(x + size + CellPadding);
+    }
+
+    const Qt::Alignment alignment =
+        extra && (extra->set & GridCellExtra::HasAlignment) ? extra->alignment : column.alignment;
+    if (column.type == GridColumnType::CheckBox) {
+        paintCheck(p, checkRect(rect, alignment), cell.flags & GridCell::Checked, fore);
+        return;
+    }
+
+    if (extra && extra->progress >= 0) {
+        const QRect bar = area.adjusted(0, 3, 0, -3);
+        p.fillRect(bar, blend(m_look.progress, m_look.back, 0.2));
+        p.fillRect(QRect(bar.left(), bar.top(), bar.width() * extra->progress / 100, bar.height()), m_look.progress);
+    }
+
+    const QString text = displayText(row, col);
+    if (text.isEmpty())
+        return;
+    const bool plainFont = !extra && !(item.flags & GridItem::Bold);
+    if (!plainFont) {
+        QFont f = font();
+        f.setBold(CellFontBold(row, col));
+        f.setItalic(CellFontItalic(row, col));
+        f.setUnderline(CellFontUnderline(row, col));
+        if (extra && !extra->fontName.isEmpty())
+            f.setFamily(extra->fontName);
+        p.setFont(f);
+    }
+    p.setPen(fore);
+    const bool wrap = extra && (extra->set & GridCellExtra::HasWordWrap) ? bool(extra->set & GridCellExtra::WordWrap)
+                                                                           : column.wordWrap;
+    const Qt::Alignment flags = (alignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
+    if (wrap)
+        p.drawText(area, int(flags) | Qt::TextWordWrap, text);
+    else if (m_ellipsis)
+        p.drawText(area, int(flags), p.fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
+    else
+        p.drawText(area, int(flags), text);
+    if (!plainFont)
+        p.setFont(font());
+}
+
+void LynxGrid::paintHeader(QPainter &p, int width, int hotCol, int dropCol) const
+{
+    const int height = headerHeight();
+    p.fillRect(0, 0, width, height, m_look.backFixed);
+    int x = -xOffset();
+    const int sortCol = SortColumn();
+    for (int col = 0; col < Cols(); ++col) {
+        const GridColumn &column = m_data.column(col);
+        if (!column.visible)
+            continue;
+        const QRect rect(x, 0, column.width, height);
+        x += column.width;
+        if (rect.right() < 0 || rect.left() > width)
+            continue;
+        const bool hot = m_hotHeader && col == hotCol;
+        if (m_themeStyle == GridThemeStyle::Gradient) {
+            QLinearGradient shade(rect.topLeft(), rect.bottomLeft());
+            shade.setColorAt(0, hot ? m_look.backFixed.lighter(125) : m_look.backFixed.lighter(110));
+            shade.setColorAt(1, hot ? m_look.backFixed.lighter(105) : m_look.backFixed.darker(104));
+            p.fillRect(rect, shade);
+        } else if (hot) {
+            p.fillRect(rect, m_look.backFixed.lighter(115));
+        }
+        p.setPen(m_look.grid);
+        p.drawLine(rect.right(), rect.top() + 3, rect.right(), rect.bottom() - 3);
+
+        QRect text = rect.adjusted(CellPadding + 2, 0, -CellPadding - 2, 0);
+        if (col == sortCol && text.width() > 16) {
+            // The sort mark: a small triangle at the right, up for ascending.
+            const int cx = text.right() - 4;
+            const int cy = rect.center().y();
+            QPolygon mark;
+            if (m_sortOrder == GridSortOrder::Ascending)
+                mark << QPoint(cx - 4, cy + 2) << QPoint(cx + 4, cy + 2) << QPoint(cx, cy - 3);
+            else
+                mark << QPoint(cx - 4, cy - 2) << QPoint(cx + 4, cy - 2) << QPoint(cx, cy + 3);
+            p.save();
+            p.setRenderHint(QPainter::Antialiasing);
+            p.setPen(Qt::NoPen);
+            p.setBrush(m_look.foreHdr);
+            p.drawPolygon(mark);
+            p.restore();
+            text.setRight(cx - 8);
+        }
+        p.setPen(hot ? m_look.foreHdr : m_look.foreFixed);
+        const Qt::Alignment alignment = (column.alignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
+        p.drawText(text, int(alignment), p.fontMetrics().elidedText(column.heading, Qt::ElideRight, text.width()));
+    }
+    p.setPen(m_look.grid);
+    p.drawLine(0, height - 1, width, height - 1);
+    if (dropCol >= 0) {
+        const int dropX = (dropCol >= Cols() ? contentWidth() : ColLeft(dropCol)) - xOffset();
+        p.fillRect(dropX - 1, 0, 3, height, m_look.focusRect);
+    }
+}
+
+// ---- Current cell and selection ----
+
+void LynxGrid::setCurrent(int row, int col)
+{
+    if (row == m_row && col == m_col)
+        return;
+    m_row = row;
+    m_col = col;
+    refresh();
+    emit RowColChanged();
+    emit EnterCell(row, col);
+}
+
+void LynxGrid::selectOnly(int row)
+{
+    bool changed = false;
+    for (int r = 0; r < ItemCount(); ++r) {
+        quint8 &flags = m_data.item(r).flags;
+        const bool want = r == row;
+        if (bool(flags & GridItem::Selected) != want) {
+            flags = want ? (flags | GridItem::Selected) : (flags & ~GridItem::Selected);
+            changed = true;
+        }
+    }
+    if (changed) {
+        refresh();
+        emit SelectionChanged();
+    }
+}
+
+void LynxGrid::selectRange(int from, int to)
+{
+    if (from < 0)
+        from = to;
+    const int low = qMin(from, to);
+    const int high = qMax(from, to);
+    for (int r = 0; r < ItemCount(); ++r) {
+        quint8 &flags = m_data.item(r).flags;
+        flags = (r >= low && r <= high) ? (flags | GridItem::Selected) : (flags & ~GridItem::Selected);
+    }
+    refresh();
+    emit SelectionChanged();
+}
+
+void LynxGrid::moveCurrent(int display, int col, Qt::KeyboardModifiers mods)
+{
+    if (m_data.displayCount() == 0)
+        return;
+    display = qBound(0, display, m_data.displayCount() - 1);
+    const int row = m_data.rowAtDisplay(display);
+    if (!m_data.validPosition(col))
+        col = firstVisibleCol();
+    setCurrent(row, col);
+    if (m_multiSelect && (mods & Qt::ShiftModifier)) {
+        selectRange(m_anchor, row);
+    } else if (!(m_multiSelect && (mods & Qt::ControlModifier))) {
+        selectOnly(row);
+        m_anchor = row;
+    }
+    ensureVisible(row, col);
+}
+
+// ---- Sorting ----
+
+void LynxGrid::Sort(int col, GridSortOrder order)
+{
+    if (!m_data.validPosition(col))
+        return;
+    CancelEdit();
+    const int index = m_data.indexAt(col);
+    const bool descending = order == GridSortOrder::Descending;
+    const auto text = [this, index](int row) -> const QString & {
+        return m_data.item(row).cells[static_cast<std::size_t>(index)].text;
+    };
+    // Keys are worked out once per row, not once per comparison.
+    std::vector<double> keys;
+    const auto numberKeys = [&](auto &&keyOf) {
+        keys.resize(static_cast<std::size_t>(ItemCount()));
+        for (int row = 0; row < ItemCount(); ++row)
+            keys[static_cast<std::size_t>(row)] = keyOf(row);
+    };
+    GridData::RowLess less;
+    switch (m_data.column(col).type) {
+    case GridColumnType::Number:
+        numberKeys([&](int row) { return Convert::LeadingNumber(text(row)); });
+        break;
+    case GridColumnType::Date:
+        numberKeys([&](int row) {
+            const QDateTime when = readDate(text(row));
+            return when.isValid() ? double(when.toMSecsSinceEpoch()) : -1e300;
+        });
+        break;
+    case GridColumnType::CheckBox:
+        numberKeys([&](int row) {
+            return (m_data.item(row).cells[static_cast<std::size_t>(index)].flags & GridCell::Checked) ? 1.0 : 0.0;
+        });
+        break;
+    case GridColumnType::Custom:
+        less = [this, col, &text](int a, int b) {
+            int result = 0;
+            emit CustomSort(col, text(a), text(b), result);
+            return result < 0;
+        };
+        break;
+    case GridColumnType::Text:
+        less = [&text](int a, int b) { return QString::compare(text(a), text(b), Qt::CaseInsensitive) < 0; };
+        break;
+    }
+    if (!less)
+        less = [&keys](int a, int b) { return keys[static_cast<std::size_t>(a)] < keys[static_cast<std::size_t>(b)]; };
+    const GridData::RowLess ordered = descending ? GridData::RowLess([&less](int a, int b) { return less(b, a); })
+                                                 : less;
+
+    const std::vector<int> moved = m_data.sortItems(ordered);
+    if (m_row >= 0)
+        m_row = moved[static_cast<std::size_t>(m_row)];
+    if (m_anchor >= 0)
+        m_anchor = moved[static_cast<std::size_t>(m_anchor)];
+    m_sortIndex = index;
+    m_sortOrder = order;
+    layoutChanged();
+    if (m_row >= 0)
+        ensureVisible(m_row, m_col);
+    emit SortComplete();
+}
+
+void LynxGrid::clickHeading(int col)
+{
+    emit ColumnClick(col);
+    if (!m_columnSort)
+        return;
+    const bool again = m_sortIndex == m_data.indexAt(col) && m_sortOrder == GridSortOrder::Ascending;
+    Sort(col, again ? GridSortOrder::Descending : GridSortOrder::Ascending);
+}
+
+// ---- Editing ----
+
+bool LynxGrid::EditCell(int row, int col)
+{
+    return startEditor(row, col, QString(), false);
+}
+
+bool LynxGrid::startEditor(int row, int col, const QString &initial, bool replace)
+{
+    if (m_editing)
+        CommitEdit();
+    if (!m_editable || !validCell(row, col) || !ColVisible(col))
+        return false;
+    bool cancel = false;
+    emit RequestEdit(row, col, cancel);
+    if (cancel || !validCell(row, col))
+        return false;
+
+    if (m_data.column(col).type == GridColumnType::CheckBox) {
+        toggleCheck(row, col);
+        return true;
+    }
+    setCurrent(row, col);
+    ensureVisible(row, col);
+    m_editing = true;
+    m_editRow = row;
+    m_editCol = col;
+    QWidget *bound = m_data.column(col).boundControl;
+    m_editControl = bound ? bound : m_editBox;
+    if (!bound) {
+        m_editBox->setText(replace ? initial : m_data.cell(row, col).text);
+        if (replace)
+            m_editBox->end(false);
+        else
+            m_editBox->selectAll();
+    }
+    placeEditor();
+    m_editControl->show();
+    m_editControl->raise();
+    m_editControl->setFocus(Qt::OtherFocusReason);
+    return true;
+}
+
+void LynxGrid::toggleCheck(int row, int col)
+{
+    quint8 &flags = m_data.cell(row, col).flags;
+    flags ^= GridCell::Checked;
+    refresh();
+    emit CellUpdated(row, col);
+}
+
+void LynxGrid::placeEditor()
+{
+    if (!m_editing || !m_editControl)
+        return;
+    QRect rect = cellRect(m_editRow, m_editCol);
+    if (m_editControl != m_editBox) {
+        // A drop-down needs its own height; centre it on the row.
+        const int height = qMax(rect.height(), m_editControl->sizeHint().height());
+        rect = QRect(rect.left(), rect.center().y() - height / 2, qMax(rect.width(), 40), height);
+    } else {
+        rect.adjust(1, 1, -1, -1);
+    }
+    m_editControl->setGeometry(rect);
+}
+
+void LynxGrid::closeEditor()
+{
+    m_editing = false;
+    QWidget *control = m_editControl;
+    m_editControl = nullptr;
+    if (!control)
+        return;
+    const QWidget *focused = QApplication::focusWidget();
+    if (focused && (focused == control || control->isAncestorOf(focused)))
+        setFocus(Qt::OtherFocusReason);
+    control->hide();
+    refresh();
+}
+
+bool LynxGrid::CommitEdit()
+{
+    if (!m_editing)
+        return false;
+    const int row = m_editRow;
+    const int col = m_editCol;
+    QString value;
+    if (m_editControl == m_editBox)
+        value = m_editBox->text();
+    else if (auto *combo = qobject_cast<QComboBox *>(m_editControl.data()))
+        value = combo->currentText();
+    else if (m_editControl)
+        value = m_editControl->property("text").toString();
+    closeEditor();
+    if (!validCell(row, col))
+        return false;
+
+    bool cancel = false;
+    emit RequestUpdate(row, col, value, cancel);
+    if (cancel || !validCell(row, col))
+        return false;
+    GridCell &cell = m_data.cell(row, col);
+    if (cell.text != value) {
+        cell.text = value;
+        if (m_trackEdits)
+            cell.flags |= GridCell::Changed;
+    }
+    refresh();
+    emit CellUpdated(row, col);
+    return true;
+}
+
+void LynxGrid::CancelEdit()
+{
+    if (m_editing)
+        closeEditor();
+}
+
+qint16 LynxGrid::filterEditKey(int col, qint16 key)
+{
+    const QString filter = ColInputFilter(col);
+    const QChar typed(static_cast<char16_t>(static_cast<quint16>(key)));
+    if (filter == u"<")
+        key = static_cast<qint16>(typed.toLower().unicode());
+    else if (filter == u">")
+        key = static_cast<qint16>(typed.toUpper().unicode());
+    else if (!filter.isEmpty() && key != 8 && key != 46 && !filter.contains(typed, Qt::CaseInsensitive))
+        key = 0;
+    emit EditKeyPress(col, key);
+    return key;
+}
+
+bool LynxGrid::eventFilter(QObject *watched, QEvent *event)
+{
+    if (m_editing && watched == m_editControl && watched != m_editBox) {
+        if (event->type() == QEvent::KeyPress) {
+            const int key = static_cast<QKeyEvent *>(event)->key();
+            if (key == Qt::Key_Escape) {
+                CancelEdit();
+                return true;
+            }
+            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+                CommitEdit();
+                return true;
+            }
+        } else if (event->type() == QEvent::FocusOut) {
+            const auto reason = static_cast<QFocusEvent *>(event)->reason();
+            const QWidget *focused = QApplication::focusWidget();
+            const bool inside = focused && (focused == m_editControl || m_editControl->isAncestorOf(focused));
+            // The drop-down's own list takes the focus while it is open.
+            if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason && !inside)
+                CommitEdit();
+        }
+    }
+    return QAbstractScrollArea::eventFilter(watched, event);
+}
+
+// ---- Mouse ----
+
+void LynxGrid::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    emit MouseDown(int(event->button()), shiftState(event->modifiers()), pos.x(), pos.y());
+    if (m_editing)
+        CommitEdit();
+    setFocus(Qt::MouseFocusReason);
+    m_pressButtons = event->buttons();
+    m_pressedOnCurrent = false;
+    const int row = rowAtY(pos.y());
+    const int col = colAtX(pos.x());
+    if (row < 0 || col < 0)
+        return;
+
+    const QRect cell = cellRect(row, col);
+    const int image = CellImage(row, col) >= 0 ? CellImage(row, col) : ColImage(col);
+    if (image >= 0 && QRect(cell.left(), cell.top(), m_rowHeight, m_rowHeight).contains(pos)) {
+        bool cancel = false;
+        emit CellImageClick(row, col, pos.x(), pos.y(), cancel);
+        if (cancel)
+            return;
+    }
+    const bool wasCurrent = row == m_row && col == m_col;
+    if (event->button() == Qt::RightButton && ItemSelected(row)) {
+        setCurrent(row, col);
+        return;
+    }
+    const Qt::KeyboardModifiers mods = event->modifiers();
+    if (m_multiSelect && (mods & Qt::ControlModifier)) {
+        setCurrent(row, col);
+        SetItemSelected(row, !ItemSelected(row));
+        m_anchor = row;
+    } else {
+        moveCurrent(m_data.displayOf(row), col, mods);
+    }
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_checkBoxes && col == firstVisibleCol() && itemCheckRect(row).contains(pos))
+        SetItemChecked(row, !ItemChecked(row));
+    else if (ColType(col) == GridColumnType::CheckBox && checkRect(cell, CellAlignment(row, col)).contains(pos))
+        EditCell(row, col);
+    else
+        m_pressedOnCurrent = wasCurrent && mods == Qt::NoModifier;
+}
+
+void LynxGrid::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    const int row = rowAtY(pos.y());
+    const int col = row < 0 ? -1 : colAtX(pos.x());
+    emit MouseMove(int(event->buttons()), shiftState(event->modifiers()), pos.x(), pos.y());
+    if (row != m_mouseRow || col != m_mouseCol) {
+        m_mouseRow = row;
+        m_mouseCol = col;
+        emit MouseCell(row, col);
+    }
+    if (m_multiSelect && (event->buttons() & Qt::LeftButton) && row >= 0 && row != m_row && !m_editing) {
+        setCurrent(row, col < 0 ? m_col : col);
+        selectRange(m_anchor, row);
+        ensureVisible(row, m_col);
+    }
+}
+
+void LynxGrid::mouseReleaseEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    emit MouseUp(int(event->button()), shiftState(event->modifiers()), pos.x(), pos.y());
+    const int row = rowAtY(pos.y());
+    const int col = row < 0 ? -1 : colAtX(pos.x());
+    if (row >= 0 && col >= 0) {
+        emit CellClick(row, col);
+        if (m_pressedOnCurrent && event->button() == Qt::LeftButton && (m_editTrigger & EditClickCurrent) &&
+            row == m_row && col == m_col)
+            EditCell(row, col);
+    }
+    m_pressedOnCurrent = false;
+    if (m_pressButtons & event->button())
+        emit Click();
+    m_pressButtons = {};
+}
+
+void LynxGrid::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    m_pressButtons = event->buttons();
+    m_pressedOnCurrent = false;
+    emit DblClick();
+    const int row = rowAtY(pos.y());
+    const int col = row < 0 ? -1 : colAtX(pos.x());
+    if (row < 0 || col < 0 || event->button() != Qt::LeftButton)
+        return;
+    if (ColType(col) == GridColumnType::CheckBox) {
+        // The second click of a quick pair toggles like the first did.
+        if (checkRect(cellRect(row, col), CellAlignment(row, col)).contains(pos))
+            EditCell(row, col);
+        return;
+    }
+    if (m_checkBoxes && col == firstVisibleCol() && itemCheckRect(row).contains(pos)) {
+        SetItemChecked(row, !ItemChecked(row));
+        return;
+    }
+    if (m_editTrigger & EditDblClick)
+        EditCell(row, col);
+}
+
+void LynxGrid::leaveEvent(QEvent *event)
+{
+    QAbstractScrollArea::leaveEvent(event);
+    if (m_mouseRow >= 0 || m_mouseCol >= 0) {
+        m_mouseRow = -1;
+        m_mouseCol = -1;
+        emit MouseCell(-1, -1);
+    }
+}
+
+// ---- Keyboard ----
+
+void LynxGrid::keyPressEvent(QKeyEvent *event)
+{
+    const Qt::KeyboardModifiers mods = event->modifiers();
+    emit KeyDown(event->key(), shiftState(mods));
+    const int current = m_data.displayOf(m_row);
+    switch (event->key()) {
+    case Qt::Key_Up:
+        moveCurrent(current < 0 ? 0 : current - 1, m_col, mods);
+        return;
+    case Qt::Key_Down:
+        moveCurrent(current + 1, m_col, mods);
+        return;
+    case Qt::Key_PageUp:
+        moveCurrent(qMax(0, current - pageRows()), m_col, mods);
+        return;
+    case Qt::Key_PageDown:
+        moveCurrent(current + pageRows(), m_col, mods);
+        return;
+    case Qt::Key_Home:
+        moveCurrent(0, m_col, mods);
+        return;
+    case Qt::Key_End:
+        moveCurrent(m_data.displayCount() - 1, m_col, mods);
+        return;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        if (m_row >= 0) {
+            const int col = nextVisibleCol(m_col, event->key() == Qt::Key_Left ? -1 : 1);
+            setCurrent(m_row, col);
+            ensureVisible(m_row, col);
+        } else {
+            horizontalScrollBar()->triggerAction(event->key() == Qt::Key_Left ? QAbstractSlider::SliderSingleStepSub
+                                                                              : QAbstractSlider::SliderSingleStepAdd);
+        }
+        return;
+    case Qt::Key_F2:
+        if (m_editTrigger & EditF2)
+            EditCell(m_row, m_col);
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_editTrigger & EditEnter)
+            EditCell(m_row, m_col);
+        return;
+    case Qt::Key_Space:
+        if (m_row >= 0 && ColType(m_col) == GridColumnType::CheckBox) {
+            EditCell(m_row, m_col);
+            return;
+        }
+        if (m_row >= 0 && m_checkBoxes) {
+            SetItemChecked(m_row, !ItemChecked(m_row));
+            return;
+        }
+        break;
+    default:
+        break;
+    }
+
+    const QString text = event->text();
+    if (text.size() != 1 || !text.at(0).isPrint() || (mods & (Qt::ControlModifier | Qt::AltModifier))) {
+        QAbstractScrollArea::keyPressEvent(event);
+        return;
+    }
+    qint16 key = static_cast<qint16>(text.at(0).unicode());
+    emit KeyPress(key);
+    if (key == 0)
+        return;
+    const QString typed(QChar(static_cast<char16_t>(static_cast<quint16>(key))));
+    if ((m_editTrigger & EditAnyKey) && m_row >= 0) {
+        const int row = m_row;
+        const int col = m_col;
+        startEditor(row, col, QString(), true);
+        // The first character goes through the column's filter like every other.
+        if (m_editing && m_editControl == m_editBox) {
+            const qint16 passed = filterEditKey(col, key);
+            if (passed != 0 && passed != 8)
+                m_editBox->insert(QString(QChar(static_cast<char16_t>(static_cast<quint16>(passed)))));
+        }
+    } else if (m_searchColumn >= 0) {
+        typeAhead(typed);
+    }
+}
+
+void LynxGrid::keyReleaseEvent(QKeyEvent *event)
+{
+    emit KeyUp(event->key(), shiftState(event->modifiers()));
+    QAbstractScrollArea::keyReleaseEvent(event);
+}
+
+void LynxGrid::typeAhead(const QString &text)
+{
+    if (!m_typedTimer.isValid() || m_typedTimer.elapsed() > 1000)
+        m_typed.clear();
+    m_typedTimer.restart();
+    m_typed += text;
+    // A new word starts below the current row; a growing one may stay on it.
+    const int from = m_typed.size() == 1 ? m_row + 1 : qMax(0, m_row);
+    int row = FindItem(m_typed, m_searchColumn, from, true);
+    if (row < 0)
+        row = FindItem(m_typed, m_searchColumn, 0, true);
+    if (row >= 0)
+        GotoCell(row, m_data.validPosition(m_col) ? m_col : firstVisibleCol());
+}
+
+void LynxGrid::focusInEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusInEvent(event);
+    refresh();
+}
+
+void LynxGrid::focusOutEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusOutEvent(event);
+    refresh();
+}
