@@ -1,0 +1,180 @@
+// The recorder's parse-and-write path alone: a synthetic ICY stream (metadata
+// every 16000 bytes, a new title every 3 MB) fed in 4 KB packets, one per
+// event, through the stream parser into real files of the output stage.
+#include "recorder/icystream.h"
+#include "recorder/icystreamhost.h"
+#include "recorder/recordingoutput.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstring>
+#include <ctime>
+
+namespace {
+
+constexpr int MetaInterval = 16000;
+constexpr qsizetype PacketSize = 4096;
+constexpr qsizetype StreamSize = 96 * 1024 * 1024;
+constexpr qsizetype TitleEvery = 3 * 1024 * 1024;
+
+// The window's part, reduced to the output stage in single-song mode.
+class OutputHost : public IcyStreamHost
+{
+public:
+    // An empty folder sends every song to the null device instead of a file.
+    explicit OutputHost(const QString &folder) : m_folder(folder) {}
+
+    QString ShownTitle() const override { return m_title; }
+    void ShowTitle(const QString &title) override { m_title = title; }
+    void ShowStreamText(const QString &) override {}
+    void ShowGenre(const QString &) override {}
+    void SetHyperlinkA(const QString &) override {}
+    void SetHyperlinkB(const QString &) override {}
+    QString ScanSongText() const override { return {}; }
+    void ShowWaitScan(bool) override {}
+    void SetWriteEnabled(bool enabled) override { output.SetWriteEnabled(enabled); }
+    void WriteToDisk(QByteArrayView data, bool flush) override { output.WriteToDisk(data, flush); }
+    void NewSong(const QString &title) override
+    {
+        output.NewSong(title, true,
+                       m_folder.isEmpty() ? QProcess::nullDevice()
+                                          : BuildFileName(QStringLiteral("%SONG%.mp3"), {}, {}, m_folder + u'/'));
+    }
+    bool IsFileOpen() const override { return output.IsFileOpen(); }
+    void SwitchToContinuous() override { output.SwitchToContinuous(); }
+
+    RecordingOutput output;
+
+private:
+    QString m_folder;
+    QString m_title;
+};
+
+QByteArray metadataBlock(const QByteArray &text)
+{
+    const qsizetype units = (text.size() + 15) / 16;
+    return char(units) + text.leftJustified(units * 16, '\0');
+}
+
+// Header, then intervals of pseudo-random audio, each followed by an empty
+// metadata block except where a new title is due.
+const QByteArray &syntheticStream()
+{
+    static const QByteArray stream = [] {
+        QByteArray audio(MetaInterval, Qt::Uninitialized);
+        quint32 seed = 12345;
+        for (char &c : audio) {
+            seed = seed * 1103515245 + 12345;
+            c = char(seed >> 24);
+        }
+        QByteArray s = "ICY 200 OK\r\nicy-name:Bench\r\nicy-br:128\r\nicy-metaint:16000\r\n\r\n";
+        s.reserve(StreamSize + 4096);
+        qsizetype nextTitle = 0;
+        int song = 0;
+        while (s.size() < StreamSize) {
+            s += audio;
+            if (s.size() >= nextTitle) {
+                s += metadataBlock("StreamTitle='Artist - Song " + QByteArray::number(++song) + "';");
+                nextTitle += TitleEvery;
+            } else {
+                s += char(0);
+            }
+        }
+        return s;
+    }();
+    return stream;
+}
+
+// Wall-clock and processor time of one run. The machine may be shared, so
+// the processor time (system calls included) is the steadier figure.
+struct Timing
+{
+    double wall = 0;
+    double cpu = 0;
+};
+
+template<typename Work>
+Timing timed(Work work)
+{
+    const auto wallStart = std::chrono::steady_clock::now();
+    const std::clock_t cpuStart = std::clock();
+    work();
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - wallStart;
+    return {wall.count(), double(std::clock() - cpuStart) / CLOCKS_PER_SEC};
+}
+
+void BM_ParseAndWrite(benchmark::State &state)
+{
+    const QByteArray &stream = syntheticStream();
+    QByteArray target(stream.size(), Qt::Uninitialized);
+    Timing parse;
+    Timing copy;
+    qint64 compactions = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        QTemporaryDir folder;
+        const Timing c = timed([&] {
+            std::memcpy(target.data(), stream.constData(), size_t(stream.size()));
+            benchmark::ClobberMemory();
+        });
+        copy.wall += c.wall;
+        copy.cpu += c.cpu;
+        state.ResumeTiming();
+        const Timing p = timed([&] {
+            OutputHost host(state.range(0) ? QString() : folder.path());
+            IcyStream icy(host);
+            for (qsizetype at = 0; at < stream.size(); at += PacketSize)
+                icy.OnData(QByteArrayView(stream).sliced(at, std::min(PacketSize, stream.size() - at)));
+            icy.FlushRest();
+            host.output.CloseFile();
+            compactions = icy.Compactions();
+        });
+        parse.wall += p.wall;
+        parse.cpu += p.cpu;
+        state.PauseTiming();
+        folder.remove(); // outside the measured time
+        state.ResumeTiming();
+    }
+    const double megabytes = double(stream.size()) * double(state.iterations()) / 1e6;
+    state.SetBytesProcessed(qint64(stream.size()) * state.iterations());
+    state.counters["MB/s"] = megabytes / parse.wall;
+    state.counters["MB/s_cpu"] = megabytes / parse.cpu;
+    state.counters["memcpy_MB/s"] = megabytes / copy.wall;
+    state.counters["ratio"] = copy.wall / parse.wall;
+    state.counters["ratio_cpu"] = copy.cpu / parse.cpu;
+    state.counters["compactions"] = double(compactions);
+}
+// Argument 0: real files in a temporary folder; 1: the null device, which
+// leaves the parser and the cache without the file system's share.
+BENCHMARK(BM_ParseAndWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+// One metadata step with a large backlog in the buffer: its cost must not grow
+// with the backlog (no step copies the whole receive buffer).
+void BM_StepWithBacklog(benchmark::State &state)
+{
+    const QByteArray &stream = syntheticStream();
+    const qsizetype backlog = state.range(0) * 1024 * 1024;
+    OutputHost host({});
+    IcyStream icy(host);
+    const QByteArrayView header = QByteArrayView(stream).first(stream.indexOf("\r\n\r\n") + 4);
+    for (auto _ : state) {
+        if (icy.ReceiveBufferLength() < MetaInterval + 4096) {
+            state.PauseTiming();
+            icy.Reset();
+            icy.OnData(header);
+            icy.OnData(QByteArrayView(stream).sliced(header.size(), backlog));
+            state.ResumeTiming();
+        }
+        icy.OnData({});
+    }
+    state.SetBytesProcessed(qint64(MetaInterval) * state.iterations());
+}
+BENCHMARK(BM_StepWithBacklog)->Arg(1)->Arg(50)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,66 @@
+// Arbitrary socket reads through the stream parser. The first byte picks the
+// metadata interval of a ready-made header (255: the input brings its own
+// header); the rest is a series of packets, each a size byte and its bytes,
+// so packet boundaries fall everywhere. Size 0 is an event without data.
+#include "recorder/icystream.h"
+#include "recorder/icystreamhost.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+class NullHost : public IcyStreamHost
+{
+public:
+    QString ShownTitle() const override { return m_title; }
+    void ShowTitle(const QString &title) override { m_title = title; }
+    void ShowStreamText(const QString &) override {}
+    void ShowGenre(const QString &) override {}
+    void SetHyperlinkA(const QString &) override {}
+    void SetHyperlinkB(const QString &) override {}
+    QString ScanSongText() const override { return QStringLiteral("a"); }
+    void ShowWaitScan(bool) override {}
+    void SetWriteEnabled(bool) override {}
+    void WriteToDisk(QByteArrayView data, bool) override { written += data.size(); }
+    void NewSong(const QString &) override { m_fileOpen = true; }
+    bool IsFileOpen() const override { return m_fileOpen; }
+    void SwitchToContinuous() override { m_fileOpen = true; }
+
+    qsizetype written = 0;
+
+private:
+    QString m_title;
+    bool m_fileOpen = false;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    NullHost host;
+    IcyStream icy(host);
+    qsizetype fed = 0;
+    if (data[0] != 255) {
+        const QByteArray header = "ICY 200 OK\r\nicy-br:128\r\nicy-metaint:" + QByteArray::number(data[0]) + "\r\n\r\n";
+        icy.OnData(header);
+        fed += header.size();
+    }
+    const auto *bytes = reinterpret_cast<const char *>(data);
+    size_t at = 1;
+    while (at < size) {
+        const size_t length = std::min<size_t>(data[at], size - at - 1);
+        icy.OnData(QByteArrayView(bytes + at + 1, qsizetype(length)));
+        fed += qsizetype(length);
+        at += 1 + length;
+        // Nothing is held beyond what was received.
+        if (icy.ReceiveBufferLength() > fed)
+            std::abort();
+    }
+    icy.FlushRest();
+    if (icy.ReceiveBufferLength() != 0 || icy.BytesTotal() > double(fed))
+        std::abort();
+    return 0;
+}
