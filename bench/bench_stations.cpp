@@ -1,0 +1,211 @@
+// The main window over a generated catalogue of 100,000 stations: filling the
+// grid, filtering, one search step, memory, and what a scroll repaints.
+#include "app/appstate.h"
+#include "app/prompt.h"
+#include "controls/lynxgrid.h"
+#include "ui/frmstations.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <memory>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
+namespace {
+
+constexpr int StationTotal = 100000;
+
+class SilentPrompt : public Prompt
+{
+public:
+    void message(const QString &, const QString &, Icon) override { ++messages; }
+    bool askYesNo(const QString &, const QString &, Icon) override { return false; }
+    int messages = 0;
+};
+
+// Resident and peak memory of the process, in MB, from the kernel's own account.
+double statusMegabytes(const char *field)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(static_cast<qsizetype>(qstrlen(field))).trimmed().split(' ').first().toDouble() / 1024.0;
+    }
+    return 0;
+}
+
+// Stations of typical size, with genres, categories and formats spread so
+// that filters keep a realistic share.
+Station generated(int i)
+{
+    static const QString genres[] = {QStringLiteral("Rock"),    QStringLiteral("Jazz"),  QStringLiteral("Classical"),
+                                     QStringLiteral("Talk"),    QStringLiteral("Dance"), QStringLiteral("Classic Rock"),
+                                     QStringLiteral("Country"), QStringLiteral("Pop"),   QStringLiteral("World")};
+    const QString n = QString::number(i);
+    Station s = Station::newStation();
+    s.Name = QStringLiteral("Radio ") + n + QStringLiteral(" Live FM");
+    s.Genre = genres[i % 9];
+    s.BitRate = i % 3 ? QStringLiteral("128") : QStringLiteral("64");
+    s.Format = i % 4 ? QStringLiteral("mp3") : QStringLiteral("ogg");
+    s.Category = QStringLiteral("Region ") + QString::number(i % 40);
+    s.Rating = i % 6;
+    s.LastDate = i % 5 ? QString() : QStringLiteral("2024-03-01");
+    s.CallSign = QStringLiteral("K") + n;
+    s.StreamURL = QStringLiteral("http://stream") + n + QStringLiteral(".example.net:8000/live");
+    s.InfoUrl = QStringLiteral("http://www.station") + n + QStringLiteral(".example.net/");
+    return s;
+}
+
+// One window over the catalogue, shared by the benchmarks in their order.
+struct MainWindow
+{
+    MainWindow() : state(QStringLiteral("."), prompt)
+    {
+        {
+            Catalogue source;
+            for (int i = 1; i <= StationTotal; ++i)
+                source.Append(generated(i));
+            source.Save();
+        }
+#ifdef __GLIBC__
+        // Hand the generator's memory back, so that the resident size is the window's and the catalogue's.
+        malloc_trim(0);
+#endif
+        // Loaded from the file, so that every field is its own string as in real use.
+        state.catalogue.Load(prompt, AppState::AppTitle);
+        window = std::make_unique<FrmStations>(state);
+        window->show();
+        QCoreApplication::processEvents();
+        grid = window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));
+    }
+
+    template <typename T>
+    T *child(const char *name) const
+    {
+        return window->findChild<T *>(QLatin1StringView(name));
+    }
+
+    void setFilters(const QString &genre)
+    {
+        child<QComboBox>("cmbGenre")->setCurrentText(genre);
+        child<QPushButton>("cmdFilter")->click();
+    }
+
+    SilentPrompt prompt;
+    AppState state;
+    std::unique_ptr<FrmStations> window;
+    LynxGrid *grid = nullptr;
+};
+
+MainWindow &mainWindow()
+{
+    static MainWindow instance;
+    return instance;
+}
+
+void BM_WindowMemory(benchmark::State &state)
+{
+    const double before = statusMegabytes("VmRSS:");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(mainWindow().grid);
+    MainWindow &w = mainWindow();
+    if (w.grid->ItemCount() != StationTotal || w.prompt.messages != 0)
+        state.SkipWithError("the generated catalogue did not load whole");
+    state.counters["rows"] = w.grid->ItemCount();
+    state.counters["rss_MB"] = statusMegabytes("VmRSS:");
+    state.counters["window_and_catalogue_MB"] = statusMegabytes("VmRSS:") - before;
+}
+BENCHMARK(BM_WindowMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// All filters empty: the whole catalogue, drawing off for the fill.
+void BM_GridFill(benchmark::State &state)
+{
+    MainWindow &w = mainWindow();
+    for (auto _ : state)
+        w.setFilters(QString());
+    state.counters["rows"] = w.grid->ItemCount();
+}
+BENCHMARK(BM_GridFill)->Unit(benchmark::kMillisecond);
+
+void BM_ApplyFilter(benchmark::State &state)
+{
+    MainWindow &w = mainWindow();
+    for (auto _ : state)
+        w.setFilters(QStringLiteral("Rock"));
+    state.counters["rows"] = w.grid->ItemCount();
+    w.setFilters(QString());
+}
+BENCHMARK(BM_ApplyFilter)->Unit(benchmark::kMillisecond);
+
+// One step of the text search: a text that turns up every few thousand rows,
+// and one that is nowhere, so the step reads both cells of every row.
+void BM_SearchStep(benchmark::State &state)
+{
+    MainWindow &w = mainWindow();
+    const QString text = state.range(0) ? QStringLiteral("Radio 777") : QStringLiteral("no such station");
+    w.child<QLineEdit>("txtSearch")->setText(text);
+    w.grid->GotoCell(0, 1);
+    auto *cmdSearch = w.child<QPushButton>("cmdSearch");
+    for (auto _ : state)
+        cmdSearch->click();
+    state.SetLabel(state.range(0) ? "next match" : "no match");
+}
+BENCHMARK(BM_SearchStep)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+// A paint after each page down draws only the rows in view, whatever the row count.
+void BM_ScrollPaint(benchmark::State &state)
+{
+    MainWindow &w = mainWindow();
+    QScrollBar *bar = w.grid->verticalScrollBar();
+    QImage image(w.grid->viewport()->size(), QImage::Format_ARGB32_Premultiplied);
+    bar->setValue(0);
+    int mostRows = 0;
+    for (auto _ : state) {
+        bar->setValue(bar->value() + bar->pageStep() > bar->maximum() ? 0 : bar->value() + bar->pageStep());
+        w.grid->viewport()->render(&image);
+        mostRows = qMax(mostRows, w.grid->LastPaintedRows());
+    }
+    state.counters["rows_in_view"] = w.grid->ItemsVisible();
+    state.counters["most_rows_painted"] = mostRows;
+    state.counters["rows_total"] = w.grid->ItemCount();
+    if (mostRows > w.grid->ItemsVisible() + 1)
+        state.SkipWithError("a paint drew rows outside the view");
+}
+BENCHMARK(BM_ScrollPaint)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+
+    // The catalogue lives in the data folder, which APPDATA points at.
+    const QTemporaryDir appData;
+    qputenv("APPDATA", QFile::encodeName(appData.path()));
+    QDir().mkpath(appData.path() + QStringLiteral("/Tunecatch"));
+
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    std::printf("Peak memory: %.1f MB\n", statusMegabytes("VmHWM:"));
+    return 0;
+}

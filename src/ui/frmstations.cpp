@@ -1,0 +1,450 @@
+#include "ui/frmstations.h"
+
+#include "app/apperror.h"
+#include "app/appstate.h"
+#include "app/conversions.h"
+#include "app/frmsettings.h"
+#include "controls/lynxgrid.h"
+#include "ui/stationplayer.h"
+#include "ui/themepalette.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+struct ColumnSpec
+{
+    const char16_t *heading;
+    int width;
+};
+
+// Headings and widths in creation order; the last column's width is the grid's own.
+constexpr ColumnSpec Columns[FrmStations::ColumnCount] = {
+    {u" ", 23},         {u"Station", 100}, {u"Genre", 46},     {u"Bit", 33},   {u"Type", 33},
+    {u"Category", 100}, {u"Rating", 66},   {u"StreamUrl", 200}, {u"Single", 46}, {u"LastDate", 66},
+    {u"Sign", 46},      {u"InfoUrl", 166}, {u"Output", 0},
+};
+
+// "Funk" is listed twice on purpose.
+const QStringList GenreEntries = {
+    QString(),          QStringLiteral("TopTen"), QStringLiteral("Alternative"), QStringLiteral("Classical"),
+    QStringLiteral("Comedy"), QStringLiteral("Country"), QStringLiteral("Dance"), QStringLiteral("Funk"),
+    QStringLiteral("Jazz"),   QStringLiteral("Metal"),   QStringLiteral("Funk"),  QStringLiteral("Mixed"),
+    QStringLiteral("Pop"),    QStringLiteral("Rap"),     QStringLiteral("RnB"),   QStringLiteral("Rock"),
+    QStringLiteral("Talk"),   QStringLiteral("Techno"),  QStringLiteral("70s"),   QStringLiteral("80s"),
+    QStringLiteral("World"),  QStringLiteral("Fun"),     QStringLiteral("Adult"),
+};
+const QStringList TypeEntries = {QString(), QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
+                                 QStringLiteral("-"), QStringLiteral("XxX")};
+const QStringList RatingEntries = {QString(), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
+                                   QStringLiteral("4"), QStringLiteral("5")};
+const QStringList RatingEditorEntries = RatingEntries.mid(1);
+
+const QString LaterTip = QStringLiteral("Coming in a later version");
+const QString PlayKey = QStringLiteral("Play");
+
+QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QLatin1StringView(name));
+    combo->setMinimumWidth(minimumWidth);
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    return combo;
+}
+
+QPushButton *newButton(QWidget *parent, const char *name, const QString &text)
+{
+    auto *button = new QPushButton(text, parent);
+    button->setObjectName(QLatin1StringView(name));
+    button->setAutoDefault(false);
+    return button;
+}
+
+// Selects the first entry whose text equals value exactly; with none, the selection stays.
+void selectEntry(QComboBox *combo, const QString &value)
+{
+    for (int i = 0; i < combo->count(); ++i) {
+        if (combo->itemText(i) == value) {
+            combo->setCurrentIndex(i);
+            return;
+        }
+    }
+}
+
+// The play handle drawn in column 0, in the theme's accent colour.
+QIcon playIcon(const QColor &color)
+{
+    QPixmap pixmap(32, 32);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(Qt::NoPen);
+    p.setBrush(color);
+    p.drawPolygon(QPolygonF({QPointF(9, 6), QPointF(26, 16), QPointF(9, 26)}));
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+FrmStations::FrmStations(AppState &state, QWidget *parent) : QWidget(parent), m_state(state)
+{
+    setObjectName(QStringLiteral("FrmStations"));
+    setWindowTitle(AppState::AppTitle);
+    buildControls();
+
+    // Load, in its fixed order.
+    m_cboRating->addItems(RatingEditorEntries);
+    applyTheme();
+    createColumns();
+    FillGrid();
+    fillFilterLists();
+    selectEntry(m_cmbGenre, m_state.GenreFilter);
+    selectEntry(m_cmbCategory, m_state.CategoryFilter);
+    selectEntry(m_cmbType, m_state.TypeFilter);
+    selectEntry(m_cmbRating, m_state.RatingFilter);
+}
+
+void FrmStations::buildControls()
+{
+    setMinimumSize(780, 420);
+    resize(1100, 660);
+
+    // The arrangement: filter frame across the top, the command strip below it,
+    // the grid filling the rest and the play bar under the grid at its width.
+    // Layouts give that result at every size, so they replace pixel arithmetic.
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(10, 10, 10, 10);
+    outer->setSpacing(8);
+
+    auto *fraFilter = new QFrame(this);
+    fraFilter->setObjectName(QStringLiteral("fraFilter"));
+    fraFilter->setFrameShape(QFrame::StyledPanel);
+    auto *filters = new QHBoxLayout(fraFilter);
+    filters->setContentsMargins(10, 6, 10, 6);
+    filters->setSpacing(6);
+    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 110);
+    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 120);
+    m_cmbType = newCombo(fraFilter, "cmbType", 60);
+    m_cmbRating = newCombo(fraFilter, "cmbRating", 50);
+    const std::pair<QString, QComboBox *> labelled[] = {{tr("Genre"), m_cmbGenre},
+                                                        {tr("Category"), m_cmbCategory},
+                                                        {tr("Type"), m_cmbType},
+                                                        {tr("Rating"), m_cmbRating}};
+    for (const auto &[text, combo] : labelled) {
+        auto *label = new QLabel(text, fraFilter);
+        label->setBuddy(combo);
+        filters->addWidget(label);
+        filters->addWidget(combo);
+        filters->addSpacing(6);
+    }
+    auto *cmdFilter = newButton(fraFilter, "cmdFilter", tr("Filter"));
+    filters->addWidget(cmdFilter);
+    filters->addStretch(1);
+    m_txtSearch = new QLineEdit(fraFilter);
+    m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
+    m_txtSearch->setPlaceholderText(tr("Station or category"));
+    m_txtSearch->setClearButtonEnabled(true);
+    m_txtSearch->setMinimumWidth(150);
+    filters->addWidget(m_txtSearch, 1);
+    auto *cmdSearch = newButton(fraFilter, "cmdSearch", tr("Search"));
+    filters->addWidget(cmdSearch);
+    auto *cmdSearchWww = newButton(fraFilter, "cmdSearchWww", tr("Search Web"));
+    filters->addWidget(cmdSearchWww);
+    outer->addWidget(fraFilter);
+
+    auto *gfxOption = new QWidget(this);
+    gfxOption->setObjectName(QStringLiteral("GFXOption"));
+    auto *commands = new QHBoxLayout(gfxOption);
+    commands->setContentsMargins(0, 0, 0, 0);
+    commands->setSpacing(6);
+    const std::pair<const char *, QString> commandButtons[] = {
+        {"cmdRecord", tr("Record")}, {"cmdListen", tr("Listen")},     {"cmdReplay", tr("Replay")},
+        {nullptr, {}},               {"cmdCopy", tr("Copy")},         {"cmdDel", tr("Delete")},
+        {"cmdInfo", tr("Info")},     {"cmdLoadPls", tr("Load PLS")}, {"cmdTrim", tr("Trim")},
+        {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
+        {"cmdAbout", tr("About")},
+    };
+    QPushButton *cmdSettings = nullptr;
+    for (const auto &[name, text] : commandButtons) {
+        if (!name) {
+            commands->addSpacing(14);
+            continue;
+        }
+        QPushButton *button = newButton(gfxOption, name, text);
+        commands->addWidget(button);
+        if (button->objectName() == u"cmdSettings") {
+            cmdSettings = button;
+            continue;
+        }
+        button->setEnabled(false);
+        button->setToolTip(LaterTip);
+    }
+    cmdSearchWww->setEnabled(false);
+    cmdSearchWww->setToolTip(LaterTip);
+    commands->addStretch(1);
+    outer->addWidget(gfxOption);
+
+    m_grid = new LynxGrid(this);
+    m_grid->setObjectName(QStringLiteral("LynxGrid1"));
+    m_grid->SetFullRowSelect(true);
+    m_grid->SetTrackEdits(true);
+    m_grid->SetFocusRectMode(GridFocusMode::Cell);
+    // The column widths are the catalogue's classic pixel widths; a slightly
+    // smaller face lets the short headings ("Genre", "Type") fit them.
+    QFont gridFont = m_grid->font();
+    gridFont.setPointSizeF(qMax(8.0, gridFont.pointSizeF() - 1));
+    m_grid->SetFont(gridFont);
+    outer->addWidget(m_grid, 1);
+
+    // The play bar comes here, under the grid and as wide as it.
+    auto *playBarSlot = new QVBoxLayout;
+    playBarSlot->setObjectName(QStringLiteral("ucPlayBar1Slot"));
+    outer->addLayout(playBarSlot);
+
+    m_cboRating = new QComboBox(this);
+    m_cboRating->setObjectName(QStringLiteral("cboRating"));
+    m_cboRating->hide();
+
+    connect(cmdFilter, &QPushButton::clicked, this, &FrmStations::cmdFilter_Click);
+    connect(cmdSearch, &QPushButton::clicked, this, &FrmStations::cmdSearch_Click);
+    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
+    connect(cmdSettings, &QPushButton::clicked, this, &FrmStations::cmdSettings_Click);
+    // The grid hands answers back through references: these must stay direct connections.
+    connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::CellUpdated, this, &FrmStations::LynxGrid1_CellUpdated);
+
+    // The grid's width is read when the columns are made: give it its real size first.
+    outer->activate();
+}
+
+void FrmStations::applyTheme()
+{
+    const ThemeColors &colors = m_state.skinParam.Colors();
+    setPalette(ThemePalette(colors));
+    setAutoFillBackground(true);
+    m_grid->SetThemeColors(colors);
+    m_grid->SetImageList({playIcon(QColor::fromRgba(colors.FocusRect))});
+}
+
+void FrmStations::createColumns()
+{
+    for (int index = 0; index < ColumnCount; ++index) {
+        const ColumnSpec &spec = Columns[index];
+        const QString heading = QString::fromUtf16(spec.heading);
+        if (index == ColSingle)
+            m_grid->AddColumn(heading, spec.width, Qt::AlignHCenter, GridColumnType::CheckBox);
+        else if (index == ColOutput)
+            m_grid->AddColumn(heading, m_grid->width());
+        else
+            m_grid->AddColumn(heading, spec.width);
+    }
+    m_grid->SetColImage(ColPlay, 0);
+    m_grid->SetColImageAlignment(ColPlay, Qt::AlignHCenter);
+    m_grid->BindControl(ColRating, m_cboRating);
+    m_grid->SetRedraw(true);
+}
+
+void FrmStations::fillFilterLists()
+{
+    m_cmbGenre->addItems(GenreEntries);
+    m_cmbCategory->clear();
+    m_cmbCategory->addItems(m_state.catalogue.Categories.items());
+    m_cmbType->addItems(TypeEntries);
+    m_cmbRating->addItems(RatingEntries);
+}
+
+int FrmStations::pos(Column column) const
+{
+    return m_grid->ColPosition(column);
+}
+
+void FrmStations::FillGrid()
+{
+    m_grid->Clear();
+    m_grid->SetRedraw(false);
+
+    const QString &genre = m_state.GenreFilter;
+    const QString &category = m_state.CategoryFilter;
+    const QString &type = m_state.TypeFilter;
+    const bool byRating = !m_state.RatingFilter.isEmpty();
+    const double rating = Convert::LeadingNumber(m_state.RatingFilter);
+
+    const Catalogue &catalogue = m_state.catalogue;
+    int at[ColumnCount];
+    for (int column = 0; column < ColumnCount; ++column)
+        at[column] = pos(static_cast<Column>(column));
+
+    for (int index = 1; index <= catalogue.StationCount(); ++index) {
+        const Station &s = catalogue.at(index);
+        if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
+            continue;
+        // The one case-sensitive filter, on purpose.
+        if (!category.isEmpty() && !s.Category.contains(category, Qt::CaseSensitive))
+            continue;
+        if (!type.isEmpty() && !s.Format.contains(type, Qt::CaseInsensitive))
+            continue;
+        if (byRating && rating != s.Rating)
+            continue;
+
+        const int row = m_grid->AddItem();
+        m_grid->SetItemData(row, index);
+        m_grid->SetCellText(row, at[ColStation], s.Name);
+        m_grid->SetCellText(row, at[ColGenre], s.Genre);
+        m_grid->SetCellText(row, at[ColBit], s.BitRate);
+        m_grid->SetCellText(row, at[ColType], s.Format);
+        m_grid->SetCellText(row, at[ColCategory], s.Category);
+        m_grid->SetCellText(row, at[ColOutput], s.OutputFile);
+        m_grid->SetCellText(row, at[ColSingle], Convert::BooleanText(s.SingleSong));
+        if (s.SingleSong)
+            m_grid->SetCellChecked(row, at[ColSingle], true);
+        m_grid->SetCellText(row, at[ColRating], QString::number(s.Rating));
+        m_grid->SetCellText(row, at[ColLastDate], s.LastDate);
+        m_grid->SetCellText(row, at[ColSign], s.CallSign);
+        m_grid->SetCellText(row, at[ColStreamUrl], s.StreamURL);
+        m_grid->SetCellText(row, at[ColInfoUrl], s.InfoUrl);
+    }
+    m_grid->SetRedraw(true);
+}
+
+void FrmStations::WriteBack(int row, int index)
+{
+    if (index < 1 || index > m_state.catalogue.StationCount())
+        return;
+    Station &s = m_state.catalogue.at(index);
+    const auto cell = [this, row](Column column) { return m_grid->CellText(row, pos(column)); };
+    s.Name = cell(ColStation);
+    s.Genre = cell(ColGenre);
+    s.BitRate = cell(ColBit);
+    s.Format = cell(ColType);
+    s.Category = cell(ColCategory);
+    s.OutputFile = cell(ColOutput);
+    s.SingleSong = m_grid->CellChecked(row, pos(ColSingle));
+    try {
+        s.Rating = Convert::LeadingInt32(cell(ColRating));
+    } catch (const AppError &) {
+        // A number too large for a rating leaves the stored one as it was.
+    }
+    s.LastDate = cell(ColLastDate);
+    s.CallSign = cell(ColSign);
+    s.StreamURL = cell(ColStreamUrl);
+    s.InfoUrl = cell(ColInfoUrl);
+}
+
+void FrmStations::cmdFilter_Click()
+{
+    m_state.GenreFilter = m_cmbGenre->currentText();
+    m_state.CategoryFilter = m_cmbCategory->currentText();
+    m_state.TypeFilter = m_cmbType->currentText();
+    m_state.RatingFilter = m_cmbRating->currentText();
+    FillGrid();
+}
+
+void FrmStations::cmdSearch_Click()
+{
+    const QString text = m_txtSearch->text();
+    if (text.isEmpty())
+        return;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+
+    const int station = ColStation;
+    const int category = ColCategory;
+    // Name first, then category; both addressed by their indices as they stand.
+    const auto match = [&](int row) {
+        if (m_grid->CellText(row, station).contains(text, Qt::CaseInsensitive))
+            return station;
+        if (m_grid->CellText(row, category).contains(text, Qt::CaseInsensitive))
+            return category;
+        return -1;
+    };
+    const int start = m_grid->Row() + 1;
+    int found = -1;
+    int col = -1;
+    for (int row = start; row < m_grid->ItemCount() && found < 0; ++row) {
+        if ((col = match(row)) >= 0)
+            found = row;
+    }
+    // The wrap-round pass needs a start row of 2 or more: row 0 current never looks at row 0 again.
+    if (found < 0 && start >= 2) {
+        for (int row = 0; row <= start && found < 0; ++row) {
+            if ((col = match(row)) >= 0)
+                found = row;
+        }
+    }
+    if (found >= 0)
+        m_grid->GotoCell(found, col);
+
+    QGuiApplication::restoreOverrideCursor();
+}
+
+void FrmStations::cmdSettings_Click()
+{
+    FrmSettings dialog(m_state, this);
+    dialog.exec();
+}
+
+void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
+{
+    if (col == pos(ColPlay)) {
+        cancel = true;
+        if (m_player)
+            m_player->PlayKey(PlayKey);
+    } else if (col == pos(ColRating)) {
+        const QString text = m_grid->CellText(row, col);
+        if (text.isEmpty() || text == u"0")
+            m_cboRating->setCurrentIndex(-1);
+        else
+            m_cboRating->setCurrentIndex(m_cboRating->findText(text));
+    } else if (col == pos(ColSingle)) {
+        m_grid->SetCellChanged(row, col, true);
+    }
+}
+
+void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &)
+{
+    if (col == pos(ColRating))
+        value = m_cboRating->currentText();
+}
+
+void FrmStations::LynxGrid1_CellUpdated(int row, int)
+{
+    WriteBack(row, m_grid->ItemData(row));
+}
+
+void FrmStations::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    // An edit still open counts like one the user finished.
+    m_grid->CommitEdit();
+
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    int changed = 0;
+    for (int row = 0; row < m_grid->ItemCount(); ++row) {
+        bool rowChanged = false;
+        for (int col = 0; col < m_grid->Cols(); ++col) {
+            if (m_grid->CellChanged(row, col)) {
+                ++changed;
+                rowChanged = true;
+            }
+        }
+        if (rowChanged)
+            WriteBack(row, m_grid->ItemData(row));
+    }
+    QGuiApplication::restoreOverrideCursor();
+
+    if (changed > 0)
+        m_state.catalogue.Dirty = true;
+    emit unloaded();
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QWidget>
+
+class AppState;
+class LynxGrid;
+class QBoxLayout;
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+class StationPlayer;
+
+// The main window: the station catalogue in a grid, four filters, a text
+// search and in-place editing of the stations.
+class FrmStations : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(FrmStations)
+
+public:
+    // The grid's columns by their index; cells are reached through the grid's
+    // ColPosition, because the user may drag the columns into another order.
+    enum Column {
+        ColPlay,
+        ColStation,
+        ColGenre,
+        ColBit,
+        ColType,
+        ColCategory,
+        ColRating,
+        ColStreamUrl,
+        ColSingle,
+        ColLastDate,
+        ColSign,
+        ColInfoUrl,
+        ColOutput,
+        ColumnCount
+    };
+
+    explicit FrmStations(AppState &state, QWidget *parent = nullptr);
+
+    // The player behind the play handle in column 0; none until there is one.
+    void SetPlayer(StationPlayer *player) { m_player = player; }
+
+signals:
+    // The window has unloaded: edited cells are back in the catalogue and its
+    // changed flag is set when any cell was changed. The closing step follows.
+    void unloaded();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildControls();
+    void applyTheme();
+    void createColumns();
+    void fillFilterLists();
+    void FillGrid();
+    void WriteBack(int row, int index);
+    int pos(Column column) const;
+
+    void cmdFilter_Click();
+    void cmdSearch_Click();
+    void cmdSettings_Click();
+    void LynxGrid1_RequestEdit(int row, int col, bool &cancel);
+    void LynxGrid1_RequestUpdate(int row, int col, QString &value, bool &cancel);
+    void LynxGrid1_CellUpdated(int row, int col);
+
+    AppState &m_state;
+    StationPlayer *m_player = nullptr;
+    bool m_unloaded = false;
+
+    LynxGrid *m_grid = nullptr;
+    QComboBox *m_cboRating = nullptr;
+    QComboBox *m_cmbGenre = nullptr;
+    QComboBox *m_cmbCategory = nullptr;
+    QComboBox *m_cmbType = nullptr;
+    QComboBox *m_cmbRating = nullptr;
+    QLineEdit *m_txtSearch = nullptr;
+    QBoxLayout *m_playBarSlot = nullptr;
+};
