@@ -1,0 +1,119 @@
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+class QTcpServer;
+class QTcpSocket;
+
+// A scripted station on 127.0.0.1: answers a request with an ICY header, then
+// sends audio with a metadata block after every metaInt audio bytes, the
+// title changing as the script says. It remembers, per client, the exact
+// audio it sent and where each title was announced, so tests can compute the
+// files a recorder must have written. It can also misbehave, and serve small
+// pages (playlists) by path.
+class IcyServer : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(IcyServer)
+
+public:
+    enum class Fault
+    {
+        None,
+        CloseAtOnce,   // closes every connection before reading the request
+        EndlessHeader, // sends header lines that never end
+        Garbage,       // sends binary noise instead of a response
+    };
+
+    struct Song
+    {
+        QByteArray title;
+        int intervals = 1; // audio intervals of metaInt bytes
+    };
+
+    // A metadata block announcing title sat right after audio byte offset.
+    struct TitleMark
+    {
+        qint64 offset = 0;
+        QByteArray title;
+    };
+
+    struct Sent
+    {
+        QByteArray request;
+        QByteArray audio; // every audio byte sent, without the metadata
+        QList<TitleMark> marks;
+        bool finished = false;
+    };
+
+    explicit IcyServer(QObject *parent = nullptr);
+    ~IcyServer() override;
+
+    // Listens on a free port of 127.0.0.1 below 32768: the recorder keeps
+    // ports in signed 16 bits and refuses higher ones.
+    bool start();
+    static bool ListenOnLowPort(QTcpServer &server);
+    quint16 port() const;
+    QString url(const QString &path = QStringLiteral("/stream")) const;
+
+    // The script; change it before clients connect.
+    QList<Song> songs;
+    bool repeat = false;       // start the songs again after the last; else stop sending
+    bool repeatTitles = false; // send the title in every block, not only on a change
+    int metaInt = 8000;
+    int bitrate = 128;         // announced in icy-br; 0 leaves the line out
+    qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
+    int chunk = 2000;          // audio bytes per write when not paced
+    QByteArray stationName = "Loopback FM";
+    QByteArray genre = "Test";
+    QByteArray stationUrl = "http://station.example/";
+    Fault fault = Fault::None;
+    bool keepSent = true; // false: remember nothing (long runs)
+    // Paths answered as plain HTTP pages; other ".pls" paths get a 404.
+    QMap<QByteArray, QByteArray> pages;
+
+    // The header sent for the script above.
+    QByteArray responseHeader() const;
+    // A metadata block as it goes on the wire: length byte, then padded text.
+    static QByteArray metadataBlock(const QByteArray &text);
+    // The audio the server sends: the same bytes for every client.
+    static char audioByte(qint64 position);
+
+    int clientCount() const { return int(m_clients.size()); }
+    const Sent &sent(int client) const;
+    // Audio of one file as the recorder must write it in single-song mode:
+    // from the interval before the block announcing mark `index` up to the end
+    // of the interval before the next announcement, or up to the first
+    // `consumed` audio bytes, what the recorder took before it stopped.
+    QByteArray songFile(int client, int index, qint64 consumed) const;
+
+signals:
+    void requestReceived(int client);
+    // The script has been sent to this client in full.
+    void finished(int client);
+
+private:
+    struct Client;
+
+    void onNewConnection();
+    void onReadyRead(Client &client);
+    void tick();
+    void pump(Client &client);
+    void sendAudio(Client &client, qint64 count);
+    QByteArray titleAfterInterval(qint64 interval) const;
+    qint64 scriptIntervals() const;
+    int indexOf(const Client &client) const;
+
+    QTcpServer *m_server;
+    QTimer m_timer;
+    std::vector<std::unique_ptr<Client>> m_clients;
+};
