@@ -440,7 +440,7 @@ void LynxGrid::paintHeader(QPainter &p, int width, int hotCol, int dropCol) cons
         p.setPen(m_look.grid);
         p.drawLine(rect.right(), rect.top() + 3, rect.right(), rect.bottom() - 3);
 
-        QRect text = rect.adjusted(CellPadding, 0, -CellPadding, 0);
+        QRect text = rect.adjusted(CellPadding - 1, 0, -(CellPadding - 1), 0);
         if (col == sortCol && text.width() > 16) {
             // The sort mark: a small triangle at the right, up for ascending.
             const int cx = text.right() - 4;

@@ -314,6 +314,74 @@ TEST_F(GridTest, KeyboardMovesTheCurrentRowAndSelection)
     EXPECT_EQ(grid.SelectedCount(), 2);
 }
 
+TEST_F(GridTest, MouseSelectsAndStartsEditsByItsTriggers)
+{
+    Host host;
+    attach(host);
+    const auto centre = [this](int row, int col) {
+        return QPoint(grid.ColLeft(col) + grid.ColWidth(col) / 2, grid.RowTop(row) + grid.RowHeight() / 2);
+    };
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
+    EXPECT_EQ(grid.Row(), 1);
+    EXPECT_FALSE(grid.IsEditing()) << "the first click only makes the cell current";
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
+    EXPECT_TRUE(grid.IsEditing());
+    QTest::keyClick(editBox(), Qt::Key_Escape);
+
+    QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(2, 2));
+    EXPECT_TRUE(grid.IsEditing());
+    EXPECT_EQ(host.events.last(), QStringLiteral("edit 2,2"));
+    grid.CancelEdit();
+
+    grid.SetEditTrigger(EditF2);
+    QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(0, 2));
+    EXPECT_FALSE(grid.IsEditing());
+
+    grid.SetMultiSelect(true);
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, Qt::ControlModifier, centre(2, 0));
+    EXPECT_EQ(grid.SelectedCount(), 2);
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
+    EXPECT_EQ(grid.SelectedCount(), 1);
+}
+
+TEST_F(GridTest, HiddenItemsAndColumnsAreSkipped)
+{
+    grid.SetItemVisible(1, false);
+    grid.SetColVisible(1, false);
+    EXPECT_EQ(grid.RowTop(2), grid.RowHeight());
+    EXPECT_EQ(grid.RowTop(1), -1);
+    EXPECT_EQ(grid.ColLeft(2), 120);
+
+    grid.setFocus();
+    QTest::keyClick(&grid, Qt::Key_Home);
+    QTest::keyClick(&grid, Qt::Key_Down);
+    EXPECT_EQ(grid.Row(), 2);
+    QTest::keyClick(&grid, Qt::Key_Right);
+    EXPECT_EQ(grid.Col(), 2);
+    grid.SetItemVisible(1, true);
+    EXPECT_EQ(grid.RowTop(2), 2 * grid.RowHeight());
+}
+
+TEST_F(GridTest, TypingEditsOrJumpsToTheMatchingRow)
+{
+    EXPECT_EQ(grid.FindItem(QStringLiteral("GAMMA"), 0), 2);
+    EXPECT_EQ(grid.FindItem(QStringLiteral("gam"), 0), -1);
+    EXPECT_EQ(grid.FindItem(QStringLiteral("gam"), 0, 0, true), 2);
+    EXPECT_EQ(grid.FindItem(QStringLiteral("beta"), 0, 1), -1);
+
+    grid.setFocus();
+    grid.SetSearchColumn(0);
+    QTest::keyClicks(&grid, QStringLiteral("ga"));
+    EXPECT_EQ(grid.Row(), 2);
+    EXPECT_FALSE(grid.IsEditing());
+
+    grid.SetEditTrigger(EditAnyKey);
+    grid.SetColInputFilter(0, QStringLiteral(">"));
+    QTest::keyClick(&grid, Qt::Key_Q);
+    ASSERT_TRUE(grid.IsEditing());
+    EXPECT_EQ(editBox()->text(), QStringLiteral("Q")) << "the first key replaces the text, through the filter";
+}
+
 TEST_F(GridTest, CellsOutsideTheGridAnswerEmptyAndRemovalKeepsTheCurrentItem)
 {
     EXPECT_EQ(grid.CellText(3, 0), QString());
