@@ -36,6 +36,10 @@ public:
     // exactly one step (the header step until the header is done, then the
     // metadata step, which consumes at most one audio interval). A run-time
     // error inside the step ends this event only; the recording goes on.
+    // While the position is lost, a "StreamTitle" that gives no place to start
+    // from (at the very front, too close to it, or the block just rejected) is
+    // dropped up to its first byte and counted as discarded, so the search
+    // moves on instead of finding the same marker at every event.
     void OnData(QByteArrayView packet);
 
     // End of a recording: the rest of the receive buffer goes to the output
