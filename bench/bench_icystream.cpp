@@ -42,7 +42,7 @@ public:
     {
         output.NewSong(title, true,
                        m_folder.isEmpty() ? QProcess::nullDevice()
-                                          : BuildFileName(QStringLiteral("%SONG%.mp3"), {}, {}, m_folder + u'/'));
+                                          : BuildFileName(QStringLiteral("./%SONG%.mp3"), {}, {}, m_folder + u'/'));
     }
     bool IsFileOpen() const override { return output.IsFileOpen(); }
     void SwitchToContinuous() override { output.SwitchToContinuous(); }
