@@ -66,6 +66,8 @@ QPushButton *newButton(QWidget *parent, const char *name, const QString &text)
     auto *button = new QPushButton(text, parent);
     button->setObjectName(QLatin1StringView(name));
     button->setAutoDefault(false);
+    // Narrower than the style's dialog-button minimum, so that the window fits small screens.
+    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + 24);
     return button;
 }
 
@@ -115,7 +117,6 @@ FrmStations::FrmStations(AppState &state, QWidget *parent) : QWidget(parent), m_
 
 void FrmStations::buildControls()
 {
-    setMinimumSize(780, 420);
     resize(1100, 660);
 
     // The arrangement: filter frame across the top, the command strip below it,
@@ -124,6 +125,8 @@ void FrmStations::buildControls()
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(10, 10, 10, 10);
     outer->setSpacing(8);
+    // The window can shrink to what its controls need, and no further.
+    outer->setSizeConstraint(QLayout::SetMinimumSize);
 
     auto *fraFilter = new QFrame(this);
     fraFilter->setObjectName(QStringLiteral("fraFilter"));
@@ -131,10 +134,10 @@ void FrmStations::buildControls()
     auto *filters = new QHBoxLayout(fraFilter);
     filters->setContentsMargins(10, 6, 10, 6);
     filters->setSpacing(6);
-    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 110);
-    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 120);
-    m_cmbType = newCombo(fraFilter, "cmbType", 60);
-    m_cmbRating = newCombo(fraFilter, "cmbRating", 50);
+    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 90);
+    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 100);
+    m_cmbType = newCombo(fraFilter, "cmbType", 56);
+    m_cmbRating = newCombo(fraFilter, "cmbRating", 44);
     const std::pair<QString, QComboBox *> labelled[] = {{tr("Genre"), m_cmbGenre},
                                                         {tr("Category"), m_cmbCategory},
                                                         {tr("Type"), m_cmbType},
@@ -144,7 +147,7 @@ void FrmStations::buildControls()
         label->setBuddy(combo);
         filters->addWidget(label);
         filters->addWidget(combo);
-        filters->addSpacing(6);
+        filters->addSpacing(4);
     }
     auto *cmdFilter = newButton(fraFilter, "cmdFilter", tr("Filter"));
     filters->addWidget(cmdFilter);
@@ -153,7 +156,7 @@ void FrmStations::buildControls()
     m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
     m_txtSearch->setPlaceholderText(tr("Station or category"));
     m_txtSearch->setClearButtonEnabled(true);
-    m_txtSearch->setMinimumWidth(150);
+    m_txtSearch->setMinimumWidth(100);
     filters->addWidget(m_txtSearch, 1);
     auto *cmdSearch = newButton(fraFilter, "cmdSearch", tr("Search"));
     filters->addWidget(cmdSearch);
@@ -195,6 +198,7 @@ void FrmStations::buildControls()
 
     m_grid = new LynxGrid(this);
     m_grid->setObjectName(QStringLiteral("LynxGrid1"));
+    m_grid->setMinimumHeight(200);
     m_grid->SetFullRowSelect(true);
     m_grid->SetTrackEdits(true);
     m_grid->SetFocusRectMode(GridFocusMode::Cell);
