@@ -101,6 +101,7 @@ public:
     void removeItem(int row);
     void clear();
     void reserve(int rows);
+    int capacity() const { return static_cast<int>(m_items.capacity()); }
     int itemCount() const { return static_cast<int>(m_items.size()); }
     bool validRow(int row) const { return row >= 0 && row < itemCount(); }
     GridItem &item(int row) { return m_items[static_cast<std::size_t>(row)]; }

@@ -44,9 +44,10 @@ int LynxGrid::AddColumn(const QString &heading, int width, Qt::Alignment alignme
 
 int LynxGrid::AddItem(const QString &text, int row)
 {
+    // Room grows geometrically, by at least CacheIncrement items at a time.
     const int count = m_data.itemCount();
-    if (m_cacheIncrement > 0 && count % m_cacheIncrement == 0)
-        m_data.reserve(count + m_cacheIncrement);
+    if (count == m_data.capacity())
+        m_data.reserve(qMax(count * 2, count + qMax(1, m_cacheIncrement)));
     const bool inserted = m_data.validRow(row);
     if (inserted && m_editing && m_editRow >= row)
         CancelEdit();

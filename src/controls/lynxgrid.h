@@ -75,7 +75,7 @@ public:
     // the control into its view and never sets its value: the host does that in
     // RequestEdit.
     void BindControl(int col, QWidget *control);
-    // Items are allocated in steps of this many.
+    // Room for items grows by at least this many at a time.
     int CacheIncrement() const { return m_cacheIncrement; }
     void SetCacheIncrement(int items);
 

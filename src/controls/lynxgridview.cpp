@@ -18,7 +18,6 @@
 namespace {
 
 constexpr int CellPadding = 4;
-constexpr int ResizeGrip = 4;
 
 int shiftState(Qt::KeyboardModifiers mods)
 {
