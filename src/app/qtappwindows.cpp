@@ -2,11 +2,11 @@
 
 #include "app/appstate.h"
 #include "app/startup.h"
+#include "ui/frmstations.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
-#include <QListWidget>
 #include <QVBoxLayout>
 
 #include <functional>
@@ -45,15 +45,12 @@ void QtAppWindows::InitCommonControls()
 
 void QtAppWindows::LoadMainWindow()
 {
-    auto *window = new ClosingWindow([this] {
+    auto *window = new FrmStations(m_state);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)
             m_startup->Close();
     });
-    window->setObjectName(QStringLiteral("FrmStations"));
-    window->setWindowTitle(AppState::AppTitle);
-    auto *layout = new QVBoxLayout(window);
-    layout->addWidget(new QListWidget(window));
-    window->resize(900, 560);
     m_mainWindow = track(window);
 }
 
