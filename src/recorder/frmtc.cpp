@@ -28,6 +28,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -281,6 +282,7 @@ QWidget *FrmTC::buildMonitor()
     txtMeta = named(new QPlainTextEdit, QStringLiteral("txtMeta"));
     txtMeta->setReadOnly(true);
     txtMeta->setMinimumHeight(90);
+    txtMeta->setMaximumHeight(140);
 
     int row = 0;
     addPair(grid, row, QStringLiteral("Buffer:"), lbBuffer_Current, QStringLiteral("Peak:"), lbBuffer_Peak);
@@ -511,10 +513,15 @@ void FrmTC::EndStream()
         m_connectWait->quit();
         m_connectWait = nullptr;
     }
-    WS->abort();
+    {
+        // Our own close is no news from the station.
+        const QSignalBlocker quiet(WS);
+        WS->abort();
+    }
     Cleanup();
 }
 
+// Nothing is held beyond what EndStream has closed; kept as the one place for it.
 void FrmTC::Cleanup() {}
 
 void FrmTC::onSocketData()
@@ -557,14 +564,14 @@ void FrmTC::onDownloadComplete(const QString &key, const QByteArray &body)
 {
     if (key != TagRecording)
         return;
-    m_playlistAddress = Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body));
-    if (m_playlistAddress.isEmpty()) {
+    const QString address = Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body));
+    if (address.isEmpty()) {
         cmdRecord->click();
         setLabel(lbStream, TextNoPlaylistStream);
         return;
     }
-    setLabel(lbStream, QStringLiteral("Connecting to: ") + m_playlistAddress);
-    StartRecording(m_playlistAddress);
+    setLabel(lbStream, QStringLiteral("Connecting to: ") + address);
+    StartRecording(address);
 }
 
 void FrmTC::onDownloadError(const QString &key, int statusCode, const QString &statusText)

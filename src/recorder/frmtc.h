@@ -152,7 +152,6 @@ private:
     // waiting attempt stale.
     quint32 m_attempt = 0;
     QEventLoop *m_connectWait = nullptr;
-    QString m_playlistAddress;
 
     QTcpSocket *WS = nullptr;
     FileDL *m_fileDL = nullptr;

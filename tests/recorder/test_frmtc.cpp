@@ -2,6 +2,7 @@
 
 #include "app/apppaths.h"
 #include "app/appstate.h"
+#include "eventwait.h"
 #include "fakepowercontrol.h"
 #include "recorder/recorderstats.h"
 #include "support/icyserver.h"
@@ -10,12 +11,12 @@
 
 #include <QCheckBox>
 #include <QDir>
-#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
@@ -26,33 +27,11 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 namespace {
 
 constexpr int Wait = 15000;
 const QByteArray Request = "GET /stream HTTP/1.0\r\nHost: 127.0.0.1\r\nUser-Agent: WinampMPEG/2.7\r\n"
                            "Accept: */*\r\nIcy-MetaData: 1\r\nConnection: Close\r\n\r\n";
-
-// Runs the event loop until done() holds or the time is up. The loop is never
-// put to sleep, so the scripted station streams at full speed meanwhile.
-bool waitUntil(const std::function<bool()> &done, int timeout = Wait)
-{
-    bool met = done();
-    if (met)
-        return true;
-    QEventLoop loop;
-    QTimer check;
-    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        met = done();
-        if (met)
-            loop.quit();
-    });
-    QTimer::singleShot(timeout, &loop, &QEventLoop::quit);
-    check.start(5);
-    loop.exec();
-    return met;
-}
 
 // A continuous file of the first `consumed` audio bytes: every interval once,
 // and the interval in front of a title announcement twice (it ends the old
@@ -117,7 +96,7 @@ protected:
 
     bool waitForText(const char *name, const QString &expected) const
     {
-        return waitUntil([&] { return text(name) == expected; });
+        return waitUntil([&] { return text(name) == expected; }, Wait);
     }
 
     // Stops the recording (by Record or by closing the window) once it has
@@ -126,17 +105,19 @@ protected:
     qint64 stopAfter(qint64 audio, bool byClosing = false)
     {
         qint64 consumed = -1;
-        const bool drained = waitUntil([&] {
-            const IcyStream &stream = window->Stream();
-            if (stream.BytesTotal() < double(audio) || stream.ReceiveBufferLength() != 0)
-                return false;
-            consumed = qint64(stream.BytesTotal());
-            if (byClosing)
-                window->close();
-            else
-                button("cmdRecord")->click();
-            return true;
-        });
+        const bool drained = waitUntil(
+            [&] {
+                const IcyStream &stream = window->Stream();
+                if (stream.BytesTotal() < double(audio) || stream.ReceiveBufferLength() != 0)
+                    return false;
+                consumed = qint64(stream.BytesTotal());
+                if (byClosing)
+                    window->close();
+                else
+                    button("cmdRecord")->click();
+                return true;
+            },
+            Wait);
         EXPECT_TRUE(drained);
         return consumed;
     }
@@ -170,11 +151,17 @@ TEST_F(RecorderWindow, SingleSongModeWritesOneFilePerTitle)
     EXPECT_TRUE(text("lnkStation").contains(QStringLiteral("http://station.example/")));
     EXPECT_TRUE(label("lbSync")->isVisibleTo(window));
     EXPECT_FALSE(label("lbInvalid")->isVisibleTo(window));
+    auto *meta = child<QPlainTextEdit>("txtMeta");
+    EXPECT_TRUE(waitUntil(
+        [&] { return meta->toPlainText().startsWith(QStringLiteral("StreamTitle='Gamma';")); }, Wait));
+    button("btShow")->click();
+    EXPECT_TRUE(meta->toPlainText().contains(QStringLiteral("icy-metaint:8000")));
 
     const qint64 consumed = stopAfter(8 * server.metaInt);
     EXPECT_EQ(button("cmdRecord")->text(), FrmTC::CaptionRecord);
     EXPECT_TRUE(edit("txtStream")->isEnabled());
     EXPECT_TRUE(text("lbSong").isEmpty());
+    EXPECT_EQ(text("lbStream"), QStringLiteral("Loopback FM"));
     EXPECT_TRUE(waitForText("lbStore", RecorderStats::StoredSizeText(double(consumed))));
     EXPECT_EQ(text("lbTime"), RecorderStats::MakeTime(*RecorderStats::ElapsedSeconds(double(consumed), 128)));
     EXPECT_EQ(text("lbBitrate"), QStringLiteral("128 kbit/s"));
@@ -232,7 +219,7 @@ TEST_F(RecorderWindow, FailedConnectionsAreShownAndStopCleansUp)
     for (const auto &row : rows) {
         edit("txtStream")->setText(row.address);
         button("cmdRecord")->click();
-        EXPECT_TRUE(waitUntil([&] { return text("lbStream").startsWith(row.status); }))
+        EXPECT_TRUE(waitUntil([&] { return text("lbStream").startsWith(row.status); }, Wait))
             << row.address.toStdString() << " shows " << text("lbStream").toStdString();
         EXPECT_EQ(button("cmdRecord")->text(), FrmTC::CaptionStop);
         button("cmdRecord")->click();
@@ -258,10 +245,11 @@ TEST_F(RecorderWindow, MisbehavingStationsWriteNothingAndSayWhy)
     for (const auto &row : rows) {
         server.fault = row.fault;
         button("cmdRecord")->click();
-        EXPECT_TRUE(waitUntil([&] { return row.status.split(u'|').contains(text("lbStream")); }))
+        EXPECT_TRUE(waitUntil([&] { return row.status.split(u'|').contains(text("lbStream")); }, Wait))
             << text("lbStream").toStdString();
         if (row.fault != IcyServer::Fault::CloseAtOnce) {
-            EXPECT_TRUE(waitUntil([&] { return text("lbBuffer_Peak").section(u' ', 0, 0).toInt() > 20000; }));
+            EXPECT_TRUE(
+                waitUntil([&] { return text("lbBuffer_Peak").section(u' ', 0, 0).toInt() > 20000; }, Wait));
         }
         button("cmdRecord")->click();
         EXPECT_EQ(recorded(QStringLiteral("Loop.mp3")), QByteArray());
@@ -317,23 +305,29 @@ TEST_F(RecorderWindow, OverwriteQuestionDecidesWhetherToRecord)
 
 TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
 {
+    // One megabyte written, or one minute of audio at 128 kbit/s.
+    constexpr qint64 Megabyte = 1024 * 1024;
+    constexpr qint64 Minute = 59 * 16000;
     const struct
     {
-        QString extra;
+        QString switches;
         PowerControl::Version version;
         QList<quint32> exits;
         int suspends;
         bool closes;
     } rows[] = {
-        {QStringLiteral(" -xs"), {2, 6, 1}, {12}, 0, true},
-        {QStringLiteral(" -xh"), {2, 6, 1}, {}, 1, false},
-        {QStringLiteral(" -xh"), {2, 4, 0}, {}, 0, false},
-        {QString(), {2, 6, 1}, {}, 0, true},
+        {QStringLiteral(" -b 1 -xs"), {2, 6, 1}, {12}, 0, true},
+        {QStringLiteral(" -b 1 -xh"), {2, 6, 1}, {}, 1, false},
+        {QStringLiteral(" -b 1 -xh"), {2, 4, 0}, {}, 0, false},
+        {QStringLiteral(" -b 1"), {2, 6, 1}, {}, 0, true},
+        {QStringLiteral(" -t 1"), {2, 6, 1}, {}, 0, true},
     };
     server.songs = {{"Long song", 400}};
     const QString file = recordings() + QStringLiteral("Loop Station.mp3");
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.extra.toStdString());
+        SCOPED_TRACE(row.switches.toStdString());
+        const bool minutes = row.switches.startsWith(QStringLiteral(" -t"));
+        const qint64 limit = minutes ? Minute : Megabyte;
         TempProfile::writeFile(file, "left from last time");
         power = FakePowerControl();
         power.version = row.version;
@@ -341,19 +335,19 @@ TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
         power.onRequest = [&] { sizeAtRequest = window->Recording() ? -2 : QFileInfo(file).size(); };
         state.LaunchMode = true;
         state.CommandArg = QStringLiteral("-a ") + server.url() +
-                           QStringLiteral(" -w Loop Station -s ./%STATION%.mp3 -b 1 -m -v") + row.extra;
+                           QStringLiteral(" -w Loop Station -s ./%STATION%.mp3 -m -v") + row.switches;
         open();
         EXPECT_FALSE(button("cmdStations")->isEnabled());
         EXPECT_EQ(edit("txtStream")->text(), server.url());
-        EXPECT_TRUE(child<QRadioButton>("optBreak1")->isChecked());
+        EXPECT_TRUE(child<QRadioButton>(minutes ? "optBreak0" : "optBreak1")->isChecked());
         EXPECT_TRUE(child<QGroupBox>("monitorPanel")->isVisibleTo(window));
         EXPECT_TRUE(window->windowState() & Qt::WindowMinimized);
         QSignalSpy unloaded(window.data(), &FrmTC::unloaded);
         window->show();
 
         const int client = server.clientCount();
-        ASSERT_TRUE(
-            waitUntil([&] { return server.clientCount() > client && (!window || !window->Recording()); }));
+        ASSERT_TRUE(waitUntil(
+            [&] { return server.clientCount() > client && (!window || !window->Recording()); }, Wait));
         EXPECT_TRUE(prompt.shown.isEmpty());
         EXPECT_EQ(power.exitCalls, row.exits);
         EXPECT_EQ(power.suspendCalls.size(), row.suspends);
@@ -362,9 +356,8 @@ TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
         if (!row.exits.isEmpty() || row.suspends) {
             EXPECT_EQ(sizeAtRequest, bytes.size());
         }
-        EXPECT_GE(bytes.size(), 1024 * 1024);
-        EXPECT_EQ(bytes.left(1024 * 1024),
-                  continuousFile(server.sent(client), server.metaInt, 1024 * 1024).left(1024 * 1024));
+        EXPECT_GE(bytes.size(), limit);
+        EXPECT_EQ(bytes.left(limit), continuousFile(server.sent(client), server.metaInt, limit).left(limit));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         EXPECT_EQ(window.isNull(), row.closes);
         delete window.data();
@@ -414,7 +407,8 @@ TEST_F(RecorderWindow, BadOutputPathsAreReported)
         openFor(row.saveTemplate, row.singleSong);
         label("LblStation")->setText(row.station);
         button("cmdRecord")->click();
-        EXPECT_TRUE(waitUntil([&] { return text("lbStream").startsWith(QStringLiteral("Unable to open")); }))
+        EXPECT_TRUE(
+            waitUntil([&] { return text("lbStream").startsWith(QStringLiteral("Unable to open")); }, Wait))
             << text("lbStream").toStdString();
         button("cmdRecord")->click();
         delete window.data();
