@@ -2,6 +2,7 @@
 #include "app/messageboxprompt.h"
 #include "app/qtappwindows.h"
 #include "app/startup.h"
+#include "app/terminationwatcher.h"
 
 #include <QApplication>
 
@@ -15,6 +16,7 @@ int main(int argc, char *argv[])
     QtAppWindows windows(state);
     Startup startup(state, windows);
     windows.setStartup(&startup);
+    TerminationWatcher watcher([&startup] { startup.Close(); });
 
     QStringList words = QCoreApplication::arguments();
     words.removeFirst();

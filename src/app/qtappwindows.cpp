@@ -2,39 +2,10 @@
 
 #include "app/appstate.h"
 #include "app/startup.h"
+#include "recorder/frmtc.h"
 #include "ui/frmstations.h"
 
 #include <QApplication>
-#include <QCloseEvent>
-#include <QLabel>
-#include <QVBoxLayout>
-
-#include <functional>
-
-namespace {
-
-// A top-level window that hands its unload to the closing procedure.
-class ClosingWindow : public QWidget
-{
-public:
-    explicit ClosingWindow(std::function<void()> onUnload) : m_onUnload(std::move(onUnload))
-    {
-        setAttribute(Qt::WA_DeleteOnClose);
-    }
-
-protected:
-    void closeEvent(QCloseEvent *event) override
-    {
-        event->accept();
-        if (m_onUnload)
-            m_onUnload();
-    }
-
-private:
-    std::function<void()> m_onUnload;
-};
-
-} // namespace
 
 QtAppWindows::QtAppWindows(AppState &state) : m_state(state) {}
 
@@ -62,17 +33,11 @@ void QtAppWindows::ShowMainWindow()
 
 void QtAppWindows::ShowRecorderWindow()
 {
-    auto *window = new ClosingWindow([this] {
+    auto *window = new FrmTC(m_state, m_power);
+    QObject::connect(window, &FrmTC::unloaded, window, [this] {
         if (m_startup)
             m_startup->Close();
     });
-    window->setObjectName(QStringLiteral("FrmTC"));
-    window->setWindowTitle(AppState::AppTitle);
-    auto *layout = new QVBoxLayout(window);
-    auto *argument = new QLabel(m_state.CommandArg, window);
-    argument->setObjectName(QStringLiteral("lblCommandArg"));
-    argument->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    layout->addWidget(argument);
     track(window)->show();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/appwindows.h"
+#include "recorder/logindpowercontrol.h"
 
 #include <QList>
 #include <QPointer>
@@ -32,6 +33,7 @@ private:
 
     AppState &m_state;
     Startup *m_startup = nullptr;
+    LogindPowerControl m_power;
     QPointer<QWidget> m_mainWindow;
     QList<QPointer<QWidget>> m_loaded;
 };

@@ -243,11 +243,12 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     }
     // The middle song is whole: its own length (3.3 s) plus the interval it
     // shares with the song before, give or take the one-second intervals that
-    // the split falls on. (No burst on connect: a burst would place titles by
+    // the split falls on (the server places titles on interval boundaries, so
+    // a song may lose up to one interval at its start). (No burst on connect: a burst would place titles by
     // the time of sending, not by the audio.)
     const double middle =
         duration(recordings.filePath(QStringLiteral("Ice_") + seen[1] + QStringLiteral(".mp3")));
-    EXPECT_GT(middle, 3.0);
+    EXPECT_GT(middle, 2.5);
     EXPECT_LT(middle, 5.5);
 }
 
