@@ -620,7 +620,8 @@ void FrmTC::btShow_Click()
 
 void FrmTC::showMeta()
 {
-    const QString &text = btShow->text() == CaptionShowHeader ? m_stream.LastText() : m_stream.HeaderText();
+    QString text = btShow->text() == CaptionShowHeader ? m_stream.LastText() : m_stream.HeaderText();
+    text.remove(QChar(0)); // metadata blocks are padded with zero bytes
     if (txtMeta->toPlainText() != text)
         txtMeta->setPlainText(text);
 }
