@@ -6,6 +6,7 @@
 #include "app/settingsstore.h"
 #include "app/startup.h"
 #include "controls/lynxgrid.h"
+#include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
@@ -17,63 +18,48 @@
 #include <QFile>
 #include <QProcess>
 #include <QPushButton>
-#include <QEventLoop>
-#include <QTimer>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-
-// Waits for the program to end while this test's own loop keeps serving it.
-bool waitForExit(QProcess &program, int milliseconds)
-{
-    if (program.state() == QProcess::NotRunning)
-        return true;
-    QEventLoop loop;
-    QObject::connect(&program, &QProcess::finished, &loop, &QEventLoop::quit);
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-    return program.state() == QProcess::NotRunning;
-}
-
-QString sourceFile(const QString &relative)
-{
-    return qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u'/' + relative;
-}
 
 class LaunchTest : public ProfileTest
 {
 protected:
-    // A copy of the program in the profile's installation folder, so that
-    // taking over an installed catalogue never touches the build tree.
-    QString installProgram()
+    // Starts a copy of the program in the profile's installation folder, so
+    // that taking over an installed catalogue never touches the build tree.
+    void launch(const QString &arguments)
     {
-        const QString program = profile.installFolder() + QStringLiteral("/tunecatch");
-        EXPECT_TRUE(QFile::copy(qEnvironmentVariable("TUNECATCH_BIN_DIR") + QStringLiteral("/tunecatch"), program));
-        return program;
-    }
-
-    QProcessEnvironment environment() const
-    {
+        const QString copy = profile.installFolder() + u"/tunecatch"_s;
+        ASSERT_TRUE(QFile::copy(qEnvironmentVariable("TUNECATCH_BIN_DIR") + u"/tunecatch"_s, copy));
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.remove(QStringLiteral("APPDATA"));
+        env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        env.remove(u"APPDATA"_s);
         for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
             env.insert(QString::fromLatin1(name), qEnvironmentVariable(name));
-        return env;
+        program.setProcessEnvironment(env);
+        program.start(copy, QProcess::splitCommand(arguments));
+        ASSERT_TRUE(program.waitForStarted(10000));
     }
 
-    QStringList recordings() const
+    // Waits for the program to end while this test's own loop keeps serving it.
+    bool exited(int milliseconds)
     {
-        return QDir(profile.dataFolder() + QStringLiteral("Rec")).entryList({QStringLiteral("*.mp3")}, QDir::Files,
-                                                                            QDir::Name);
+        return waitUntil([this] { return program.state() == QProcess::NotRunning; }, milliseconds);
     }
+
+    IcyServer server;
+    QProcess program;
 };
 
 TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndClosingStoresTheFilters)
 {
-    QFile::copy(sourceFile(QStringLiteral("data/Stations.txt")), profile.installFolder() + QStringLiteral("/Stations.txt"));
+    QFile::copy(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/Stations.txt"_s,
+                profile.installFolder() + u"/Stations.txt"_s);
     ScriptedPrompt prompt;
     AppState state(profile.installFolder(), prompt);
     QtAppWindows windows(state);
@@ -82,61 +68,54 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndClosingStoresTheFilters)
 
     ASSERT_TRUE(startup.SubMain({}));
 
-    auto *main = qobject_cast<FrmStations *>(QApplication::topLevelWidgets().isEmpty() ? nullptr : [] {
-        for (QWidget *w : QApplication::topLevelWidgets())
-            if (qobject_cast<FrmStations *>(w) && w->isVisible())
-                return w;
-        return static_cast<QWidget *>(nullptr);
-    }());
+    FrmStations *main = nullptr;
+    for (QWidget *w : QApplication::topLevelWidgets()) {
+        if (w->isVisible() && qobject_cast<FrmStations *>(w))
+            main = qobject_cast<FrmStations *>(w);
+    }
     ASSERT_NE(main, nullptr);
-    auto *grid = main->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));
+    auto *grid = main->findChild<LynxGrid *>(u"LynxGrid1"_s);
     ASSERT_GE(state.catalogue.StationCount(), 25);
     EXPECT_EQ(grid->ItemCount(), state.catalogue.StationCount());
 
-    main->findChild<QComboBox *>(QStringLiteral("cmbGenre"))->setCurrentText(QStringLiteral("Jazz"));
-    QTest::mouseClick(main->findChild<QPushButton *>(QStringLiteral("cmdFilter")), Qt::LeftButton);
+    main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
+    QTest::mouseClick(main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
     EXPECT_LT(grid->ItemCount(), state.catalogue.StationCount());
-    const QByteArray before = TempProfile::readFile(profile.dataFolder() + QStringLiteral("Stations.txt"));
+    const QByteArray before = TempProfile::readFile(profile.dataFolder() + u"Stations.txt"_s);
 
     // As in the program: the window closes inside the running loop, and the
     // closing procedure ends that loop.
     QTimer::singleShot(0, main, &QWidget::close);
     EXPECT_EQ(QApplication::exec(), 0);
 
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), QStringLiteral("Jazz"));
-    EXPECT_EQ(TempProfile::readFile(profile.dataFolder() + QStringLiteral("Stations.txt")), before);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
+    EXPECT_EQ(TempProfile::readFile(profile.dataFolder() + u"Stations.txt"_s), before);
     EXPECT_TRUE(prompt.shown.isEmpty());
 }
 
 TEST_F(LaunchTest, ATerminalRecordingSplitsSongsStopsAtItsLimitAndExits)
 {
-    IcyServer server;
     for (int song = 1; song <= 20; ++song)
         server.songs.append({"Artist - Song " + QByteArray::number(song), 8});
     ASSERT_TRUE(server.start());
-
-    QProcess program;
-    program.setProcessEnvironment(environment());
-    program.start(installProgram(), {QStringLiteral("-a"), server.url(), QStringLiteral("-w"), QStringLiteral("Loop"),
-                                     QStringLiteral("FM"), QStringLiteral("-s"),
-                                     QStringLiteral("./%STATION%_%SONG%.mp3"), QStringLiteral("-n"),
-                                     QStringLiteral("-b"), QStringLiteral("1")});
-    ASSERT_TRUE(program.waitForStarted(10000));
-    ASSERT_TRUE(waitForExit(program, 60000)) << program.readAllStandardError().toStdString();
+    ASSERT_NO_FATAL_FAILURE(
+        launch(u"-a %1 -w Loop FM -s ./%STATION%_%SONG%.mp3 -n -b 1"_s.arg(server.url())));
+    ASSERT_TRUE(exited(60000)) << program.readAllStandardError().toStdString();
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0);
 
-    const QStringList files = recordings();
+    const QDir rec(profile.dataFolder() + u"Rec"_s);
+    const QStringList files = rec.entryList({u"*.mp3"_s}, QDir::Files, QDir::Name);
     ASSERT_GE(files.size(), 2) << files.join(u',').toStdString();
-    EXPECT_TRUE(files.contains(QStringLiteral("Loop FM_Artist - Song 1.mp3"))) << files.join(u',').toStdString();
-    EXPECT_TRUE(files.contains(QStringLiteral("Loop FM_Artist - Song 2.mp3")));
-    const QByteArray &audio = server.sent(0).audio;
+    EXPECT_TRUE(files.contains(u"Loop FM_Artist - Song 1.mp3"_s)) << files.join(u',').toStdString();
+    EXPECT_TRUE(files.contains(u"Loop FM_Artist - Song 2.mp3"_s));
     qint64 total = 0;
     for (const QString &name : files) {
-        const QByteArray bytes = TempProfile::readFile(profile.dataFolder() + QStringLiteral("Rec/") + name);
+        const QByteArray bytes = TempProfile::readFile(rec.filePath(name));
         total += bytes.size();
         ASSERT_FALSE(bytes.isEmpty()) << name.toStdString();
-        EXPECT_GE(audio.indexOf(bytes), 0) << name.toStdString() << " is not a run of the station's audio";
+        EXPECT_GE(server.sent(0).audio.indexOf(bytes), 0)
+            << name.toStdString() << " is not a run of the station's audio";
     }
     EXPECT_GE(total, 1024 * 1024);
 }
@@ -144,24 +123,18 @@ TEST_F(LaunchTest, ATerminalRecordingSplitsSongsStopsAtItsLimitAndExits)
 #ifdef Q_OS_UNIX
 TEST_F(LaunchTest, TerminatingARecordingWritesWhatWasStillCached)
 {
-    IcyServer server;
     server.songs = {{"Artist - Endless", 1000}};
     server.bytesPerSecond = 64000;
     ASSERT_TRUE(server.start());
-
-    QProcess program;
-    program.setProcessEnvironment(environment());
-    program.start(installProgram(), {QStringLiteral("-a"), server.url(), QStringLiteral("-w"), QStringLiteral("Loop"),
-                                     QStringLiteral("-s"), QStringLiteral("./%STATION%.mp3")});
-    ASSERT_TRUE(program.waitForStarted(10000));
+    ASSERT_NO_FATAL_FAILURE(launch(u"-a %1 -w Loop -s ./%STATION%.mp3"_s.arg(server.url())));
     // Below the 64000-byte cache: only the interval before the first title is on disk.
     QTRY_VERIFY_WITH_TIMEOUT(server.clientCount() == 1 && server.sent(0).audio.size() >= 48000, 20000);
-    const QString file = profile.dataFolder() + QStringLiteral("Rec/Loop.mp3");
+    const QString file = profile.dataFolder() + u"Rec/Loop.mp3"_s;
     const qint64 before = QFileInfo(file).size();
     EXPECT_LE(before, 8000);
 
     program.terminate();
-    ASSERT_TRUE(waitForExit(program, 20000));
+    ASSERT_TRUE(exited(20000));
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
 
     const QByteArray bytes = TempProfile::readFile(file);

@@ -1,10 +1,13 @@
 #include "recorder/icystream.h"
 
 #include "recorder/icystreamhost.h"
+#include "support/icyserver.h"
 
 #include <QStringList>
 
 #include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -24,34 +27,24 @@ public:
     void WriteToDisk(QByteArrayView data, bool flush) override
     {
         written.append(data);
-        calls << QStringLiteral("write %1%2%3")
-                     .arg(QString::fromLatin1(data.first(std::min<qsizetype>(3, data.size()))))
-                     .arg(flush ? QStringLiteral(" flush") : QString())
-                     .arg(writeEnabled ? QString() : QStringLiteral(" disabled"));
+        calls << u"write "_s + QString::fromLatin1(data.first(std::min<qsizetype>(3, data.size()))) +
+                     (flush ? u" flush"_s : QString()) + (writeEnabled ? QString() : u" disabled"_s);
     }
-    void NewSong(const QString &t) override
-    {
-        calls << QStringLiteral("song ") + t;
-        fileOpen = true;
-    }
-    bool IsFileOpen() const override { return fileOpen; }
-    void SwitchToContinuous() override
-    {
-        calls << QStringLiteral("continuous");
-        fileOpen = true;
-    }
+    void NewSong(const QString &t) override { calls << u"song "_s + t; }
+    bool IsFileOpen() const override { return true; }
+    void SwitchToContinuous() override { calls << u"continuous"_s; }
 
     QString title, stream, genre, linkA, linkB, scan;
     bool waitShown = false;
     bool writeEnabled = false;
-    bool fileOpen = true;
     QByteArray written;
     QStringList calls;
 };
 
 QByteArray header(int metaint)
 {
-    return "ICY 200 OK\r\nicy-name: Radio X \r\nIcy-Genre:Wrong\r\nicy-genre:Jazz\r\nicy-url:http://x.example\r\n"
+    return "ICY 200 OK\r\nicy-name: Radio X "
+           "\r\nIcy-Genre:Wrong\r\nicy-genre:Jazz\r\nicy-url:http://x.example\r\n"
            "icy-br:128\r\nicy-metaint:" +
            QByteArray::number(metaint) + "\r\n\r\n";
 }
@@ -62,11 +55,9 @@ QByteArray interval(const char *name, int m)
     return QByteArray(name).leftJustified(m, '.');
 }
 
-// A metadata block with its length byte, padded with zeros to whole 16s.
 QByteArray block(const QByteArray &text)
 {
-    const qsizetype units = (text.size() + 15) / 16;
-    return char(units) + text.leftJustified(units * 16, '\0');
+    return IcyServer::metadataBlock(text);
 }
 
 class IcyStreamTest : public ::testing::Test
@@ -77,6 +68,7 @@ protected:
         icy.OnData(header(metaint));
         ASSERT_TRUE(icy.HeaderDone());
     }
+    // One packet, then events without data: each event takes one step.
     void feed(const QByteArray &bytes, int events = 1)
     {
         icy.OnData(bytes);
@@ -102,7 +94,6 @@ TEST_F(IcyStreamTest, HeaderSplitAcrossPacketsIsConsumedWhenItsEndArrives)
     EXPECT_EQ(host.stream, u"Radio X");
     EXPECT_EQ(host.genre, u"Jazz");
     EXPECT_EQ(host.linkA, u"http://x.example");
-    EXPECT_EQ(icy.StationUrl(), u"http://x.example");
     EXPECT_TRUE(host.calls.isEmpty());
 }
 
@@ -110,7 +101,7 @@ TEST_F(IcyStreamTest, AudioAfterTheHeaderCountsTowardsTheFirstInterval)
 {
     feed(header(8) + "AAAAA");
     feed("AAA" + QByteArray(1, '\0') + "BB");
-    EXPECT_EQ(host.calls, QStringList{QStringLiteral("write AAA disabled")});
+    EXPECT_EQ(host.calls, QStringList{u"write AAA disabled"_s});
     EXPECT_EQ(host.written, "AAAAAAAA");
     EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView("BB"));
     EXPECT_EQ(icy.BytesTotal(), 8);
@@ -124,44 +115,30 @@ TEST_F(IcyStreamTest, TwoIntervalsInOnePacketTakeTwoEvents)
     feed(interval("A", 8) + zero + interval("B", 8) + zero);
     EXPECT_EQ(host.calls.size(), 1);
     icy.OnData({});
-    EXPECT_EQ(host.calls, (QStringList{QStringLiteral("write A.. disabled"), QStringLiteral("write B.. disabled")}));
+    EXPECT_EQ(host.calls, (QStringList{u"write A.. disabled"_s, u"write B.. disabled"_s}));
     EXPECT_EQ(icy.ReceiveBufferLength(), 0);
-}
-
-TEST_F(IcyStreamTest, NewTitleSplitsWithTheIntervalInBothFiles)
-{
-    start(8);
-    feed(interval("A", 8) + block("StreamTitle='Song One';StreamUrl='http://s.example';"));
-    feed(interval("B", 8) + block("StreamTitle='Song One';"));
-    feed(interval("C", 8) + block("StreamTitle='Song Two';"));
-    EXPECT_EQ(host.calls, (QStringList{QStringLiteral("write A.. flush"), QStringLiteral("song Song One"),
-                                       QStringLiteral("write A.."), QStringLiteral("write B.."),
-                                       QStringLiteral("write C.. flush"), QStringLiteral("song Song Two"),
-                                       QStringLiteral("write C..")}));
-    EXPECT_EQ(host.linkB, u"http://s.example");
-    EXPECT_EQ(icy.MetaBlocks(), 3);
-    EXPECT_EQ(icy.BytesTotal(), 24);
-    EXPECT_EQ(icy.LastText(), QString::fromLatin1(block("StreamTitle='Song Two';").mid(1)));
 }
 
 TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
 {
-    const struct {
-        const char *text;
-        const char *title;
+    const struct
+    {
+        const char *text, *title, *link;
     } rows[] = {
-        {"StreamTitle='It''s';", "Its"},
-        {"StreamTitle='A=B';", "A"},
-        {"STREAMTITLE=' Spaced ';", "Spaced"},
-        {"junk;StreamTitle='Late';", ""},
-        {" StreamTitle='Key with a blank';", ""},
-        {"StreamUrl='u';StreamTitle='Second';", "Second"},
+        {"StreamTitle='It''s';", "Its", ""},
+        {"StreamTitle='A=B';", "A", ""},
+        {"STREAMTITLE=' Spaced ';", "Spaced", ""},
+        {"junk;StreamTitle='Late';", "", ""},
+        {" StreamTitle='Key with a blank';", "", ""},
+        {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"},
     };
     for (const auto &row : rows) {
+        SCOPED_TRACE(row.text);
         host.title.clear();
         icy.SetLastText(QString::fromLatin1(row.text));
-        EXPECT_EQ(icy.ParseMetadata(), *row.title != 0) << row.text;
-        EXPECT_EQ(host.title, QString::fromLatin1(row.title)) << row.text;
+        EXPECT_EQ(icy.ParseMetadata(), *row.title != 0);
+        EXPECT_EQ(host.title, QString::fromLatin1(row.title));
+        EXPECT_EQ(host.linkB, QString::fromLatin1(row.link));
     }
 }
 
@@ -170,7 +147,7 @@ TEST_F(IcyStreamTest, CleanTextIsTheNarrowRange)
     EXPECT_TRUE(IcyStream::IsCleanText(QByteArrayView("StreamTitle='A - z';\r\n\0\0", 24)));
     for (const char bad : {'{', '|', '~', '\x7f', '\x01', '\xe9'})
         EXPECT_FALSE(IcyStream::IsCleanText(QByteArray("ok").append(bad))) << int(bad);
-    EXPECT_FALSE(IcyStream::IsCleanText(QStringLiteral("Caf\u00e9")));
+    EXPECT_FALSE(IcyStream::IsCleanText(u"Caf\u00e9"_s));
 }
 
 TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
@@ -188,57 +165,53 @@ TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
     EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView(";"));
 }
 
-TEST_F(IcyStreamTest, ResyncDropsTheBytesBeforeTheNextTitle)
+TEST_F(IcyStreamTest, ResyncDropsTheBytesBeforeTheNextGoodTitle)
 {
-    start(32);
-    // Five stray bytes put a byte of audio where the length byte should be.
-    feed(QByteArray(5, '\x01') + QByteArray(32, '\x01') + block("StreamTitle='T';"));
-    EXPECT_EQ(icy.ResyncState(), IcyStream::ResyncLost);
-    EXPECT_TRUE(host.calls.isEmpty());
-    feed({});
-    EXPECT_EQ(icy.ResyncState(), 0);
-    EXPECT_EQ(icy.ResyncCount(), 1);
-    EXPECT_EQ(icy.DiscardedBytes(), 5);
-    EXPECT_EQ(host.written, QByteArray(32, '\x01').repeated(2));
-    EXPECT_EQ(host.title, u"T");
-}
-
-TEST_F(IcyStreamTest, AccentedTitleIsLostButTheNextBlockIsFoundAgain)
-{
-    start(32);
     const QByteArray rejected = interval("A", 32) + block("StreamTitle='Caf\xe9';");
-    feed(rejected + interval("B", 32) + block("StreamTitle='Next';"));
-    EXPECT_EQ(icy.ResyncState(), IcyStream::ResyncLost);
-    EXPECT_EQ(icy.ReceiveBufferLength(), rejected.size() + 32 + 33);
-    feed({}, 2);
-    EXPECT_EQ(icy.ResyncState(), 0);
-    EXPECT_EQ(icy.ResyncCount(), 1);
-    EXPECT_EQ(icy.DiscardedBytes(), rejected.size());
-    EXPECT_EQ(host.calls, (QStringList{QStringLiteral("write B.. flush"), QStringLiteral("song Next"),
-                                       QStringLiteral("write B..")}));
+    const struct
+    {
+        const char *name;
+        QByteArray stream;
+        int events; // until the position is found again
+        qsizetype discarded;
+        QByteArray written;
+        const char *title;
+    } rows[] = {
+        // Five stray bytes put a byte of audio where the length byte should be.
+        {"stray bytes", QByteArray(37, '\x01') + block("StreamTitle='T';"), 1, 5, QByteArray(64, '\x01'),
+         "T"},
+        {"accented title", rejected + interval("B", 32) + block("StreamTitle='Next';"), 2, rejected.size(),
+         interval("B", 32).repeated(2), "Next"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        RecordingHost fresh;
+        IcyStream stream(fresh);
+        stream.OnData(header(32));
+        stream.OnData(row.stream);
+        EXPECT_EQ(stream.ResyncState(), IcyStream::ResyncLost);
+        EXPECT_TRUE(fresh.calls.isEmpty());
+        for (int i = 0; i < row.events; ++i)
+            stream.OnData({});
+        EXPECT_EQ(stream.ResyncState(), 0);
+        EXPECT_EQ(stream.ResyncCount(), 1);
+        EXPECT_EQ(stream.DiscardedBytes(), row.discarded);
+        EXPECT_EQ(fresh.written, row.written);
+        EXPECT_EQ(fresh.title, QString::fromLatin1(row.title));
+    }
 }
 
 TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
 {
-    host.scan = QStringLiteral("beatles");
+    host.scan = u"beatles"_s;
     start(8);
     feed(interval("A", 8) + block("StreamTitle='Queen - Flash';"));
     EXPECT_TRUE(host.waitShown);
     feed(interval("B", 8) + block("StreamTitle='The BEATLES - Help';"));
     EXPECT_FALSE(host.waitShown);
-    EXPECT_TRUE(host.writeEnabled);
-    EXPECT_EQ(host.calls[0], u"write A.. flush disabled");
-    EXPECT_EQ(host.calls[3], u"write B.. flush");
-}
-
-TEST_F(IcyStreamTest, StationWithoutTitlesSwitchesToOneFile)
-{
-    host.fileOpen = false;
-    start(8);
-    feed(interval("A", 8) + block("StreamTitle='';"));
-    feed(interval("B", 8) + block("StreamTitle='';"));
-    EXPECT_EQ(host.calls, (QStringList{QStringLiteral("write A.. disabled"), QStringLiteral("continuous"),
-                                       QStringLiteral("write B.. disabled")}));
+    EXPECT_EQ(host.calls,
+              (QStringList{u"write A.. flush disabled"_s, u"song Queen - Flash"_s, u"write A.. disabled"_s,
+                           u"write B.. flush"_s, u"song The BEATLES - Help"_s, u"write B.."_s}));
 }
 
 TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
@@ -254,7 +227,7 @@ TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
     EXPECT_EQ(icy.LargestPacket(), 100);
     EXPECT_EQ(icy.PeakBuffer(), 161);
     icy.FlushRest();
-    EXPECT_EQ(host.calls, QStringList{QStringLiteral("write xxx flush disabled")});
+    EXPECT_EQ(host.calls, QStringList{u"write xxx flush disabled"_s});
     EXPECT_EQ(icy.BytesTotal(), 161);
     EXPECT_EQ(icy.ReceiveBufferLength(), 0);
 }

@@ -4,8 +4,8 @@
 
 #include "app/apppaths.h"
 #include "app/appstate.h"
-#include "eventwait.h"
 #include "fakepowercontrol.h"
+#include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
@@ -21,7 +21,6 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -29,24 +28,25 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QStringList Titles{QStringLiteral("Tester - Song 1"), QStringLiteral("Tester - Song 2"),
-                         QStringLiteral("Tester - Song 3")};
+const QStringList Titles{u"Tester - Song 1"_s, u"Tester - Song 2"_s, u"Tester - Song 3"_s};
 
 QString tool(const char *name)
 {
     return QStandardPaths::findExecutable(QLatin1StringView(name));
 }
 
-// Runs a helper to its end; its output goes to the failure message.
-void run(const QString &program, const QStringList &arguments)
+// Runs a helper to its end; gives its exit code and output.
+std::pair<int, QByteArray> run(const char *program, const QStringList &arguments)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    ASSERT_TRUE(process.waitForFinished(30000)) << program.toStdString();
-    ASSERT_EQ(process.exitCode(), 0) << program.toStdString() << ": " << process.readAll().toStdString();
+    process.start(tool(program), arguments);
+    const bool ended = process.waitForFinished(30000);
+    return {ended ? process.exitCode() : -1, process.readAll()};
 }
 
 // A server process of this test, stopped by its own process id.
@@ -75,84 +75,43 @@ protected:
         // icecast drops root for nobody: it must reach the folder and write its logs.
         QFile::setPermissions(work.path(), QFile::permissions(work.path()) | QFileDevice::ExeOther |
                                                QFileDevice::ReadOther);
-        QDir(work.path()).mkdir(QStringLiteral("log"));
+        QDir(work.path()).mkdir(u"log"_s);
         QFile::setPermissions(path("log"), QFileDevice::ReadOther | QFileDevice::WriteOther |
                                                QFileDevice::ExeOther | QFileDevice::ReadOwner |
                                                QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        makeSongs();
+        QByteArray playlist;
+        for (int i = 1; i <= 3; ++i) {
+            const QString wav = work.filePath(u"s%1.wav"_s.arg(i));
+            const QString mp3 = work.filePath(u"s%1.mp3"_s.arg(i));
+            const auto speak =
+                run("espeak-ng", {u"-w"_s, wav, u"This is song number %1 of the test stream."_s.arg(i)});
+            ASSERT_EQ(speak.first, 0) << speak.second.toStdString();
+            const auto encode =
+                run("lame", {u"--quiet"_s, u"--resample"_s, u"44.1"_s, u"-b"_s, u"128"_s, u"--tt"_s,
+                             u"Song %1"_s.arg(i), u"--ta"_s, u"Tester"_s, wav, mp3});
+            ASSERT_EQ(encode.first, 0) << encode.second.toStdString();
+            playlist += QFile::encodeName(mp3) + '\n';
+        }
+        TempProfile::writeFile(path("playlist.m3u"), playlist);
         QTcpServer probe;
         ASSERT_TRUE(IcyServer::ListenOnLowPort(probe));
         port = probe.serverPort();
-        probe.close();
     }
 
     QString path(const char *name) const { return work.filePath(QLatin1StringView(name)); }
 
-    void makeSongs()
+    // Starts a server with its configuration and waits until path answers as expected.
+    void startServer(Server &server, const char *program, const char *config, const QByteArray &xml,
+                     const QByteArray &target, const QByteArray &answer)
     {
-        QByteArray playlist;
-        for (int i = 1; i <= 3; ++i) {
-            const QString wav = work.filePath(QStringLiteral("s%1.wav").arg(i));
-            const QString mp3 = work.filePath(QStringLiteral("s%1.mp3").arg(i));
-            run(tool("espeak-ng"), {QStringLiteral("-w"), wav,
-                                    QStringLiteral("This is song number %1 of the test stream.").arg(i)});
-            run(tool("lame"), {QStringLiteral("--quiet"), QStringLiteral("--resample"),
-                               QStringLiteral("44.1"), QStringLiteral("-b"), QStringLiteral("128"),
-                               QStringLiteral("--tt"), QStringLiteral("Song %1").arg(i),
-                               QStringLiteral("--ta"), QStringLiteral("Tester"), wav, mp3});
-            playlist += QFile::encodeName(mp3) + '\n';
-        }
-        TempProfile::writeFile(path("playlist.m3u"), playlist);
-    }
-
-    void startIcecast()
-    {
-        const QByteArray owner =
-            geteuid() == 0 ? "<changeowner><user>nobody</user><group>nogroup</group></changeowner>" : "";
-        const QByteArray dir = QFile::encodeName(work.path());
-        TempProfile::writeFile(
-            path("icecast.xml"),
-            "<icecast><limits><clients>10</clients><sources>2</sources><burst-size>0</burst-size></"
-            "limits>"
-            "<authentication><source-password>sourcepw</source-password><admin-user>admin</admin-user>"
-            "<admin-password>adminpw</admin-password></authentication><hostname>127.0.0.1</hostname>"
-            "<listen-socket><port>" +
-                QByteArray::number(port) +
-                "</port><bind-address>127.0.0.1</bind-address></listen-socket>"
-                "<paths><basedir>" +
-                dir + "</basedir><logdir>" + dir +
-                "/log</logdir><webroot>/usr/share/icecast2/web</webroot>"
-                "<adminroot>/usr/share/icecast2/admin</adminroot></paths>"
-                "<logging><errorlog>error.log</errorlog><loglevel>3</loglevel></logging>"
-                "<security><chroot>0</chroot>" +
-                owner + "</security></icecast>");
-        icecast.process->setProcessChannelMode(QProcess::MergedChannels);
-        icecast.process->start(tool("icecast2"), {QStringLiteral("-c"), path("icecast.xml")});
-        ASSERT_TRUE(icecast.process->waitForStarted());
-        ASSERT_TRUE(waitUntil([&] { return answers("/").startsWith("HTTP/1.0 "); }, 10000))
-            << icecast.process->readAll().toStdString();
-    }
-
-    void startEzstream()
-    {
-        TempProfile::writeFile(
-            path("ezstream.xml"),
-            "<ezstream><servers><server><hostname>127.0.0.1</hostname><port>" + QByteArray::number(port) +
-                "</port><password>sourcepw</password></server></servers>"
-                "<streams><stream><mountpoint>/stream</mountpoint><format>MP3</format>"
-                "<stream_name>Icecast Test FM</stream_name><stream_genre>Speech</stream_genre>"
-                "<stream_bitrate>128</stream_bitrate></stream></streams>"
-                "<intakes><intake><type>playlist</type><filename>" +
-                QFile::encodeName(path("playlist.m3u")) +
-                "</filename></intake></intakes>"
-                "<metadata><format_str>@a@ - @t@</format_str></metadata></ezstream>");
+        TempProfile::writeFile(path(config), xml);
         // ezstream refuses a configuration that others can read.
-        QFile::setPermissions(path("ezstream.xml"), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        ezstream.process->setProcessChannelMode(QProcess::MergedChannels);
-        ezstream.process->start(tool("ezstream"), {QStringLiteral("-c"), path("ezstream.xml")});
-        ASSERT_TRUE(ezstream.process->waitForStarted());
-        ASSERT_TRUE(waitUntil([&] { return answers("/stream").startsWith("HTTP/1.0 200"); }, 15000))
-            << ezstream.process->readAll().toStdString();
+        QFile::setPermissions(path(config), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        server.process->setProcessChannelMode(QProcess::MergedChannels);
+        server.process->start(tool(program), {u"-c"_s, path(config)});
+        ASSERT_TRUE(server.process->waitForStarted());
+        ASSERT_TRUE(waitUntil([&] { return answers(target).startsWith(answer); }, 15000))
+            << server.process->readAll().toStdString();
     }
 
     // The first bytes icecast answers to a plain request for the path.
@@ -169,12 +128,9 @@ protected:
 
     static double duration(const QString &file)
     {
-        QProcess probe;
-        probe.start(tool("ffprobe"), {QStringLiteral("-v"), QStringLiteral("error"),
-                                      QStringLiteral("-show_entries"), QStringLiteral("format=duration"),
-                                      QStringLiteral("-of"), QStringLiteral("csv=p=0"), file});
-        probe.waitForFinished(30000);
-        return probe.exitCode() == 0 ? probe.readAllStandardOutput().trimmed().toDouble() : -1;
+        const auto [code, output] = run("ffprobe", {u"-v"_s, u"error"_s, u"-show_entries"_s,
+                                                    u"format=duration"_s, u"-of"_s, u"csv=p=0"_s, file});
+        return code == 0 ? output.trimmed().toDouble() : -1;
     }
 
     QTemporaryDir work;
@@ -188,19 +144,48 @@ protected:
 
 TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileDecodes)
 {
-    ASSERT_NO_FATAL_FAILURE(startIcecast());
-    ASSERT_NO_FATAL_FAILURE(startEzstream());
+    const QByteArray dir = QFile::encodeName(work.path());
+    const QByteArray owner =
+        geteuid() == 0 ? "<changeowner><user>nobody</user><group>nogroup</group></changeowner>" : "";
+    // No burst on connect: a burst would place titles by the time of sending, not by the audio.
+    ASSERT_NO_FATAL_FAILURE(startServer(
+        icecast, "icecast2", "icecast.xml",
+        "<icecast><limits><clients>10</clients><sources>2</sources><burst-size>0</burst-size></limits>"
+        "<authentication><source-password>sourcepw</source-password><admin-user>admin</admin-user>"
+        "<admin-password>adminpw</admin-password></authentication><hostname>127.0.0.1</hostname>"
+        "<listen-socket><port>" +
+            QByteArray::number(port) +
+            "</port><bind-address>127.0.0.1</bind-address>"
+            "</listen-socket><paths><basedir>" +
+            dir + "</basedir><logdir>" + dir +
+            "/log</logdir>"
+            "<webroot>/usr/share/icecast2/web</webroot><adminroot>/usr/share/icecast2/admin</adminroot></"
+            "paths>"
+            "<logging><errorlog>error.log</errorlog><loglevel>3</loglevel></logging>"
+            "<security><chroot>0</chroot>" +
+            owner + "</security></icecast>",
+        "/", "HTTP/1.0 "));
+    ASSERT_NO_FATAL_FAILURE(startServer(
+        ezstream, "ezstream", "ezstream.xml",
+        "<ezstream><servers><server><hostname>127.0.0.1</hostname><port>" + QByteArray::number(port) +
+            "</port><password>sourcepw</password></server></servers>"
+            "<streams><stream><mountpoint>/stream</mountpoint><format>MP3</format>"
+            "<stream_name>Icecast Test FM</stream_name><stream_genre>Speech</stream_genre>"
+            "<stream_bitrate>128</stream_bitrate></stream></streams><intakes><intake><type>playlist</type>"
+            "<filename>" +
+            QFile::encodeName(path("playlist.m3u")) +
+            "</filename></intake></intakes>"
+            "<metadata><format_str>@a@ - @t@</format_str></metadata></ezstream>",
+        "/stream", "HTTP/1.0 200"));
 
     FrmTC window(state, power);
     window.setAttribute(Qt::WA_DeleteOnClose, false);
-    window.findChild<QLineEdit *>(QStringLiteral("txtStream"))
-        ->setText(QStringLiteral("http://127.0.0.1:%1/stream").arg(port));
-    window.findChild<QLineEdit *>(QStringLiteral("txtSave"))
-        ->setText(QStringLiteral("./%STATION%_%SONG%.mp3"));
-    window.findChild<QLabel *>(QStringLiteral("LblStation"))->setText(QStringLiteral("Ice"));
-    window.findChild<QCheckBox *>(QStringLiteral("chkSingleSong"))->setChecked(true);
-    auto *song = window.findChild<QLabel *>(QStringLiteral("lbSong"));
-    auto *record = window.findChild<QPushButton *>(QStringLiteral("cmdRecord"));
+    const auto label = [&](const char *name) { return window.findChild<QLabel *>(QLatin1StringView(name)); };
+    window.findChild<QLineEdit *>(u"txtStream"_s)->setText(u"http://127.0.0.1:%1/stream"_s.arg(port));
+    window.findChild<QLineEdit *>(u"txtSave"_s)->setText(u"./%STATION%_%SONG%.mp3"_s);
+    label("LblStation")->setText(u"Ice"_s);
+    window.findChild<QCheckBox *>(u"chkSingleSong"_s)->setChecked(true);
+    auto *record = window.findChild<QPushButton *>(u"cmdRecord"_s);
     window.show();
     record->click();
 
@@ -209,7 +194,7 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     QStringList seen;
     const bool changedTwice = waitUntil(
         [&] {
-            const QString title = song->text();
+            const QString title = label("lbSong")->text();
             if (!title.isEmpty() && (seen.isEmpty() || seen.last() != title))
                 seen.append(title);
             if (seen.size() < 3 || window.Stream().ReceiveBufferLength() > window.Stream().MetaInterval())
@@ -218,36 +203,28 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
             return true;
         },
         40000);
-    ASSERT_TRUE(changedTwice) << "titles seen: " << seen.join(QStringLiteral(", ")).toStdString();
-    EXPECT_EQ(window.findChild<QLabel *>(QStringLiteral("lbStream"))->text(),
-              QStringLiteral("Icecast Test FM"));
-    EXPECT_EQ(window.findChild<QLabel *>(QStringLiteral("lbGenre"))->text(), QStringLiteral("Speech"));
-    for (const QString &title : seen)
-        EXPECT_TRUE(Titles.contains(title)) << title.toStdString();
+    ASSERT_TRUE(changedTwice) << "titles seen: " << seen.join(u", "_s).toStdString();
+    EXPECT_EQ(label("lbStream")->text(), u"Icecast Test FM"_s);
+    EXPECT_EQ(label("lbGenre")->text(), u"Speech"_s);
 
     QStringList expected;
-    for (const QString &title : seen)
-        expected.append(QStringLiteral("Ice_") + title + QStringLiteral(".mp3"));
+    for (const QString &title : seen) {
+        EXPECT_TRUE(Titles.contains(title)) << title.toStdString();
+        expected.append(u"Ice_"_s + title + u".mp3"_s);
+    }
     expected.sort();
     const QDir recordings(AppPaths::RecordingsFolder());
     EXPECT_EQ(recordings.entryList(QDir::Files, QDir::Name), expected);
-
     for (const QString &name : expected) {
-        const QString file = recordings.filePath(name);
-        QProcess decode;
-        decode.setProcessChannelMode(QProcess::MergedChannels);
-        decode.start(tool("mpg123"), {QStringLiteral("-t"), QStringLiteral("-q"), file});
-        ASSERT_TRUE(decode.waitForFinished(30000));
-        EXPECT_EQ(decode.exitCode(), 0) << name.toStdString() << ": " << decode.readAll().toStdString();
-        EXPECT_GT(duration(file), 0.5) << name.toStdString();
+        const auto [code, output] = run("mpg123", {u"-t"_s, u"-q"_s, recordings.filePath(name)});
+        EXPECT_EQ(code, 0) << name.toStdString() << ": " << output.toStdString();
+        EXPECT_GT(duration(recordings.filePath(name)), 0.5) << name.toStdString();
     }
     // The middle song is whole: its own length (3.3 s) plus the interval it
-    // shares with the song before, give or take the one-second intervals that
-    // the split falls on (the server places titles on interval boundaries, so
-    // a song may lose up to one interval at its start). (No burst on connect: a burst would place titles by
-    // the time of sending, not by the audio.)
-    const double middle =
-        duration(recordings.filePath(QStringLiteral("Ice_") + seen[1] + QStringLiteral(".mp3")));
+    // shares with the song before, give or take the one-second intervals the
+    // split falls on (titles sit on interval boundaries, so a song may lose up
+    // to one interval at its start).
+    const double middle = duration(recordings.filePath(u"Ice_"_s + seen[1] + u".mp3"_s));
     EXPECT_GT(middle, 2.5);
     EXPECT_LT(middle, 5.5);
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QDateTime Now(QDate(2024, 3, 5), QTime(7, 9));
@@ -15,7 +17,7 @@ const QDateTime Now(QDate(2024, 3, 5), QTime(7, 9));
 class RecordingOutputTest : public ProfileTest
 {
 protected:
-    QString rec() const { return profile.root() + QStringLiteral("/data/Tunecatch/Rec/"); }
+    QString rec() const { return profile.root() + u"/data/Tunecatch/Rec/"_s; }
     QString path(const QString &name) const { return profile.root() + u'/' + name; }
     void openAt(const QString &name)
     {
@@ -30,24 +32,26 @@ protected:
 
 TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
 {
-    const struct {
+    const struct
+    {
         QString templ;
         QString expected;
     } rows[] = {
-        {QStringLiteral(".\\%STATION%_%DATE%_%TIME%.mp3"), rec() + QStringLiteral("Radio: X_2024-03-05_07-09.mp3")},
-        {QStringLiteral("./%SONG%.mp3"), rec() + QStringLiteral("%SONG%.mp3")},
-        {QStringLiteral(".x\\.\\a.mp3"), QStringLiteral(".x\\") + rec() + QStringLiteral("a.mp3")},
-        {QStringLiteral("C:\\Music\\%STATION%.mp3"), QStringLiteral("C:\\Music\\Radio: X.mp3")},
-        {QStringLiteral("/m/%DATE%/%DATE% %station%.mp3"), QStringLiteral("/m/2024-03-05/2024-03-05 %station%.mp3")},
+        {u".\\%STATION%_%DATE%_%TIME%.mp3"_s, rec() + u"Radio: X_2024-03-05_07-09.mp3"_s},
+        {u"./%SONG%.mp3"_s, rec() + u"%SONG%.mp3"_s},
+        {u".x\\.\\a.mp3"_s, u".x\\"_s + rec() + u"a.mp3"_s},
+        {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio: X.mp3"_s},
+        {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s},
     };
     for (const auto &row : rows)
-        EXPECT_EQ(BuildFileName(row.templ, QStringLiteral("Radio: X"), Now, rec()), row.expected) << row.templ.toStdString();
+        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec()), row.expected)
+            << row.templ.toStdString();
     EXPECT_TRUE(QFileInfo(rec()).isDir());
 }
 
 TEST_F(RecordingOutputTest, CacheGoesOutPast64000BytesOrOnFlush)
 {
-    openAt(QStringLiteral("a.mp3"));
+    openAt(u"a.mp3"_s);
     const QByteArray chunk(16000, 'a');
     for (int i = 0; i < 4; ++i)
         out.WriteToDisk(chunk, false);
@@ -62,59 +66,49 @@ TEST_F(RecordingOutputTest, CacheGoesOutPast64000BytesOrOnFlush)
     out.SetWriteEnabled(false);
     out.WriteToDisk("dropped", true);
     out.CloseFile();
-    EXPECT_EQ(TempProfile::readFile(path(QStringLiteral("a.mp3"))), chunk.repeated(4) + "bcd");
+    EXPECT_EQ(TempProfile::readFile(path(u"a.mp3"_s)), chunk.repeated(4) + "bcd");
     EXPECT_TRUE(errors.isEmpty());
-}
-
-TEST_F(RecordingOutputTest, FlushWithoutAnOpenFileDiscards)
-{
-    out.SetWriteEnabled(true);
-    out.WriteToDisk("lost", true);
-    EXPECT_TRUE(out.DiskCache().isEmpty());
-    EXPECT_EQ(out.BlockWrites(), 0);
-    out.ResetCounters();
-    EXPECT_EQ(out.BytesWritten(), 0);
 }
 
 TEST_F(RecordingOutputTest, NewSongOpensACleanedFileInSingleSongMode)
 {
-    openAt(QStringLiteral("first.mp3"));
+    openAt(u"first.mp3"_s);
     out.WriteToDisk("old", true);
-    out.NewSong(QStringLiteral(" AC/DC: Back In Black? (Live at the Garden 1980) "), true,
-                path(QStringLiteral("%SONG% [%SONG%].mp3")));
+    out.NewSong(u" AC/DC: Back In Black? (Live at the Garden 1980) "_s, true, path(u"%SONG% [%SONG%].mp3"_s));
     out.WriteToDisk("new", true);
     out.CloseFile();
-    const QString song = QStringLiteral("ACDC Back In Black (Live at th");
-    EXPECT_EQ(out.FileName(), path(song + QStringLiteral(" [") + song + QStringLiteral("].mp3")));
-    EXPECT_EQ(TempProfile::readFile(path(QStringLiteral("first.mp3"))), "old");
+    const QString song = u"ACDC Back In Black (Live at th"_s;
+    EXPECT_EQ(out.FileName(), path(song + u" ["_s + song + u"].mp3"_s));
+    EXPECT_EQ(TempProfile::readFile(path(u"first.mp3"_s)), "old");
     EXPECT_EQ(TempProfile::readFile(out.FileName()), "new");
 }
 
 TEST_F(RecordingOutputTest, ContinuousModeDropsThePlaceholderAndKeepsTheFile)
 {
-    openAt(QStringLiteral("one %SONG%.mp3"));
+    openAt(u"one %SONG%.mp3"_s);
     out.WriteToDisk("1", true);
-    out.NewSong(QStringLiteral("Title"), false, path(QStringLiteral("unused.mp3")));
+    out.NewSong(u"Title"_s, false, path(u"unused.mp3"_s));
     out.WriteToDisk("2", true);
-    EXPECT_EQ(out.FileName(), path(QStringLiteral("one .mp3")));
-    EXPECT_EQ(TempProfile::readFile(path(QStringLiteral("one %SONG%.mp3"))), "12");
-
-    out.SetFileName(path(QStringLiteral("plain %SONG%.mp3")));
-    out.SwitchToContinuous();
-    EXPECT_TRUE(out.IsFileOpen());
-    EXPECT_EQ(out.FileName(), path(QStringLiteral("plain .mp3")));
+    EXPECT_EQ(out.FileName(), path(u"one .mp3"_s));
+    EXPECT_EQ(TempProfile::readFile(path(u"one %SONG%.mp3"_s)), "12");
 }
 
-TEST_F(RecordingOutputTest, UnopenableFileIsReportedAndKeepsWhatWasWritten)
+TEST_F(RecordingOutputTest, WithoutAnOpenFileWritesAreDroppedAndTheOldFileKept)
 {
-    openAt(QStringLiteral("kept.mp3"));
+    out.SetWriteEnabled(true);
+    out.WriteToDisk("lost", true);
+    EXPECT_TRUE(out.DiskCache().isEmpty());
+    EXPECT_EQ(out.BlockWrites(), 0);
+
+    openAt(u"kept.mp3"_s);
     out.WriteToDisk("kept", true);
-    out.NewSong(QStringLiteral("x"), true, path(QStringLiteral("missing/folder/%SONG%.mp3")));
+    out.NewSong(u"x"_s, true, path(u"missing/folder/%SONG%.mp3"_s));
     EXPECT_FALSE(out.IsFileOpen());
     ASSERT_EQ(errors.size(), 1);
-    EXPECT_TRUE(errors[0].contains(QStringLiteral("missing/folder/x.mp3")));
+    EXPECT_TRUE(errors[0].contains(u"missing/folder/x.mp3"_s));
     out.WriteToDisk("nowhere", true);
-    EXPECT_EQ(TempProfile::readFile(path(QStringLiteral("kept.mp3"))), "kept");
+    EXPECT_EQ(out.BlockWrites(), 1);
+    EXPECT_EQ(TempProfile::readFile(path(u"kept.mp3"_s)), "kept");
 }
 
 } // namespace

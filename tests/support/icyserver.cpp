@@ -5,6 +5,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+using namespace Qt::StringLiterals;
+
 struct IcyServer::Client
 {
     QTcpSocket *socket = nullptr;
@@ -19,11 +21,21 @@ struct IcyServer::Client
 
 namespace {
 
+const QByteArray Header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
+                          "icy-genre:Test\r\nicy-url:http://station.example/\r\ncontent-type:audio/mpeg\r\n"
+                          "icy-pub:1\r\nicy-br:128\r\nicy-metaint:";
+
 // A header line repeated for ever never makes the empty line that ends a header.
 const QByteArray EndlessLine = "icy-notice1:still going\r\n";
 
+// Varied enough that a misplaced copy shows, cheap enough for long runs.
+char audioByte(qint64 position)
+{
+    return char((quint64(position) * 2654435761u) >> 13);
+}
+
 // High bytes only: noise never holds the CR LF CR LF that ends a header.
-QByteArray noise(int size)
+QByteArray noise(qint64 size)
 {
     QByteArray bytes(size, Qt::Uninitialized);
     for (char &b : bytes)
@@ -36,8 +48,12 @@ QByteArray noise(int size)
 IcyServer::IcyServer(QObject *parent) : QObject(parent), m_server(new QTcpServer(this))
 {
     connect(m_server, &QTcpServer::newConnection, this, &IcyServer::onNewConnection);
-    m_timer.setInterval(1);
-    connect(&m_timer, &QTimer::timeout, this, &IcyServer::tick);
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        for (auto &client : m_clients) {
+            if (client->streaming && client->socket && !client->sent.finished)
+                pump(*client);
+        }
+    });
 }
 
 IcyServer::~IcyServer() = default;
@@ -47,8 +63,7 @@ bool IcyServer::start()
     if (!ListenOnLowPort(*m_server))
         return false;
     // A paced stream needs a steady tick; an unpaced one a fast one.
-    m_timer.setInterval(bytesPerSecond > 0 ? 20 : 1);
-    m_timer.start();
+    m_timer.start(bytesPerSecond > 0 ? 20 : 1);
     return true;
 }
 
@@ -69,35 +84,18 @@ quint16 IcyServer::port() const
 
 QString IcyServer::url(const QString &path) const
 {
-    return QStringLiteral("http://127.0.0.1:") + QString::number(port()) + path;
+    return u"http://127.0.0.1:"_s + QString::number(port()) + path;
 }
 
-QByteArray IcyServer::responseHeader() const
+QByteArray IcyServer::page(const QByteArray &body)
 {
-    QByteArray header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\n";
-    header += "icy-name:" + stationName + "\r\n";
-    header += "icy-genre:" + genre + "\r\n";
-    header += "icy-url:" + stationUrl + "\r\n";
-    header += "content-type:audio/mpeg\r\nicy-pub:1\r\n";
-    header += "icy-metaint:" + QByteArray::number(metaInt) + "\r\n";
-    if (bitrate > 0)
-        header += "icy-br:" + QByteArray::number(bitrate) + "\r\n";
-    return header + "\r\n";
+    return "HTTP/1.0 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
 QByteArray IcyServer::metadataBlock(const QByteArray &text)
 {
     const qsizetype units = (text.size() + 15) / 16;
-    QByteArray block(1, char(units));
-    block += text;
-    block += QByteArray(units * 16 - text.size(), '\0');
-    return block;
-}
-
-char IcyServer::audioByte(qint64 position)
-{
-    // Varied enough that a misplaced copy shows, cheap enough for long runs.
-    return char((quint64(position) * 2654435761u) >> 13);
+    return char(units) + text.leftJustified(units * 16, '\0');
 }
 
 const IcyServer::Sent &IcyServer::sent(int client) const
@@ -124,10 +122,8 @@ void IcyServer::onNewConnection()
         // Every write its own segment: Nagle's algorithm would merge the
         // pieces that let a reader keep up.
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        auto client = std::make_unique<Client>();
-        client->socket = socket;
-        Client &c = *client;
-        m_clients.push_back(std::move(client));
+        Client &c = *m_clients.emplace_back(std::make_unique<Client>());
+        c.socket = socket;
         connect(socket, &QTcpSocket::readyRead, this, [this, &c] { onReadyRead(c); });
         connect(socket, &QTcpSocket::disconnected, this, [&c] { c.socket = nullptr; });
     }
@@ -144,55 +140,38 @@ void IcyServer::onReadyRead(Client &client)
     client.received.truncate(end + 4);
     if (keepSent)
         client.sent.request = client.received;
-    emit requestReceived(indexOf(client));
 
     const QByteArray path = client.received.split(' ').value(1);
     if (pages.contains(path) || path.endsWith(".pls")) {
-        const QByteArray body = pages.value(path);
-        client.socket->write(pages.contains(path)
-                                 ? "HTTP/1.0 200 OK\r\nContent-Type: audio/x-scpls\r\nContent-Length: " +
-                                       QByteArray::number(body.size()) + "\r\n\r\n" + body
-                                 : QByteArrayLiteral("HTTP/1.0 404 Not Found\r\nContent-Length: 0\r\n\r\n"));
+        client.socket->write(pages.value(path, "HTTP/1.0 404 Not Found\r\nContent-Length: 0\r\n\r\n"));
         client.socket->disconnectFromHost();
         return;
     }
     if (fault == Fault::EndlessHeader)
         client.socket->write("ICY 200 OK\r\n");
     else if (fault == Fault::None)
-        client.socket->write(responseHeader());
+        client.socket->write(Header + QByteArray::number(metaInt) + "\r\n\r\n");
     client.streaming = true;
     client.clock.start();
-}
-
-void IcyServer::tick()
-{
-    for (auto &client : m_clients) {
-        if (client->streaming && client->socket && !client->sent.finished)
-            pump(*client);
-    }
 }
 
 void IcyServer::pump(Client &client)
 {
     // Unpaced writes stop at each metadata block, so the reader's buffer
     // empties whenever it keeps up.
-    qint64 due = qMin<qint64>(chunk, metaInt - client.audioPos % metaInt);
+    qint64 due = qMin<qint64>(2000, metaInt - client.audioPos % metaInt);
     if (bytesPerSecond > 0)
         due = bytesPerSecond * client.clock.elapsed() / 1000 - client.audioPos;
     if (due <= 0)
         return;
-    switch (fault) {
-    case Fault::EndlessHeader:
-        client.socket->write(EndlessLine.repeated(int(qMax<qint64>(1, due / EndlessLine.size()))));
-        client.audioPos += due;
-        return;
-    case Fault::Garbage:
-        client.socket->write(noise(int(due)));
-        client.audioPos += due;
-        return;
-    default:
+    if (fault == Fault::None) {
         sendAudio(client, due);
+        return;
     }
+    client.socket->write(fault == Fault::Garbage
+                             ? noise(due)
+                             : EndlessLine.repeated(qMax<qint64>(1, due / EndlessLine.size())));
+    client.audioPos += due;
 }
 
 void IcyServer::sendAudio(Client &client, qint64 count)
@@ -204,8 +183,7 @@ void IcyServer::sendAudio(Client &client, qint64 count)
     wire.reserve(count + 64);
     const qint64 begin = client.audioPos;
     while (count > 0) {
-        const qint64 toBoundary = metaInt - client.audioPos % metaInt;
-        const qint64 n = qMin(count, toBoundary);
+        const qint64 n = qMin(count, metaInt - client.audioPos % metaInt);
         for (qint64 i = 0; i < n; ++i)
             wire += audioByte(client.audioPos + i);
         client.audioPos += n;
@@ -225,19 +203,7 @@ void IcyServer::sendAudio(Client &client, qint64 count)
             client.sent.audio += audioByte(p);
     }
     client.socket->write(wire);
-    if (!repeat && client.audioPos >= total) {
-        client.sent.finished = true;
-        emit finished(indexOf(client));
-    }
-}
-
-int IcyServer::indexOf(const Client &client) const
-{
-    for (size_t i = 0; i < m_clients.size(); ++i) {
-        if (m_clients[i].get() == &client)
-            return int(i);
-    }
-    return -1;
+    client.sent.finished = !repeat && client.audioPos >= total;
 }
 
 QByteArray IcyServer::titleAfterInterval(qint64 interval) const
@@ -245,11 +211,7 @@ QByteArray IcyServer::titleAfterInterval(qint64 interval) const
     // A block announces what the next interval plays; the last interval of a
     // script that does not repeat keeps the last title.
     const qint64 total = scriptIntervals();
-    qint64 next = interval + 1;
-    if (repeat)
-        next %= total;
-    else
-        next = qMin(next, total - 1);
+    qint64 next = repeat ? (interval + 1) % total : qMin(interval + 1, total - 1);
     for (const Song &song : songs) {
         if (next < song.intervals)
             return song.title;

@@ -5,24 +5,21 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
-#include <QString>
 #include <QTimer>
 
 #include <memory>
 #include <vector>
 
 class QTcpServer;
-class QTcpSocket;
 
-// A scripted station on 127.0.0.1: answers a request with an ICY header, then
-// sends audio with a metadata block after every metaInt audio bytes, the
-// title changing as the script says. It remembers, per client, the exact
-// audio it sent and where each title was announced, so tests can compute the
-// files a recorder must have written. It can also misbehave, and serve small
-// pages (playlists) by path.
+// A scripted station on 127.0.0.1 ("Loopback FM", genre "Test", metadata every
+// metaInt audio bytes, 128 kbit/s): answers a request with an ICY header, then
+// sends audio with the title changing as the script says. It remembers, per
+// client, the exact audio it sent and where each title was announced, so tests
+// can compute the files a recorder must have written. It can also misbehave,
+// and answer plain HTTP requests by path.
 class IcyServer : public QObject
 {
-    Q_OBJECT
     Q_DISABLE_COPY_MOVE(IcyServer)
 
 public:
@@ -70,23 +67,15 @@ public:
     bool repeat = false;       // start the songs again after the last; else stop sending
     bool repeatTitles = false; // send the title in every block, not only on a change
     int metaInt = 8000;
-    int bitrate = 128;         // announced in icy-br; 0 leaves the line out
     qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
-    int chunk = 2000;          // audio bytes per write when not paced
-    QByteArray stationName = "Loopback FM";
-    QByteArray genre = "Test";
-    QByteArray stationUrl = "http://station.example/";
     Fault fault = Fault::None;
     bool keepSent = true; // false: remember nothing (long runs)
-    // Paths answered as plain HTTP pages; other ".pls" paths get a 404.
+    // Whole HTTP answers by path; other ".pls" paths get a 404.
     QMap<QByteArray, QByteArray> pages;
+    static QByteArray page(const QByteArray &body);
 
-    // The header sent for the script above.
-    QByteArray responseHeader() const;
     // A metadata block as it goes on the wire: length byte, then padded text.
     static QByteArray metadataBlock(const QByteArray &text);
-    // The audio the server sends: the same bytes for every client.
-    static char audioByte(qint64 position);
 
     int clientCount() const { return int(m_clients.size()); }
     const Sent &sent(int client) const;
@@ -96,22 +85,15 @@ public:
     // `consumed` audio bytes, what the recorder took before it stopped.
     QByteArray songFile(int client, int index, qint64 consumed) const;
 
-signals:
-    void requestReceived(int client);
-    // The script has been sent to this client in full.
-    void finished(int client);
-
 private:
     struct Client;
 
     void onNewConnection();
     void onReadyRead(Client &client);
-    void tick();
     void pump(Client &client);
     void sendAudio(Client &client, qint64 count);
     QByteArray titleAfterInterval(qint64 interval) const;
     qint64 scriptIntervals() const;
-    int indexOf(const Client &client) const;
 
     QTcpServer *m_server;
     QTimer m_timer;

@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QSettings>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const char *const Variables[4] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "APPDATA"};
@@ -20,14 +22,14 @@ TempProfile::TempProfile()
     const QString base = m_dir.path();
     for (const char *sub : {"data", "config", "runtime", "install"})
         QDir().mkpath(base + u'/' + QLatin1StringView(sub));
-    QFile::setPermissions(base + QStringLiteral("/runtime"),
+    QFile::setPermissions(base + u"/runtime"_s,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    qputenv("XDG_DATA_HOME", QFile::encodeName(base + QStringLiteral("/data")));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(base + QStringLiteral("/config")));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(base + QStringLiteral("/runtime")));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(base + u"/data"_s));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(base + u"/config"_s));
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(base + u"/runtime"_s));
     qunsetenv("APPDATA");
     // QSettings caches its folders for the life of the process; point it here explicitly.
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, base + QStringLiteral("/config"));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, base + u"/config"_s);
 }
 
 TempProfile::~TempProfile()
@@ -43,18 +45,18 @@ TempProfile::~TempProfile()
 QString TempProfile::dataFolder() const
 {
     const QByteArray appData = qgetenv("APPDATA");
-    const QString base = appData.isEmpty() ? m_dir.path() + QStringLiteral("/data") : QFile::decodeName(appData);
-    return base + QStringLiteral("/Tunecatch/");
+    const QString base = appData.isEmpty() ? m_dir.path() + u"/data"_s : QFile::decodeName(appData);
+    return base + u"/Tunecatch/"_s;
 }
 
 QString TempProfile::installFolder() const
 {
-    return m_dir.path() + QStringLiteral("/install");
+    return m_dir.path() + u"/install"_s;
 }
 
 QString TempProfile::configFile() const
 {
-    return m_dir.path() + QStringLiteral("/config/Tunecatch/Tunecatch.conf");
+    return m_dir.path() + u"/config/Tunecatch/Tunecatch.conf"_s;
 }
 
 void TempProfile::setAppData(const QString &value)
@@ -68,6 +70,16 @@ QByteArray TempProfile::readFile(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return file.readAll();
+}
+
+QByteArray TempProfile::utf16File(const QString &text)
+{
+    QByteArray bytes("\xFF\xFE");
+    for (const QChar c : text) {
+        bytes.append(char(c.unicode() & 0xFF));
+        bytes.append(char(c.unicode() >> 8));
+    }
+    return bytes;
 }
 
 void TempProfile::writeFile(const QString &path, const QByteArray &bytes)

@@ -27,6 +27,8 @@ public:
     void setAppData(const QString &value);
 
     static QByteArray readFile(const QString &path);
+    // The catalogue's encoding, written out by hand: FF FE, then UTF-16 little-endian units.
+    static QByteArray utf16File(const QString &text);
     static void writeFile(const QString &path, const QByteArray &bytes);
 
 private:
