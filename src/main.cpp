@@ -16,11 +16,13 @@ int main(int argc, char *argv[])
     QtAppWindows windows(state);
     Startup startup(state, windows);
     windows.setStartup(&startup);
-    TerminationWatcher watcher([&startup] { startup.Close(); });
+    TerminationWatcher watcher([&startup] { startup.Terminate(); });
 
     QStringList words = QCoreApplication::arguments();
     words.removeFirst();
     if (!startup.SubMain(words.join(u' ')))
         return 1;
+    if (startup.HasClosed()) // a signal arrived while start-up was still running
+        return 0;
     return QApplication::exec();
 }

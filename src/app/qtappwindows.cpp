@@ -7,6 +7,8 @@
 
 #include <QApplication>
 
+#include <utility>
+
 QtAppWindows::QtAppWindows(AppState &state) : m_state(state) {}
 
 void QtAppWindows::InitCommonControls()
@@ -48,13 +50,15 @@ void QtAppWindows::ProcessEvents()
 
 void QtAppWindows::UnloadAllWindows()
 {
-    for (auto it = m_loaded.crbegin(); it != m_loaded.crend(); ++it) {
+    // A window's own unload may run the closing procedure, which comes back
+    // here: work on a copy so that the nested call finds nothing left to do.
+    const QList<QPointer<QWidget>> loaded = std::exchange(m_loaded, {});
+    for (auto it = loaded.crbegin(); it != loaded.crend(); ++it) {
         if (QWidget *window = *it) {
             window->close();
             QCoreApplication::processEvents();
         }
     }
-    m_loaded.clear();
 }
 
 void QtAppWindows::EndProcess()

@@ -159,6 +159,12 @@ void Startup::loadStartupSettings()
     }
 }
 
+void Startup::Terminate()
+{
+    m_windows.UnloadAllWindows();
+    Close();
+}
+
 void Startup::Close()
 {
     if (m_closing)

@@ -23,6 +23,11 @@ public:
     // Saves the catalogue when changed, stores the filters, unloads the
     // windows, removes the skin and ends the process. Runs once.
     void Close();
+    // The program is told to end (a signal): every window unloads first, as
+    // when the user closes it, so the station list sweeps its edits into the
+    // catalogue; then the closing procedure runs.
+    void Terminate();
+    bool HasClosed() const { return m_closing; }
 
     static bool IsUpgradeVersion(int version);
 

@@ -11,11 +11,6 @@ void TraceHook::Trace(const QString &line) const
         m_sink(line);
 }
 
-void TraceHook::setSink(Sink sink)
-{
-    m_sink = std::move(sink);
-}
-
 TraceHook TraceHook::fromEnvironment()
 {
     const QString path = qEnvironmentVariable("TUNECATCH_TRACE");

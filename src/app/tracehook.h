@@ -16,7 +16,6 @@ public:
     explicit TraceHook(Sink sink);
 
     void Trace(const QString &line) const;
-    void setSink(Sink sink);
 
     // A hook that appends each line to the file named by TUNECATCH_TRACE, when set.
     static TraceHook fromEnvironment();

@@ -112,11 +112,6 @@ int Catalogue::Append(Station station)
     return StationCount();
 }
 
-void Catalogue::Clear()
-{
-    m_stations.resize(1);
-}
-
 void Catalogue::Load(Prompt &prompt, const QString &appTitle)
 {
     // A fresh array rather than a cleared one: the old capacity is given back

@@ -50,8 +50,6 @@ public:
     const Station &at(int index) const { return m_stations.at(static_cast<std::size_t>(index)); }
     // Appends at StationCount() + 1 and returns that index. Amortised: no copy of the whole array.
     int Append(Station station);
-    // Empties the array (element 0 stays) without touching the changed flag.
-    void Clear();
 
     QString Version;
     QString Separator;

@@ -73,6 +73,7 @@ QProgressBar *percentBar(const QString &name)
 QLabel *valueLabel(const QString &name)
 {
     auto *label = named(new QLabel, name);
+    label->setTextFormat(Qt::PlainText); // station names and titles are never markup
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
 }
@@ -126,7 +127,16 @@ FrmTC::FrmTC(AppState &state, PowerControl &power, QWidget *parent, Hooks hooks)
     load();
 }
 
-FrmTC::~FrmTC() = default;
+FrmTC::~FrmTC()
+{
+    // A window destroyed without being closed still completes its file; the
+    // socket outlives this part of the object, so it must not call back.
+    WS->disconnect(this);
+    if (m_recording) {
+        EndStream();
+        m_output.CloseFile();
+    }
+}
 
 void FrmTC::buildControls()
 {

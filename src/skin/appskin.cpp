@@ -44,7 +44,6 @@ void ModAppSkin::StartSkinWithFile(const QString &skinFile)
         if (auto start = reinterpret_cast<SkinStartFn>(engine.resolve("SkinStart"));
             start && start(skinFile.toLocal8Bit().constData(), 0) == 0) {
             m_running = true;
-            m_currentFile = skinFile;
             SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
             SettingsStore::SaveSetting(SettingsStore::AppSkinFile, skinFile);
             return;

@@ -18,12 +18,10 @@ public:
 
     bool SkinOn() const { return m_skinOn; }
     bool SkinRunning() const { return m_running; }
-    const QString &CurrentSkinFile() const { return m_currentFile; }
     QString DefaultSkinFile() const;
 
 private:
     QString m_installFolder;
     bool m_skinOn = false;
     bool m_running = false;
-    QString m_currentFile;
 };

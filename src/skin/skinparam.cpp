@@ -18,18 +18,6 @@ void cSkinParam::SetTheme(qint32 index)
         m_colors = BlackNightColors();
 }
 
-QString cSkinParam::ThemeName(qint32 index)
-{
-    switch (index) {
-    case PaleBlue:
-        return QStringLiteral("Pale Blue");
-    case BlackNight:
-        return QStringLiteral("Black Night");
-    default:
-        return {};
-    }
-}
-
 ThemeColors cSkinParam::PaleBlueColors()
 {
     return {

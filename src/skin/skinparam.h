@@ -40,7 +40,6 @@ public:
     qint32 ThemeIndex() const { return m_theme; }
     const ThemeColors &Colors() const { return m_colors; }
 
-    static QString ThemeName(qint32 index);
     static ThemeColors PaleBlueColors();
     static ThemeColors BlackNightColors();
 

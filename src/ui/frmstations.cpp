@@ -21,14 +21,14 @@
 
 namespace {
 
-struct ColumnSpec
+struct ColumnDef
 {
     const char16_t *heading;
     int width;
 };
 
 // Headings and widths in creation order; the last column's width is the grid's own.
-constexpr ColumnSpec Columns[FrmStations::ColumnCount] = {
+constexpr ColumnDef Columns[FrmStations::ColumnCount] = {
     {u" ", 23},         {u"Station", 100}, {u"Genre", 46},     {u"Bit", 33},   {u"Type", 33},
     {u"Category", 100}, {u"Rating", 66},   {u"StreamUrl", 200}, {u"Single", 46}, {u"LastDate", 66},
     {u"Sign", 46},      {u"InfoUrl", 166}, {u"Output", 0},
@@ -243,14 +243,14 @@ void FrmStations::applyTheme()
 void FrmStations::createColumns()
 {
     for (int index = 0; index < ColumnCount; ++index) {
-        const ColumnSpec &spec = Columns[index];
-        const QString heading = QString::fromUtf16(spec.heading);
+        const ColumnDef &column = Columns[index];
+        const QString heading = QString::fromUtf16(column.heading);
         if (index == ColSingle)
-            m_grid->AddColumn(heading, spec.width, Qt::AlignHCenter, GridColumnType::CheckBox);
+            m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
         else if (index == ColOutput)
             m_grid->AddColumn(heading, m_grid->width());
         else
-            m_grid->AddColumn(heading, spec.width);
+            m_grid->AddColumn(heading, column.width);
     }
     m_grid->SetColImage(ColPlay, 0);
     m_grid->SetColImageAlignment(ColPlay, Qt::AlignHCenter);
