@@ -50,7 +50,12 @@ bool ExitWindows(PowerControl &power, quint32 flags, bool force)
 {
     if (force)
         flags += ExitForce;
-    return power.ExitWindows(flags);
+    if (GetOsInfo(power.SystemVersion()).PlatformClass != 2)
+        return power.ExitWindows(flags);
+    power.SetShutdownPrivilege(true);
+    const bool accepted = power.ExitWindows(flags);
+    power.SetShutdownPrivilege(false);
+    return accepted;
 }
 
 bool Suspend(PowerControl &power, bool hibernate, bool force, bool disableWakeEvents)

@@ -26,7 +26,8 @@ OsInfo GetOsInfo(const PowerControl::Version &version);
 // Suspending is only offered by systems with code 2, 3, 5 or 6.
 bool CanSuspend(const OsInfo &info);
 
-// Adds the force flag when asked, then hands the request to the platform.
+// Adds the force flag when asked, then hands the request to the platform,
+// holding the shutdown privilege around it on the NT line.
 bool ExitWindows(PowerControl &power, quint32 flags, bool force);
 
 // Suspends or hibernates where the system allows it; elsewhere does nothing

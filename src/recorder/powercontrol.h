@@ -20,6 +20,9 @@ public:
     virtual ~PowerControl() = default;
 
     virtual Version SystemVersion() const = 0;
+    // Systems of the NT line want the shutdown privilege held around the
+    // request; elsewhere (logind asks its own policy) there is nothing to do.
+    virtual void SetShutdownPrivilege(bool /*enable*/) {}
     // Ends the session with the platform's exit flags (8 power off, 4 forced).
     // True when the request was accepted.
     virtual bool ExitWindows(quint32 flags) = 0;
