@@ -8,50 +8,29 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString Damaged = QStringLiteral("Station file appears damaged.. attempting to recover");
-const QString Header = QStringLiteral("# two first lines :  version  and seperator.\r\n"
-                                      "#format is:  Name Genre BitRate Format Category OutputFile SingleSong "
-                                      "Rating LastDate CallSign StreamURL InfoUrl\r\n");
+const QString Damaged = u"Station file appears damaged.. attempting to recover"_s;
+const QString Header = u"# two first lines :  version  and seperator.\r\n"
+                       "#format is:  Name Genre BitRate Format Category OutputFile SingleSong "
+                       "Rating LastDate CallSign StreamURL InfoUrl\r\n"_s;
 
-// The catalogue's file encoding, written out by hand: FF FE, then UTF-16 little-endian units.
-QByteArray utf16WithMark(const QString &text)
-{
-    QByteArray bytes("\xFF\xFE");
-    for (const QChar c : text) {
-        bytes.append(static_cast<char>(c.unicode() & 0xFF));
-        bytes.append(static_cast<char>(c.unicode() >> 8));
-    }
-    return bytes;
-}
-
-// Name, Genre "G", BitRate "128", Format "mp3", the given Category, OutputFile "o", SingleSong,
-// Rating, CallSign "id", StreamURL "u", InfoUrl.
+// Genre "G", BitRate "128", Format "mp3", OutputFile "o", CallSign "id", StreamURL "u"; the rest as given.
 Station station(const QString &name, const QString &category, bool singleSong, qint32 rating,
-                const QString &infoUrl)
+                const QString &infoUrl, bool deleted = false)
 {
-    Station s;
-    s.Name = name;
-    s.Genre = QStringLiteral("G");
-    s.BitRate = QStringLiteral("128");
-    s.Format = QStringLiteral("mp3");
-    s.Category = category;
-    s.OutputFile = QStringLiteral("o");
-    s.SingleSong = singleSong;
-    s.Rating = rating;
-    s.CallSign = QStringLiteral("id");
-    s.StreamURL = QStringLiteral("u");
-    s.InfoUrl = infoUrl;
-    return s;
+    return Station{name,   u"G"_s,    u"128"_s, u"mp3"_s, category, u"o"_s, singleSong,
+                   rating, QString(), u"id"_s,  u"u"_s,   infoUrl,  deleted};
 }
 
 class CatalogueFile : public ProfileTest
 {
 protected:
-    QString path() const { return profile.dataFolder() + QStringLiteral("Stations.txt"); }
-    void writeCatalogue(const QString &text) { TempProfile::writeFile(path(), utf16WithMark(text)); }
-    void load() { catalogue.Load(prompt, QStringLiteral("Tunecatch")); }
+    QString path() const { return profile.dataFolder() + u"Stations.txt"_s; }
+    void writeCatalogue(const QString &text) { TempProfile::writeFile(path(), TempProfile::utf16File(text)); }
+    void load() { catalogue.Load(prompt, u"Tunecatch"_s); }
     // The stations in memory as the writer would put them, one per line.
     QString loaded() const
     {
@@ -64,7 +43,7 @@ protected:
     {
         EXPECT_EQ(prompt.texts(), damaged ? QStringList{Damaged} : QStringList{});
         if (damaged) {
-            EXPECT_EQ(prompt.shown.constFirst().title, QStringLiteral("Tunecatch"));
+            EXPECT_EQ(prompt.shown.constFirst().title, u"Tunecatch"_s);
         }
     }
 
@@ -72,113 +51,91 @@ protected:
     ScriptedPrompt prompt;
 };
 
-struct LoadRow
-{
-    const char *name;
-    QString stationLines;
-    bool damaged;
-    QString loaded; // the stations as the writer would put them, one per line
-    QStringList categories;
-};
-
-class LoadLines : public CatalogueFile, public ::testing::WithParamInterface<LoadRow>
-{
-};
-
-const QString Good = QStringLiteral("A|G|128|mp3|Cat|out|True|1||id|http://a|http://i\r\n");
-const QString GoodRead = QStringLiteral("A|G|128|mp3|Cat|out|True|1||id|http://a|http://i");
+const QString Good = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i\r\n"_s;
+const QString GoodRead = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i"_s;
 
 } // namespace
 
 TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
 {
     QDir().mkpath(profile.dataFolder());
-    catalogue.Append(station(QStringLiteral("Jazz One"), QStringLiteral("Favourites"), true, 3,
-                             QStringLiteral("http://jazz.one")));
-    Station gone = station(QStringLiteral("Gone"), {}, true, 0, {});
-    gone.Deleted = true;
-    catalogue.Append(gone);
-    catalogue.Append(station(QStringLiteral("Low"), {}, false, -2, {}));
+    catalogue.Append(station(u"Jazz One"_s, u"Favourites"_s, true, 3, u"http://jazz.one"_s));
+    catalogue.Append(station(u"Gone"_s, {}, true, 0, {}, true));
+    catalogue.Append(station(u"Low"_s, {}, false, -2, {}));
     catalogue.Dirty = true;
 
     catalogue.Save();
     const QByteArray first = TempProfile::readFile(path());
-    EXPECT_EQ(first, utf16WithMark(
-                         QStringLiteral("2.1\r\n\u00B1\r\n") + Header +
-                         QStringLiteral("Jazz One\u00B1G\u00B1128\u00B1mp3\u00B1Favourites\u00B1o\u00B1"
-                                        "True\u00B13\u00B1\u00B1id\u00B1u\u00B1http://jazz.one\r\n"
-                                        "Low\u00B1G\u00B1128\u00B1mp3\u00B1\u00B1o\u00B1False\u00B1-2\u00B1"
-                                        "\u00B1id\u00B1u\u00B1\r\n")));
-    EXPECT_EQ(catalogue.Separator, QStringLiteral("\u00B1"));
+    EXPECT_EQ(first,
+              TempProfile::utf16File(u"2.1\r\n\u00B1\r\n"_s + Header +
+                                     u"Jazz One\u00B1G\u00B1128\u00B1mp3\u00B1Favourites\u00B1o\u00B1"
+                                     "True\u00B13\u00B1\u00B1id\u00B1u\u00B1http://jazz.one\r\n"
+                                     "Low\u00B1G\u00B1128\u00B1mp3\u00B1\u00B1o\u00B1False\u00B1-2\u00B1"
+                                     "\u00B1id\u00B1u\u00B1\r\n"_s));
+    EXPECT_EQ(catalogue.Separator, u"\u00B1"_s);
     EXPECT_FALSE(catalogue.Dirty);
-    EXPECT_FALSE(QFile::exists(path() + QStringLiteral(".bck")));
+    EXPECT_FALSE(QFile::exists(path() + u".bck"_s));
 
-    catalogue.Version = QStringLiteral("9.9");
-    catalogue.Separator = QStringLiteral("|");
+    catalogue.Version = u"9.9"_s;
+    catalogue.Separator = u"|"_s;
     catalogue.Save();
-    EXPECT_EQ(TempProfile::readFile(path() + QStringLiteral(".bck")), first);
+    EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), first);
     // The version written is always 2.1; the separator is the one held.
     EXPECT_TRUE(TempProfile::readFile(path()).startsWith(
-        utf16WithMark(QStringLiteral("2.1\r\n|\r\n") + Header + QStringLiteral("Jazz One|G|"))));
+        TempProfile::utf16File(u"2.1\r\n|\r\n"_s + Header + u"Jazz One|G|"_s)));
 }
 
 TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
 {
     QDir().mkpath(profile.dataFolder());
-    catalogue.Append(
-        station(QStringLiteral(" Spaced  "), QStringLiteral("Jazz"), true, -7, QStringLiteral("i1")));
-    catalogue.Append(station(QStringLiteral("Gone"), QStringLiteral("Rock"), false, 0, {}));
-    catalogue.Append(station(QStringLiteral("Last"), QStringLiteral("jazz"), false, 2, QStringLiteral("i3")));
-    catalogue.at(2).Deleted = true;
-
-    catalogue.Separator = QStringLiteral("|");
+    catalogue.Append(station(u" Spaced  "_s, u"Jazz"_s, true, -7, u"i1"_s));
+    catalogue.Append(station(u"Gone"_s, u"Rock"_s, false, 0, {}, true));
+    catalogue.Append(station(u"Last"_s, u"jazz"_s, false, 2, u"i3"_s));
+    catalogue.Separator = u"|"_s;
 
     catalogue.Save();
     load();
     EXPECT_EQ(loaded(),
-              QStringLiteral(
-                  " Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r"));
-    EXPECT_EQ(catalogue.Categories.items(), (QStringList{QString(), QStringLiteral("Jazz")}));
+              u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r"_s);
+    EXPECT_EQ(catalogue.Categories.items(), (QStringList{QString(), u"Jazz"_s}));
 
     catalogue.Save();
     load();
     EXPECT_EQ(loaded(),
-              QStringLiteral(
-                  " Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r\r"));
+              u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r\r"_s);
     expectDamaged(false);
 }
 
 TEST_F(CatalogueFile, MissingFileIsDamagedAndKeepsVersionAndSeparator)
 {
-    catalogue.Append(station(QStringLiteral("Old"), {}, true, 0, {}));
-    catalogue.Version = QStringLiteral("v");
-    catalogue.Separator = QStringLiteral("s");
+    catalogue.Append(station(u"Old"_s, {}, true, 0, {}));
+    catalogue.Version = u"v"_s;
+    catalogue.Separator = u"s"_s;
     load();
     EXPECT_EQ(catalogue.StationCount(), 0);
-    EXPECT_EQ(catalogue.Version, QStringLiteral("v"));
-    EXPECT_EQ(catalogue.Separator, QStringLiteral("s"));
+    EXPECT_EQ(catalogue.Version, u"v"_s);
+    EXPECT_EQ(catalogue.Separator, u"s"_s);
     expectDamaged(true);
 }
 
 TEST_F(CatalogueFile, TwoLineFileIsAnEmptyCatalogue)
 {
-    writeCatalogue(QStringLiteral("1.0\r\n|\r\n"));
+    writeCatalogue(u"1.0\r\n|\r\n"_s);
     load();
     EXPECT_EQ(catalogue.StationCount(), 0);
-    EXPECT_EQ(catalogue.Version, QStringLiteral("1.0"));
+    EXPECT_EQ(catalogue.Version, u"1.0"_s);
     // The file's unread last byte leaves the final line's CR in place.
-    EXPECT_EQ(catalogue.Separator, QStringLiteral("|\r"));
+    EXPECT_EQ(catalogue.Separator, u"|\r"_s);
     expectDamaged(false);
 }
 
 TEST_F(CatalogueFile, TheSecondLineIsTheWholeSeparator)
 {
     // "a<b" would split on a search for the first character alone.
-    const QStringList fields = QStringLiteral("A,G,1,a<b,,o,True,1,,,u,w").split(u',');
+    const QStringList fields = u"A,G,1,a<b,,o,True,1,,,u,w"_s.split(u',');
     // An empty separator never splits a line, so no station is read.
-    for (const QString &separator : {QStringLiteral("<>"), QStringLiteral("\u00B1"), QString()}) {
-        writeCatalogue(QStringLiteral("2.1\r\n") + separator + QStringLiteral("\r\n") +
-                       fields.join(separator) + QStringLiteral("\r\n#\r\n"));
+    for (const QString &separator : {u"<>"_s, u"\u00B1"_s, QString()}) {
+        writeCatalogue(u"2.1\r\n"_s + separator + u"\r\n"_s + fields.join(separator) + u"\r\n#\r\n"_s);
         load();
         EXPECT_EQ(loaded(), separator.isEmpty() ? QString() : fields.join(separator));
     }
@@ -188,58 +145,46 @@ TEST_F(CatalogueFile, TheSecondLineIsTheWholeSeparator)
 TEST_F(CatalogueFile, CategoryKeysIgnoreCaseAndKeepFirstSeenOrder)
 {
     CategoryList list;
-    EXPECT_TRUE(list.add(QStringLiteral("Talk")));
-    EXPECT_FALSE(list.add(QStringLiteral("TALK")));
+    EXPECT_TRUE(list.add(u"Talk"_s));
+    EXPECT_FALSE(list.add(u"TALK"_s));
     EXPECT_FALSE(list.add(QString()));
-    EXPECT_TRUE(list.add(QStringLiteral("Jazz")));
-    EXPECT_EQ(list.items(), (QStringList{QString(), QStringLiteral("Talk"), QStringLiteral("Jazz")}));
+    EXPECT_TRUE(list.add(u"Jazz"_s));
+    EXPECT_EQ(list.items(), (QStringList{QString(), u"Talk"_s, u"Jazz"_s}));
 }
 
-TEST_P(LoadLines, ReadsAsTheFileSays)
+TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
 {
-    const LoadRow &row = GetParam();
-    writeCatalogue(QStringLiteral("2.1\r\n|\r\n") + Header + row.stationLines);
-    load();
-    EXPECT_EQ(loaded(), row.loaded);
-    EXPECT_EQ(catalogue.Categories.items(), row.categories);
-    expectDamaged(row.damaged);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, LoadLines,
-    ::testing::Values(
-        LoadRow{
-            "CommentsAndBlankLines",
-            QStringLiteral("   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n") +
-                Good,
-            false,
-            GoodRead + u'\r',
-            {QString(), QStringLiteral("Cat")}},
-        LoadRow{"TenFieldsSkipped",
-                QStringLiteral("B|G|1|mp3|C|o|True|1||i\r\n") + Good,
-                false,
-                GoodRead + u'\r',
-                {QString(), QStringLiteral("Cat")}},
-        LoadRow{"ElevenFieldsStopTheLoad",
-                Good + QStringLiteral("B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n") + Good,
-                true,
-                GoodRead + QStringLiteral("\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"),
-                {QString(), QStringLiteral("Cat")}},
-        LoadRow{"EmptyRatingStopsTheLoad",
-                QStringLiteral("B|G|1|mp3|C|o|true||d|id|u|w\r\n") + Good,
-                true,
-                QStringLiteral("B|G|1|mp3|C|o|True|0||||"),
-                {QString()}},
-        LoadRow{"BadBooleanStopsTheLoad",
-                QStringLiteral("B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"),
-                true,
-                QStringLiteral("B|G|1|mp3|C|o|False|0||||"),
-                {QString()}},
+    const struct
+    {
+        const char *name;
+        QString stationLines;
+        bool damaged;
+        QString loaded;     // the stations as the writer would put them, one per line
+        QString categories; // joined by commas
+    } rows[] = {
+        {"comments and blank lines",
+         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + Good, false,
+         GoodRead + u'\r', u",Cat"_s},
+        {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + Good, false, GoodRead + u'\r', u",Cat"_s},
+        {"eleven fields stop the load", Good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + Good, true,
+         GoodRead + u"\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"_s, u",Cat"_s},
+        {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + Good, true,
+         u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
+        {"a bad boolean stops the load", u"B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"_s, true,
+         u"B|G|1|mp3|C|o|False|0||||"_s, QString()},
         // TAB becomes a blank, blanks inside fields stay, only InfoUrl is trimmed (its CR stops the trim).
-        LoadRow{"HandEditedValues",
-                QStringLiteral(
-                    "A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"),
-                false,
-                QStringLiteral("A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"),
-                {QString(), QStringLiteral("C")}}),
-    [](const ::testing::TestParamInfo<LoadRow> &info) { return std::string(info.param.name); });
+        {"hand-edited values",
+         u"A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"_s, false,
+         u"A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"_s, u",C"_s},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        catalogue = Catalogue();
+        prompt.shown.clear();
+        writeCatalogue(u"2.1\r\n|\r\n"_s + Header + row.stationLines);
+        load();
+        EXPECT_EQ(loaded(), row.loaded);
+        EXPECT_EQ(catalogue.Categories.items().join(u','), row.categories);
+        expectDamaged(row.damaged);
+    }
+}

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class Import : public ProfileTest
@@ -16,30 +18,31 @@ class Import : public ProfileTest
 protected:
     Import() { QDir().mkpath(folder); }
 
+    // A one-entry playlist file in the folder.
     void writePls(const QString &fileName, const QString &file1, const QString &title1,
-                  const QString &eol = QStringLiteral("\n"))
+                  const QString &eol = u"\n"_s)
     {
-        const QString text = QStringLiteral("[playlist]") + eol + QStringLiteral("numberofentries=1") + eol +
-                             QStringLiteral("File1=") + file1 + eol + QStringLiteral("Title1=") + title1 +
-                             eol + QStringLiteral("Length1=-1") + eol;
-        TempProfile::writeFile(folder + u'/' + fileName, text.toUtf8());
+        const QStringList lines = {u"[playlist]"_s, u"numberofentries=1"_s, u"File1="_s + file1,
+                                   u"Title1="_s + title1, u"Length1=-1"_s};
+        TempProfile::writeFile(folder + u'/' + fileName, (lines.join(eol) + eol).toUtf8());
     }
-    bool importFirst(const QString &fileName)
+    // Writes a playlist, imports it with the first or second variant and returns the import's answer.
+    bool import(bool second, const QString &fileName, const QString &file1, const QString &title1,
+                const QString &eol = u"\n"_s)
     {
-        return catalogue.ImportPlaylistFile(folder, fileName, QStringLiteral("Jazz"));
+        if (!file1.isNull())
+            writePls(fileName, file1, title1, eol);
+        return second ? catalogue.ImportPlaylistFile2(folder, fileName, u"Jazz"_s)
+                      : catalogue.ImportPlaylistFile(folder, fileName, u"Jazz"_s);
     }
-    bool importSecond(const QString &fileName)
-    {
-        return catalogue.ImportPlaylistFile2(folder, fileName, QStringLiteral("Jazz"));
-    }
+    const Station &last() const { return catalogue.at(catalogue.StationCount()); }
     void importFolder(bool secondVariant)
     {
-        catalogue.ImportFolder(folder, QStringLiteral("Pop"), secondVariant, prompt,
-                               QStringLiteral("Tunecatch"));
+        catalogue.ImportFolder(folder, u"Pop"_s, secondVariant, prompt, u"Tunecatch"_s);
     }
-    QString cataloguePath() const { return profile.dataFolder() + QStringLiteral("Stations.txt"); }
+    QString cataloguePath() const { return profile.dataFolder() + u"Stations.txt"_s; }
 
-    const QString folder = profile.root() + QStringLiteral("/playlists");
+    const QString folder = profile.root() + u"/playlists"_s;
     Catalogue catalogue;
     ScriptedPrompt prompt;
 };
@@ -48,87 +51,68 @@ protected:
 
 TEST_F(Import, DirectoryPlaylistGivesAnSsrnStationWithNewStationDefaults)
 {
-    writePls(QStringLiteral("Jazz One _#_ 128 _#_ 12345.pls"), QStringLiteral("http://a:8000/"),
-             QStringLiteral("(#1 - 17/200) Jazz One"));
-    ASSERT_TRUE(importFirst(QStringLiteral("Jazz One _#_ 128 _#_ 12345.pls")));
-    ASSERT_EQ(catalogue.StationCount(), 1);
-    catalogue.Separator = QStringLiteral("|");
-    EXPECT_EQ(catalogue.StationLine(catalogue.at(1)),
-              QStringLiteral(
-                  "Jazz One|Jazz|128|mp3||.\\%STATION%_%SONG%_%DATE%_%TIME%.mp3|True|0|||ssrn#12345.pls|"));
+    ASSERT_TRUE(
+        import(false, u"Jazz One _#_ 128 _#_ 12345.pls"_s, u"http://a:8000/"_s, u"(#1 - 17/200) Jazz One"_s));
+    catalogue.Separator = u"|"_s;
+    EXPECT_EQ(catalogue.StationLine(last()),
+              u"Jazz One|Jazz|128|mp3||.\\%STATION%_%SONG%_%DATE%_%TIME%.mp3|True|0|||ssrn#12345.pls|"_s);
     EXPECT_TRUE(catalogue.Dirty);
-
     // The same directory number under another name, in another letter case, is the same station.
-    writePls(QStringLiteral("Other _#_ 64 _#_ 12345.PLS"), QStringLiteral("http://b/"),
-             QStringLiteral("Other"));
-    EXPECT_FALSE(importFirst(QStringLiteral("Other _#_ 64 _#_ 12345.PLS")));
-    EXPECT_EQ(catalogue.StationCount(), 1);
+    EXPECT_FALSE(import(false, u"Other _#_ 64 _#_ 12345.PLS"_s, u"http://b/"_s, u"Other"_s));
+
+    // The name is the cleaned title after the directory prefix.
+    const QString names[][2] = {{u"(#1 - 17/200) Smooth Jazz / Blues: Live"_s, u"Smooth Jazz  Blues Live"_s},
+                                {u"No prefix=here"_s, u"No prefix=here"_s},
+                                {u")Leading"_s, u")Leading"_s},
+                                {u")x) y"_s, u"x) y"_s},
+                                {u"(#2 - 1/9)"_s + QString(70, u'n'), QString(60, u'n')}};
+    for (const auto &[title, name] : names) {
+        ASSERT_TRUE(
+            import(false, u"A _#_ 1 _#_ %1.pls"_s.arg(catalogue.StationCount()), u"http://a/"_s, title));
+        EXPECT_EQ(last().Name, name) << title.toStdString();
+    }
+    EXPECT_EQ(catalogue.StationCount(), 6);
+}
+
+TEST_F(Import, SecondVariantKeepsTheAddressWithItsCrAndTakesTheBitRateFromTheLastWord)
+{
+    ASSERT_TRUE(import(true, u"Smooth Jazz (128).pls"_s, u"http://a:8000/x"_s, u"Smooth"_s, u"\r\n"_s));
+    EXPECT_EQ(last().StreamURL, u"http://a:8000/x\r"_s);
+    EXPECT_EQ(last().BitRate, u"128"_s);
+    EXPECT_FALSE(import(true, u"Again.pls"_s, u"HTTP://A:8000/X"_s, u"Again"_s, u"\r\n"_s));
+
+    const QString rows[][2] = {
+        {u"Smooth_96.pls"_s, u"96"_s}, {u"Cool (64)_x.pls"_s, u"64"_s}, {u"Smooth Jazz.pls"_s, {}}};
+    for (const auto &[fileName, bitRate] : rows) {
+        ASSERT_TRUE(import(true, fileName, u"http://a/"_s + fileName, u"T"_s));
+        EXPECT_EQ(last().BitRate, bitRate) << fileName.toStdString();
+    }
+    EXPECT_EQ(catalogue.StationCount(), 4);
 }
 
 TEST_F(Import, ShortOrMissingPlaylistAddsNothingAndAShortNameThrows)
 {
-    TempProfile::writeFile(folder + QStringLiteral("/Short _#_ 1 _#_ 2.pls"),
-                           "[playlist]\nFile1=x\nTitle1=y");
-    EXPECT_FALSE(importFirst(QStringLiteral("Short _#_ 1 _#_ 2.pls")));
-    EXPECT_FALSE(importFirst(QStringLiteral("Missing _#_ 1 _#_ 3.pls")));
-    EXPECT_FALSE(importSecond(QStringLiteral("Missing.pls")));
-    writePls(QStringLiteral("Two _#_ parts.pls"), QStringLiteral("http://a/"), QStringLiteral("Two"));
-    EXPECT_THROW(importFirst(QStringLiteral("Two _#_ parts.pls")), AppError);
+    TempProfile::writeFile(folder + u"/Short _#_ 1 _#_ 2.pls"_s, "[playlist]\nFile1=x\nTitle1=y");
+    EXPECT_FALSE(import(false, u"Short _#_ 1 _#_ 2.pls"_s, {}, {}));
+    EXPECT_FALSE(import(false, u"Missing _#_ 1 _#_ 3.pls"_s, {}, {}));
+    EXPECT_FALSE(import(true, u"Missing.pls"_s, {}, {}));
+    EXPECT_THROW(import(false, u"Two _#_ parts.pls"_s, u"http://a/"_s, u"Two"_s), AppError);
     EXPECT_EQ(catalogue.StationCount(), 0);
     EXPECT_FALSE(catalogue.Dirty);
-}
 
-TEST_F(Import, SecondVariantKeepsTheFile1AddressWithItsCr)
-{
-    writePls(QStringLiteral("Smooth Jazz (128).pls"), QStringLiteral("http://a:8000/x"),
-             QStringLiteral("Smooth"), QStringLiteral("\r\n"));
-    ASSERT_TRUE(importSecond(QStringLiteral("Smooth Jazz (128).pls")));
-    EXPECT_EQ(catalogue.at(1).StreamURL, QStringLiteral("http://a:8000/x\r"));
-    EXPECT_EQ(catalogue.at(1).BitRate, QStringLiteral("128"));
-
-    writePls(QStringLiteral("Again.pls"), QStringLiteral("HTTP://A:8000/X"), QStringLiteral("Again"),
-             QStringLiteral("\r\n"));
-    EXPECT_FALSE(importSecond(QStringLiteral("Again.pls")));
-    EXPECT_EQ(catalogue.StationCount(), 1);
-}
-
-TEST_F(Import, SecondVariantTakesTheBitRateFromTheLastWordOfTheFileName)
-{
-    const QString rows[][2] = {{QStringLiteral("Smooth Jazz (128).pls"), QStringLiteral("128")},
-                               {QStringLiteral("Smooth_96.pls"), QStringLiteral("96")},
-                               {QStringLiteral("Cool (64)_x.pls"), QStringLiteral("64")},
-                               {QStringLiteral("Smooth Jazz.pls"), QString()}};
-    for (const auto &[fileName, bitRate] : rows) {
-        writePls(fileName, QStringLiteral("http://a/") + fileName, QStringLiteral("T"));
-        ASSERT_TRUE(importSecond(fileName));
-        EXPECT_EQ(catalogue.at(catalogue.StationCount()).BitRate, bitRate) << fileName.toStdString();
-    }
-}
-
-TEST_F(Import, NameIsTheCleanedTitleAfterTheDirectoryPrefix)
-{
-    const QString rows[][2] = {{QStringLiteral("(#1 - 17/200) Smooth Jazz / Blues: Live"),
-                                QStringLiteral("Smooth Jazz  Blues Live")},
-                               {QStringLiteral("No prefix=here"), QStringLiteral("No prefix=here")},
-                               {QStringLiteral(")Leading"), QStringLiteral(")Leading")},
-                               {QStringLiteral(")x) y"), QStringLiteral("x) y")},
-                               {QStringLiteral("(#2 - 1/9)") + QString(70, u'n'), QString(60, u'n')}};
-    for (const auto &[title, name] : rows) {
-        const QString fileName = QStringLiteral("A _#_ 1 _#_ %1.pls").arg(catalogue.StationCount());
-        writePls(fileName, QStringLiteral("http://a/"), title);
-        ASSERT_TRUE(importFirst(fileName));
-        EXPECT_EQ(catalogue.at(catalogue.StationCount()).Name, name) << title.toStdString();
-    }
+    // A bad name stops a folder import before the save.
+    QDir().mkpath(profile.dataFolder());
+    writePls(u"Good _#_ 1 _#_ 1.pls"_s, u"http://a/"_s, u"Good"_s);
+    EXPECT_THROW(importFolder(false), AppError);
+    EXPECT_FALSE(QFile::exists(cataloguePath()));
 }
 
 TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
 {
-    writePls(QStringLiteral("Jazz One _#_ 128 _#_ 11.pls"), QStringLiteral("http://a/"),
-             QStringLiteral("One"));
-    writePls(QStringLiteral("Renamed _#_ 128 _#_ 11.pls"), QStringLiteral("http://b/"),
-             QStringLiteral("Two"));
-    writePls(QStringLiteral("Rock _#_ 64 _#_ 12.pls"), QStringLiteral("http://c/"), QStringLiteral("Rock"));
-    writePls(QStringLiteral("Ignored _#_ 64 _#_ 13.m3u"), QStringLiteral("http://d/"), QStringLiteral("No"));
+    writePls(u"Jazz One _#_ 128 _#_ 11.pls"_s, u"http://a/"_s, u"One"_s);
+    writePls(u"Renamed _#_ 128 _#_ 11.pls"_s, u"http://b/"_s, u"Two"_s);
+    writePls(u"Rock _#_ 64 _#_ 12.pls"_s, u"http://c/"_s, u"Rock"_s);
+    writePls(u"Ignored _#_ 64 _#_ 13.m3u"_s, u"http://d/"_s, u"No"_s);
     QDir().mkpath(profile.dataFolder());
 
     importFolder(false);
@@ -136,9 +120,9 @@ TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
     EXPECT_FALSE(catalogue.Dirty);
     EXPECT_TRUE(prompt.shown.isEmpty());
     Catalogue reread;
-    reread.Load(prompt, QStringLiteral("Tunecatch"));
+    reread.Load(prompt, u"Tunecatch"_s);
     EXPECT_EQ(reread.StationCount(), 2);
-    EXPECT_EQ(reread.at(1).Genre, QStringLiteral("Pop"));
+    EXPECT_EQ(reread.at(1).Genre, u"Pop"_s);
 
     const QByteArray saved = TempProfile::readFile(cataloguePath());
     importFolder(false);
@@ -148,14 +132,5 @@ TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
 
     importFolder(true);
     EXPECT_EQ(catalogue.StationCount(), 5);
-    EXPECT_EQ(catalogue.at(5).BitRate, QString());
-}
-
-TEST_F(Import, BadFileNameStopsTheFolderBeforeTheSave)
-{
-    writePls(QStringLiteral("Good _#_ 1 _#_ 1.pls"), QStringLiteral("http://a/"), QStringLiteral("Good"));
-    writePls(QStringLiteral("bad.pls"), QStringLiteral("http://b/"), QStringLiteral("Bad"));
-    QDir().mkpath(profile.dataFolder());
-    EXPECT_THROW(importFolder(false), AppError);
-    EXPECT_FALSE(QFile::exists(cataloguePath()));
+    EXPECT_EQ(last().BitRate, QString());
 }

@@ -6,20 +6,22 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace Playlist;
 
 namespace {
 
 // A directory playlist: one (address, title) pair per entry, LF line ends.
-QString playlist(const QList<std::pair<const char *, const char *>> &entries, const char *closing = "Version=2\n")
+QString playlist(const QList<std::pair<const char *, const char *>> &entries,
+                 const char *closing = "Version=2\n")
 {
-    QString text = QStringLiteral("[playlist]\nnumberofentries=%1\n").arg(entries.size());
+    QString text = u"[playlist]\nnumberofentries=%1\n"_s.arg(entries.size());
     int k = 0;
     for (const auto &[address, title] : entries) {
         ++k;
-        text += QStringLiteral("File%1=%2\nTitle%1=%3\nLength%1=-1\n")
-                    .arg(k)
-                    .arg(QString::fromLatin1(address), QString::fromLatin1(title));
+        text += u"File%1=%2\nTitle%1=%3\nLength%1=-1\n"_s.arg(k).arg(QString::fromLatin1(address),
+                                                                     QString::fromLatin1(title));
     }
     return text + QString::fromLatin1(closing);
 }
@@ -28,7 +30,8 @@ QString playlist(const QList<std::pair<const char *, const char *>> &entries, co
 
 TEST(Playlist, FirstServerWithRoomWins)
 {
-    const struct {
+    const struct
+    {
         QString text;
         const char *expected;
     } rows[] = {
@@ -42,22 +45,23 @@ TEST(Playlist, FirstServerWithRoomWins)
         // Entry 1 needs a line after its Length line, even an empty one.
         {playlist({{"http://a:1/", "(#1 - 1/100) A"}}, "").chopped(1), ""},
         {playlist({{"http://a:1/", "(#1 - 1/100) A"}}, ""), "http://a:1/"},
-        {QStringLiteral("[playlist]\r\nNUMBEROFENTRIES=1\r\nFile1=http://c/\r\nTitle1=(#1 - 1/9)\r\nLength1=-1\r\n"),
+        {u"[playlist]\r\nNUMBEROFENTRIES=1\r\nFile1=http://c/\r\nTitle1=(#1 - 1/9)\r\nLength1=-1\r\n"_s,
          "http://c/\r"},
-        {QStringLiteral("[playlist]\nentries=1\nFile1=http://c/\nTitle1=(#1 - 1/9)\nLength1=-1\n"), ""},
-        {QStringLiteral("[playlist]\nnumberofentries=2147483647\nFile1=http://c/\n\n"), ""},
-        {QStringLiteral("a\nb\nc"), ""},
+        {u"[playlist]\nentries=1\nFile1=http://c/\nTitle1=(#1 - 1/9)\nLength1=-1\n"_s, ""},
+        {u"[playlist]\nnumberofentries=2147483647\nFile1=http://c/\n\n"_s, ""},
+        {u"a\nb\nc"_s, ""},
     };
     for (const auto &row : rows)
-        EXPECT_EQ(ChooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected)) << row.text.toStdString();
+        EXPECT_EQ(ChooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected))
+            << row.text.toStdString();
 }
 
 TEST(Playlist, DirectoryReferences)
 {
-    EXPECT_TRUE(IsDirectoryReference(QStringLiteral("SSRN#12345.pls")));
-    EXPECT_FALSE(IsDirectoryReference(QStringLiteral("http://x/ssrn12345.pls")));
-    EXPECT_EQ(DirectoryNumber(QStringLiteral("ssrn#12345.pls")), u"12345");
-    EXPECT_THROW(DirectoryNumber(QStringLiteral("ssrn#.pl")), AppError);
-    EXPECT_EQ(PlaylistServiceAddress(QStringLiteral("12345")),
-              ServiceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"));
+    EXPECT_TRUE(IsDirectoryReference(u"SSRN#12345.pls"_s));
+    EXPECT_FALSE(IsDirectoryReference(u"http://x/ssrn12345.pls"_s));
+    EXPECT_EQ(DirectoryNumber(u"ssrn#12345.pls"_s), u"12345");
+    EXPECT_THROW(DirectoryNumber(u"ssrn#.pl"_s), AppError);
+    EXPECT_EQ(PlaylistServiceAddress(u"12345"_s),
+              ServiceHost + u"/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"_s);
 }
