@@ -1,6 +1,6 @@
+#include "app/apperror.h"
 #include "app/appstate.h"
 #include "app/conversions.h"
-#include "app/apperror.h"
 #include "app/frmsettings.h"
 #include "app/settingsstore.h"
 #include "support/scriptedprompt.h"
@@ -13,9 +13,11 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-TEST(Conversions, BooleanTextIsTrueFalseInAnyCaseOrANumber)
+TEST(Conversions, TextToBooleanAndNumbers)
 {
     for (const char *yes : {"True", "true", "TRUE", "1", " -1 ", "2.5"})
         EXPECT_TRUE(Convert::ToBoolean(QString::fromLatin1(yes))) << yes;
@@ -23,20 +25,14 @@ TEST(Conversions, BooleanTextIsTrueFalseInAnyCaseOrANumber)
         EXPECT_FALSE(Convert::ToBoolean(QString::fromLatin1(no))) << no;
     for (const char *bad : {"yes", "", "on", "1x"})
         EXPECT_THROW(Convert::ToBoolean(QString::fromLatin1(bad)), AppError) << bad;
-}
 
-TEST(Conversions, IntegersRoundHalfToEvenAndReportOverflow)
-{
-    EXPECT_EQ(Convert::ToInt32(u" 3 "), 3);
-    EXPECT_EQ(Convert::ToInt32(u"2.5"), 2);
-    EXPECT_EQ(Convert::ToInt32(u"3.5"), 4);
-    EXPECT_EQ(Convert::ToInt32(u"-7"), -7);
-    EXPECT_THROW(Convert::ToInt32(u""), AppError);
-    EXPECT_THROW(Convert::ToInt32(u"3 stars"), AppError);
-    EXPECT_THROW(Convert::ToInt32(u"99999999999"), AppError);
-    EXPECT_EQ(Convert::LeadingInt32(u"1x"), 1);
-    EXPECT_EQ(Convert::LeadingInt32(u"x1"), 0);
-    EXPECT_EQ(Convert::LeadingInt32(u"  4.5 stars"), 4);
+    // Whole numbers round half to even.
+    for (const auto &[text, number] : {std::pair{" 3 ", 3}, {"2.5", 2}, {"3.5", 4}, {"-7", -7}})
+        EXPECT_EQ(Convert::ToInt32(QString::fromLatin1(text)), number) << text;
+    for (const char *bad : {"", "3 stars", "99999999999"})
+        EXPECT_THROW(Convert::ToInt32(QString::fromLatin1(bad)), AppError) << bad;
+    for (const auto &[text, number] : {std::pair{"1x", 1}, {"x1", 0}, {"  4.5 stars", 4}})
+        EXPECT_EQ(Convert::LeadingInt32(QString::fromLatin1(text)), number) << text;
     EXPECT_DOUBLE_EQ(Convert::LeadingNumber(u"-7abc"), -7);
 }
 
@@ -52,12 +48,12 @@ TEST_F(SettingsTest, ValuesLiveAsTextInTheConfigSectionOfTunecatch)
 
     SettingsStore::SaveNumber(SettingsStore::V, 32);
     SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, false);
-    SettingsStore::SaveSetting(SettingsStore::OptGenre, QStringLiteral("Jazz"));
+    SettingsStore::SaveSetting(SettingsStore::OptGenre, u"Jazz"_s);
 
     QSettings file(profile.configFile(), QSettings::IniFormat);
-    EXPECT_EQ(file.value(QStringLiteral("CONFIG/V")).toString(), QStringLiteral("32"));
-    EXPECT_EQ(file.value(QStringLiteral("CONFIG/AppSkinOn")).toString(), QStringLiteral("False"));
-    EXPECT_EQ(file.value(QStringLiteral("CONFIG/OptGenre")).toString(), QStringLiteral("Jazz"));
+    EXPECT_EQ(file.value(u"CONFIG/V"_s).toString(), u"32"_s);
+    EXPECT_EQ(file.value(u"CONFIG/AppSkinOn"_s).toString(), u"False"_s);
+    EXPECT_EQ(file.value(u"CONFIG/OptGenre"_s).toString(), u"Jazz"_s);
     EXPECT_FALSE(SettingsStore::GetBoolean(SettingsStore::AppSkinOn, true));
 }
 
@@ -65,16 +61,16 @@ TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutW
 {
     ScriptedPrompt prompt;
     AppState state(profile.installFolder(), prompt);
-    state.TrimToolCommand = QStringLiteral("mytool %MP3FILE%");
+    state.TrimToolCommand = u"mytool %MP3FILE%"_s;
 
     {
         FrmSettings dialog(state);
-        auto *text = dialog.findChild<QLineEdit *>(QStringLiteral("txtTrimMP3"));
+        auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
         ASSERT_NE(text, nullptr);
-        EXPECT_EQ(text->text(), QStringLiteral("mytool %MP3FILE%"));
-        QTest::mouseClick(dialog.findChild<QPushButton *>(QStringLiteral("cmdSearch")), Qt::LeftButton);
+        EXPECT_EQ(text->text(), u"mytool %MP3FILE%"_s);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdSearch"_s), Qt::LeftButton);
         EXPECT_EQ(text->text(), AppState::DefaultTrimTool);
-        QTest::mouseClick(dialog.findChild<QPushButton *>(QStringLiteral("cmdCancel")), Qt::LeftButton);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdCancel"_s), Qt::LeftButton);
         EXPECT_EQ(dialog.result(), QDialog::Rejected);
     }
     // Restoring wrote at once: cancelling afterwards keeps the default.
@@ -82,20 +78,20 @@ TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutW
 
     {
         FrmSettings dialog(state);
-        auto *text = dialog.findChild<QLineEdit *>(QStringLiteral("txtTrimMP3"));
-        text->setText(QStringLiteral("x"));
-        QTest::mouseClick(dialog.findChild<QPushButton *>(QStringLiteral("cmdOk")), Qt::LeftButton);
+        auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
+        text->setText(u"x"_s);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
         EXPECT_EQ(dialog.result(), QDialog::Accepted);
     }
-    EXPECT_EQ(state.TrimToolCommand, QStringLiteral("x"));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), QStringLiteral("x"));
+    EXPECT_EQ(state.TrimToolCommand, u"x"_s);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), u"x"_s);
 
     {
         FrmSettings dialog(state);
-        dialog.findChild<QLineEdit *>(QStringLiteral("txtTrimMP3"))->setText(QStringLiteral("changed"));
+        dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s)->setText(u"changed"_s);
         QTest::keyClick(&dialog, Qt::Key_Escape);
     }
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), QStringLiteral("x"));
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), u"x"_s);
 }
 
 } // namespace

@@ -6,11 +6,12 @@
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSettings>
 
 #include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -21,28 +22,31 @@ public:
     QStringList calls;
     bool failLoad = false;
 
-    void InitCommonControls() override { calls << QStringLiteral("init"); }
+    void InitCommonControls() override { calls << u"init"_s; }
     void LoadMainWindow() override
     {
-        calls << QStringLiteral("load");
+        calls << u"load"_s;
         if (failLoad)
-            throw AppError(AppError::PathNotFound, QStringLiteral("Path not found"));
+            throw AppError(AppError::PathNotFound, u"Path not found"_s);
     }
-    void ShowMainWindow() override { calls << QStringLiteral("main"); }
-    void ShowRecorderWindow() override { calls << QStringLiteral("recorder"); }
-    void ProcessEvents() override { calls << QStringLiteral("events"); }
-    void UnloadAllWindows() override { calls << QStringLiteral("unload"); }
-    void EndProcess() override { calls << QStringLiteral("end"); }
+    void ShowMainWindow() override { calls << u"main"_s; }
+    void ShowRecorderWindow() override { calls << u"recorder"_s; }
+    void ProcessEvents() override { calls << u"events"_s; }
+    void UnloadAllWindows() override { calls << u"unload"_s; }
+    void EndProcess() override { calls << u"end"_s; }
 };
 
 QByteArray catalogueBytes(const QString &stationName)
 {
-    const QString text = QStringLiteral("2.1\r\n\u00B1\r\n# c\r\n") + stationName +
-                         QStringLiteral("\u00B1Jazz\u00B1128\u00B1mp3\u00B1Fav\u00B1.\\x.mp3\u00B1True\u00B13\u00B1\u00B1\u00B1"
-                                        "http://a.example:8000/\u00B1http://a.example/\r\n");
-    QByteArray bytes("\xFF\xFE", 2);
-    bytes.append(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-    return bytes;
+    return TempProfile::utf16File(u"2.1\r\n\u00B1\r\n# c\r\n"_s + stationName +
+                                  u"\u00B1Jazz\u00B1128\u00B1mp3\u00B1Fav\u00B1.\\x.mp3\u00B1True\u00B13"
+                                  "\u00B1\u00B1\u00B1http://a.example:8000/\u00B1http://a.example/\r\n"_s);
+}
+
+void removeSetting(const char *key)
+{
+    QSettings(QSettings::NativeFormat, QSettings::UserScope, u"Tunecatch"_s, u"Tunecatch"_s)
+        .remove(u"CONFIG/"_s + QLatin1StringView(key));
 }
 
 class StartupTest : public ProfileTest
@@ -65,7 +69,8 @@ protected:
         TempProfile::writeFile(profile.installFolder() + u'/' + name, bytes);
     }
 
-    QString data(const QString &name) const { return profile.dataFolder() + name; }
+    QString data(const char *name) const { return profile.dataFolder() + QLatin1StringView(name); }
+    QByteArray dataFile(const char *name) const { return TempProfile::readFile(data(name)); }
 
     RecordedWindows windows;
     ScriptedPrompt prompt;
@@ -76,205 +81,171 @@ protected:
 
 TEST_F(StartupTest, FirstStartPreparesTheDataFolderAndTakesOverTheInstalledCatalogue)
 {
-    install(QStringLiteral("Stations.txt"), catalogueBytes(QStringLiteral("Jazz One")));
-    install(QStringLiteral("sample.mp3"), "sample-bytes");
-    install(QStringLiteral("laudAndClear.mp3"), "loud-bytes");
+    install(u"Stations.txt"_s, catalogueBytes(u"Jazz One"_s));
+    install(u"sample.mp3"_s, "sample-bytes");
+    install(u"laudAndClear.mp3"_s, "loud-bytes");
 
-    ASSERT_TRUE(start(QStringLiteral(" ")));
+    ASSERT_TRUE(start(u" "_s));
 
     EXPECT_EQ(trace, QStringList({
-                         QStringLiteral("1: Main Init - start"),
-                         QStringLiteral("2: Main Init - Skin On"),
-                         QStringLiteral("3: Main Init - XP / Vista Theme"),
-                         QStringLiteral("4: Main Init - Process Data Folder"),
-                         QStringLiteral("5: Main Init - Data Folder: ") + profile.dataFolder(),
-                         QStringLiteral("8: Main Init - stations installed"),
-                         QStringLiteral("9: Main Init - Settings loaded"),
-                         QStringLiteral("10: Main Init - Stations loaded"),
-                         QStringLiteral("11: Main Init - Load data structures "),
-                         QStringLiteral("12: Main Init - Load Main Screen"),
-                         QStringLiteral("13: Main Init - Show Main Screen"),
+                         u"1: Main Init - start"_s,
+                         u"2: Main Init - Skin On"_s,
+                         u"3: Main Init - XP / Vista Theme"_s,
+                         u"4: Main Init - Process Data Folder"_s,
+                         u"5: Main Init - Data Folder: "_s + profile.dataFolder(),
+                         u"8: Main Init - stations installed"_s,
+                         u"9: Main Init - Settings loaded"_s,
+                         u"10: Main Init - Stations loaded"_s,
+                         u"11: Main Init - Load data structures "_s,
+                         u"12: Main Init - Load Main Screen"_s,
+                         u"13: Main Init - Show Main Screen"_s,
                      }));
-    EXPECT_EQ(windows.calls, QStringList({QStringLiteral("init"), QStringLiteral("load"), QStringLiteral("events"),
-                                          QStringLiteral("main")}));
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Rec/sample.mp3"))), "sample-bytes");
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Rec/laudAndClear.mp3"))), "loud-bytes");
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.txt"))), catalogueBytes(QStringLiteral("Jazz One")));
-    EXPECT_FALSE(QFile::exists(profile.installFolder() + QStringLiteral("/Stations.txt")));
+    EXPECT_EQ(windows.calls.join(u','), u"init,load,events,main"_s);
+    EXPECT_EQ(dataFile("Rec/sample.mp3"), "sample-bytes");
+    EXPECT_EQ(dataFile("Rec/laudAndClear.mp3"), "loud-bytes");
+    EXPECT_EQ(dataFile("Stations.txt"), catalogueBytes(u"Jazz One"_s));
+    EXPECT_FALSE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
     ASSERT_EQ(state->catalogue.StationCount(), 1);
-    EXPECT_EQ(state->catalogue.at(1).Name, QStringLiteral("Jazz One"));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), QStringLiteral("32"));
+    EXPECT_EQ(state->catalogue.at(1).Name, u"Jazz One"_s);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), u"32"_s);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), AppState::DefaultTrimTool);
     EXPECT_FALSE(state->LaunchMode);
     EXPECT_TRUE(prompt.shown.isEmpty());
 
     // The second start leaves the catalogue and the recordings alone.
-    QFile::remove(data(QStringLiteral("Rec/sample.mp3")));
+    QFile::remove(data("Rec/sample.mp3"));
     ASSERT_TRUE(start());
-    EXPECT_FALSE(trace.join(u'\n').contains(QStringLiteral("8: ")));
-    EXPECT_FALSE(QFile::exists(data(QStringLiteral("Rec/sample.mp3"))));
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.txt"))), catalogueBytes(QStringLiteral("Jazz One")));
+    EXPECT_FALSE(trace.join(u'\n').contains(u"8: "_s));
+    EXPECT_FALSE(QFile::exists(data("Rec/sample.mp3")));
+    EXPECT_EQ(dataFile("Stations.txt"), catalogueBytes(u"Jazz One"_s));
 }
 
-TEST_F(StartupTest, AnInstallerCatalogueReplacesTheUsersOneKeepingABackup)
-{
-    ASSERT_TRUE(start());
-    TempProfile::writeFile(data(QStringLiteral("Stations.txt")), catalogueBytes(QStringLiteral("Mine")));
-    install(QStringLiteral("Stations.txt"), catalogueBytes(QStringLiteral("Shipped")));
-
-    ASSERT_TRUE(start());
-
-    EXPECT_TRUE(trace.contains(QStringLiteral("8: Main Init - stations updated")));
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.vn.bak"))), catalogueBytes(QStringLiteral("Mine")));
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.txt"))), catalogueBytes(QStringLiteral("Shipped")));
-    EXPECT_FALSE(QFile::exists(profile.installFolder() + QStringLiteral("/Stations.txt")));
-    EXPECT_EQ(state->catalogue.at(1).Name, QStringLiteral("Shipped"));
-}
-
-TEST_F(StartupTest, OnlyTheSixOldVersionMarkersUpgradeTheCatalogue)
+TEST_F(StartupTest, AnInstalledCatalogueReplacesTheUsersOneAndOnlySixOldMarkersUpgrade)
 {
     ASSERT_TRUE(start()); // makes the data folder: later starts are not first starts
-    const QList<std::pair<QString, bool>> rows = {
-        {QStringLiteral("21"), true},  {QStringLiteral("23"), true},  {QStringLiteral("25"), true},
-        {QStringLiteral("26"), true},  {QStringLiteral("27"), true},  {QStringLiteral("31"), true},
-        {QStringLiteral("22"), false}, {QStringLiteral("24"), false}, {QStringLiteral("28"), false},
-        {QStringLiteral("30"), false}, {QStringLiteral("32"), false}, {QStringLiteral("40"), false},
-        {QStringLiteral("27 old"), true},
+    const QByteArray mine = catalogueBytes(u"Mine"_s);
+    const QByteArray shipped = catalogueBytes(u"Shipped"_s);
+    // An upgrade moves the old catalogue aside and takes the installed one; the
+    // installed one then finds a catalogue in place, so the backup holds its own copy.
+    const std::pair<const char *, bool> rows[] = {
+        {"21", true},  {"23", true},     {"25", true},    {"26", true},  {"27", true},
+        {"31", true},  {"22", false},    {"24", false},   {"28", false}, {"30", false},
+        {"32", false}, {"27 old", true}, {nullptr, true}, // reads as 27
+        {"40", false},
     };
     for (const auto &[marker, upgrades] : rows) {
-        SCOPED_TRACE(marker.toStdString());
-        QFile::remove(data(QStringLiteral("Stations.vn.bak31")));
-        TempProfile::writeFile(data(QStringLiteral("Stations.txt")), catalogueBytes(QStringLiteral("Mine")));
-        SettingsStore::SaveSetting(SettingsStore::V, marker);
+        SCOPED_TRACE(marker ? marker : "no marker");
+        QFile::remove(data("Stations.vn.bak31"));
+        TempProfile::writeFile(data("Stations.txt"), mine);
+        install(u"Stations.txt"_s, shipped);
+        if (marker)
+            SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(marker));
+        else
+            removeSetting("V");
         ASSERT_TRUE(start());
-        EXPECT_EQ(QFile::exists(data(QStringLiteral("Stations.vn.bak31"))), upgrades);
-        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), upgrades ? QStringLiteral("32") : marker);
+        EXPECT_EQ(dataFile("Stations.vn.bak31"), upgrades ? mine : QByteArray());
+        EXPECT_EQ(dataFile("Stations.vn.bak"), upgrades ? shipped : mine);
+        EXPECT_EQ(dataFile("Stations.txt"), shipped);
+        EXPECT_FALSE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
+        EXPECT_TRUE(trace.contains(u"8: Main Init - stations updated"_s));
+        EXPECT_EQ(state->catalogue.at(1).Name, u"Shipped"_s);
+        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V),
+                  upgrades ? u"32"_s : QString::fromLatin1(marker));
     }
-}
-
-TEST_F(StartupTest, AnUpgradeMovesTheOldCatalogueAsideForTheInstalledOne)
-{
-    ASSERT_TRUE(start());
-    QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("Tunecatch"), QStringLiteral("Tunecatch"))
-        .remove(QStringLiteral("CONFIG/V")); // no marker reads as 27
-    TempProfile::writeFile(data(QStringLiteral("Stations.txt")), catalogueBytes(QStringLiteral("Old")));
-    install(QStringLiteral("Stations.txt"), catalogueBytes(QStringLiteral("New")));
-
-    ASSERT_TRUE(start());
-
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.vn.bak31"))), catalogueBytes(QStringLiteral("Old")));
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.txt"))), catalogueBytes(QStringLiteral("New")));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), QStringLiteral("32"));
 }
 
 TEST_F(StartupTest, AnArgumentOfTwoCharactersOpensTheRecorderWithoutLoadingTheCatalogue)
 {
     ASSERT_TRUE(start());
-    TempProfile::writeFile(data(QStringLiteral("Stations.txt")), catalogueBytes(QStringLiteral("Mine")));
-    ASSERT_TRUE(start(QStringLiteral("  -a host:8000/live -w My Station  ")));
+    TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
+    ASSERT_TRUE(start(u"  -a host:8000/live -w My Station  "_s));
 
     EXPECT_TRUE(state->LaunchMode);
-    EXPECT_EQ(state->CommandArg, QStringLiteral("-a host:8000/live -w My Station"));
-    EXPECT_EQ(trace.last(), QStringLiteral("11: Main Init - Command Arg : -a host:8000/live -w My Station"));
-    EXPECT_EQ(windows.calls, QStringList({QStringLiteral("init"), QStringLiteral("recorder")}));
+    EXPECT_EQ(state->CommandArg, u"-a host:8000/live -w My Station"_s);
+    EXPECT_EQ(trace.last(), u"11: Main Init - Command Arg : -a host:8000/live -w My Station"_s);
+    EXPECT_EQ(windows.calls.join(u','), u"init,recorder"_s);
     EXPECT_EQ(state->catalogue.StationCount(), 0);
 
-    ASSERT_TRUE(start(QStringLiteral("  x  ")));
+    ASSERT_TRUE(start(u"  x  "_s));
     EXPECT_FALSE(state->LaunchMode);
-    EXPECT_TRUE(windows.calls.contains(QStringLiteral("main")));
+    EXPECT_TRUE(windows.calls.contains(u"main"_s));
 }
 
-TEST_F(StartupTest, TrimToolRuleKeepsAOneCharacterCommandAndFillsAnEmptyOne)
+TEST_F(StartupTest, StoredSettingsAreReadByTheirRules)
 {
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, QStringLiteral("x"));
+    // The trim tool keeps a one-character command and fills an empty one.
+    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, u"x"_s);
     ASSERT_TRUE(start());
-    EXPECT_EQ(state->TrimToolCommand, QStringLiteral("x"));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), QStringLiteral("x"));
-
+    EXPECT_EQ(state->TrimToolCommand, u"x"_s);
     SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, QString());
     ASSERT_TRUE(start());
     EXPECT_EQ(state->TrimToolCommand, AppState::DefaultTrimTool);
+
+    // The theme reads its leading number; none stored is theme 1.
+    for (const auto &[stored, theme] : {std::pair{"1x", 1}, {"x1", 0}, {"", 1}}) {
+        if (*stored)
+            SettingsStore::SaveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
+        else
+            removeSetting("Theme");
+        ASSERT_TRUE(start());
+        EXPECT_EQ(state->skinParam.ThemeIndex(), theme) << stored;
+    }
 }
 
-TEST_F(StartupTest, SettingsThatDoNotConvertEndStartUpWithTheMainError)
+TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkipped)
 {
-    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, QStringLiteral("yes"));
+    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"yes"_s);
     EXPECT_FALSE(start());
-    EXPECT_EQ(trace, QStringList{QStringLiteral("1: Main Init - start")});
+    EXPECT_EQ(trace, QStringList{u"1: Main Init - start"_s});
     ASSERT_EQ(prompt.shown.size(), 1);
-    EXPECT_EQ(prompt.shown[0].text, QStringLiteral("Main Error: 13 : Type mismatch"));
-    EXPECT_EQ(prompt.shown[0].title, QStringLiteral("Tunecatch about to Terminate!"));
+    EXPECT_EQ(prompt.shown[0].text, u"Main Error: 13 : Type mismatch"_s);
+    EXPECT_EQ(prompt.shown[0].title, u"Tunecatch about to Terminate!"_s);
     EXPECT_EQ(prompt.shown[0].icon, Prompt::Icon::Critical);
     EXPECT_TRUE(windows.calls.isEmpty());
+    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"TRUE"_s);
 
-    for (const char *on : {"true", "TRUE", "1", "0", "False"}) {
-        SettingsStore::SaveSetting(SettingsStore::AppSkinOn, QString::fromLatin1(on));
-        EXPECT_TRUE(start()) << on;
-    }
-}
-
-TEST_F(StartupTest, ThemeReadsItsLeadingNumber)
-{
-    const QList<std::pair<QString, int>> rows = {
-        {QStringLiteral("1x"), 1}, {QStringLiteral("x1"), 0}, {QStringLiteral("0"), 0}};
-    for (const auto &[stored, theme] : rows) {
-        SettingsStore::SaveSetting(SettingsStore::Theme, stored);
-        ASSERT_TRUE(start());
-        EXPECT_EQ(state->skinParam.ThemeIndex(), theme) << stored.toStdString();
-    }
-    QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("Tunecatch"), QStringLiteral("Tunecatch"))
-        .remove(QStringLiteral("CONFIG/Theme"));
-    ASSERT_TRUE(start());
-    EXPECT_EQ(state->skinParam.ThemeIndex(), 1);
-}
-
-TEST_F(StartupTest, AFailingMainWindowEndsStartUpButAMissingCatalogueDoesNot)
-{
+    // A missing catalogue is only reported; a failing main window ends start-up.
     windows.failLoad = true;
     EXPECT_FALSE(start());
-    EXPECT_EQ(prompt.texts(), QStringList({Catalogue::DamagedMessage, QStringLiteral("Main Error: 76 : Path not found")}));
-    EXPECT_FALSE(windows.calls.contains(QStringLiteral("main")));
-}
+    EXPECT_EQ(prompt.texts(), QStringList({Catalogue::DamagedMessage, u"Main Error: 76 : Path not found"_s}));
+    EXPECT_FALSE(windows.calls.contains(u"main"_s));
+    windows.failLoad = false;
 
-TEST_F(StartupTest, AnUnusableDataFolderStillShowsTheMainWindow)
-{
-    TempProfile::writeFile(profile.root() + QStringLiteral("/not-a-folder"), "x");
-    profile.setAppData(profile.root() + QStringLiteral("/not-a-folder"));
-    install(QStringLiteral("Stations.txt"), catalogueBytes(QStringLiteral("Shipped")));
-
+    // An unusable data folder still shows the main window.
+    TempProfile::writeFile(profile.root() + u"/not-a-folder"_s, "x");
+    profile.setAppData(profile.root() + u"/not-a-folder"_s);
+    install(u"Stations.txt"_s, catalogueBytes(u"Shipped"_s));
     ASSERT_TRUE(start());
-
-    EXPECT_EQ(state->DataFolder, profile.root() + QStringLiteral("/not-a-folder/Tunecatch/"));
-    EXPECT_TRUE(windows.calls.contains(QStringLiteral("main")));
+    EXPECT_EQ(state->DataFolder, profile.root() + u"/not-a-folder/Tunecatch/"_s);
+    EXPECT_TRUE(windows.calls.contains(u"main"_s));
     EXPECT_EQ(prompt.texts(), QStringList{Catalogue::DamagedMessage});
 }
 
 TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
 {
     ASSERT_TRUE(start());
-    TempProfile::writeFile(data(QStringLiteral("Stations.txt")), catalogueBytes(QStringLiteral("Mine")));
+    TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
     ASSERT_TRUE(start());
     state->catalogue.at(1).Rating = 5;
     state->catalogue.Dirty = true;
-    state->GenreFilter = QStringLiteral("Jazz");
-    state->CategoryFilter = QStringLiteral("Fav");
-    state->RatingFilter = QStringLiteral("5");
+    state->GenreFilter = u"Jazz"_s;
+    state->CategoryFilter = u"Fav"_s;
+    state->RatingFilter = u"5"_s;
     windows.calls.clear();
 
     startup->Close();
     startup->Close();
 
-    EXPECT_EQ(windows.calls, QStringList({QStringLiteral("events"), QStringLiteral("unload"), QStringLiteral("end")}));
+    EXPECT_EQ(windows.calls.join(u','), u"events,unload,end"_s);
     EXPECT_FALSE(state->catalogue.Dirty);
-    EXPECT_EQ(TempProfile::readFile(data(QStringLiteral("Stations.txt.bck"))), catalogueBytes(QStringLiteral("Mine")));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), QStringLiteral("Jazz"));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptCategory), QStringLiteral("Fav"));
+    EXPECT_EQ(dataFile("Stations.txt.bck"), catalogueBytes(u"Mine"_s));
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptType), QString());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptRating), QStringLiteral("5"));
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptRating), u"5"_s);
 
     ASSERT_TRUE(start());
     EXPECT_EQ(state->catalogue.at(1).Rating, 5);
-    EXPECT_EQ(state->GenreFilter, QStringLiteral("Jazz"));
+    EXPECT_EQ(state->GenreFilter, u"Jazz"_s);
+    EXPECT_EQ(state->CategoryFilter, u"Fav"_s);
 }
 
 } // namespace

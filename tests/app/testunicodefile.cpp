@@ -9,6 +9,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class UnicodeFile : public ProfileTest
@@ -82,7 +84,7 @@ TEST_F(UnicodeFile, WriteOverAReadOnlyFileThrowsAndKeepsIt)
 
     const QString parent = path("plain");
     TempProfile::writeFile(parent, "x");
-    EXPECT_THROW(ModUnicodeFile::WriteBytes(parent + QStringLiteral("/child"), "new", false), AppError);
+    EXPECT_THROW(ModUnicodeFile::WriteBytes(parent + u"/child"_s, "new", false), AppError);
 }
 
 TEST_F(UnicodeFile, ReadTextGivesTheWholeFileOrFalseAndLeavesTextAlone)
@@ -91,11 +93,11 @@ TEST_F(UnicodeFile, ReadTextGivesTheWholeFileOrFalseAndLeavesTextAlone)
     TempProfile::writeFile(file, "[playlist]\r\nFile1=http://a/\n");
     QString text;
     EXPECT_TRUE(ModUnicodeFile::ReadText(file, text));
-    EXPECT_EQ(text, QStringLiteral("[playlist]\r\nFile1=http://a/\n"));
+    EXPECT_EQ(text, u"[playlist]\r\nFile1=http://a/\n"_s);
 
     for (const QString &bad : {path("missing"), profile.root()}) {
-        text = QStringLiteral("kept");
+        text = u"kept"_s;
         EXPECT_FALSE(ModUnicodeFile::ReadText(bad, text)) << bad.toStdString();
-        EXPECT_EQ(text, QStringLiteral("kept"));
+        EXPECT_EQ(text, u"kept"_s);
     }
 }
