@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A grid of three columns (Name, Count as numbers, Tag) holding rows as given.
@@ -15,333 +17,271 @@ protected:
     void SetUp() override
     {
         grid.resize(400, 300);
-        grid.AddColumn(QStringLiteral("Name"), 120);
-        grid.AddColumn(QStringLiteral("Count"), 80, Qt::AlignRight, GridColumnType::Number);
-        grid.AddColumn(QStringLiteral("Tag"), 80);
-        for (const auto &[name, count, tag] : {std::tuple{"beta", "10", "x"}, {"Alpha", "9", "y"}, {"gamma", "100", "z"}})
-            grid.AddItem(QString::fromLatin1(name) + u'\t' + QString::fromLatin1(count) + u'\t' +
-                         QString::fromLatin1(tag));
+        grid.AddColumn(u"Name"_s, 120);
+        grid.AddColumn(u"Count"_s, 80, Qt::AlignRight, GridColumnType::Number);
+        grid.AddColumn(u"Tag"_s, 80);
+        for (const char *row : {"beta\t10\tx", "Alpha\t9\ty", "gamma\t100\tz"})
+            grid.AddItem(QString::fromLatin1(row));
+        header = grid.findChild<GridHeader *>();
+        ASSERT_NE(header, nullptr);
         grid.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&grid));
     }
 
-    QStringList column(int col) const
+    QString column(int col) const
     {
         QStringList texts;
         for (int row = 0; row < grid.ItemCount(); ++row)
             texts << grid.CellText(row, col);
-        return texts;
+        return texts.join(u',');
     }
 
     QLineEdit *editBox() const { return grid.viewport()->findChild<QLineEdit *>(); }
 
-    // Records the protocol's events and answers them as the test sets.
-    struct Host
+    // Logs the protocol's events and answers them as the test sets.
+    void attach()
     {
-        bool cancelEdit = false;
-        bool cancelUpdate = false;
-        QString replaceWith;
-        QStringList events;
-    };
-
-    void attach(Host &host)
-    {
-        QObject::connect(&grid, &LynxGrid::RequestEdit, &grid, [&host](int row, int col, bool &cancel) {
-            host.events << QStringLiteral("edit %1,%2").arg(row).arg(col);
-            cancel = host.cancelEdit;
+        QObject::connect(&grid, &LynxGrid::RequestEdit, &grid, [this](int row, int col, bool &cancel) {
+            events << u"edit %1,%2"_s.arg(row).arg(col);
+            cancel = cancelEdit;
         });
         QObject::connect(&grid, &LynxGrid::RequestUpdate, &grid,
-                         [&host](int row, int col, QString &value, bool &cancel) {
-                             host.events << QStringLiteral("update %1,%2 %3").arg(row).arg(col).arg(value);
-                             if (!host.replaceWith.isNull())
-                                 value = host.replaceWith;
-                             cancel = host.cancelUpdate;
+                         [this](int row, int col, QString &value, bool &cancel) {
+                             events << u"update %1,%2 %3"_s.arg(row).arg(col).arg(value);
+                             if (!replaceWith.isNull())
+                                 value = replaceWith;
+                             cancel = cancelUpdate;
                          });
-        QObject::connect(&grid, &LynxGrid::CellUpdated, &grid, [&host](int row, int col) {
-            host.events << QStringLiteral("updated %1,%2").arg(row).arg(col);
-        });
+        QObject::connect(&grid, &LynxGrid::CellUpdated, &grid,
+                         [this](int row, int col) { events << u"updated %1,%2"_s.arg(row).arg(col); });
+    }
+
+    void dragHeader(QPoint from, QPoint to)
+    {
+        QTest::mousePress(header, Qt::LeftButton, {}, from);
+        QTest::mouseMove(header, (from + to) / 2);
+        QTest::mouseMove(header, to);
+        QTest::mouseRelease(header, Qt::LeftButton, {}, to);
+    }
+
+    QPoint centre(int row, int col) const
+    {
+        return {grid.ColLeft(col) + grid.ColWidth(col) / 2, grid.RowTop(row) + grid.RowHeight() / 2};
     }
 
     LynxGrid grid;
+    GridHeader *header = nullptr;
+    bool cancelEdit = false;
+    bool cancelUpdate = false;
+    QString replaceWith;
+    QStringList events;
 };
 
-TEST_F(GridTest, AnAcceptedEditStoresTheHostsValueAndMarksTheCellChanged)
+TEST_F(GridTest, EachStageOfTheEditProtocolDecidesWhatReachesTheCell)
 {
-    Host host;
-    attach(host);
-    grid.SetTrackEdits(true);
-    host.replaceWith = QStringLiteral("DELTA");
-
-    ASSERT_TRUE(grid.EditCell(1, 0));
-    ASSERT_TRUE(grid.IsEditing());
-    EXPECT_EQ(editBox()->text(), QStringLiteral("Alpha"));
-    QTest::keyClicks(editBox(), QStringLiteral("delta"));
-    QTest::keyClick(editBox(), Qt::Key_Return);
-
-    EXPECT_FALSE(grid.IsEditing());
-    EXPECT_EQ(host.events, QStringList({QStringLiteral("edit 1,0"), QStringLiteral("update 1,0 delta"),
-                                        QStringLiteral("updated 1,0")}));
-    EXPECT_EQ(grid.CellText(1, 0), QStringLiteral("DELTA"));
-    EXPECT_TRUE(grid.CellChanged(1, 0));
-    EXPECT_FALSE(grid.CellChanged(0, 0));
-}
-
-TEST_F(GridTest, EachStageOfTheEditCanBeCancelled)
-{
-    Host host;
-    attach(host);
-    grid.SetTrackEdits(true);
-
-    // The host refuses the edit: nothing opens.
-    host.cancelEdit = true;
-    EXPECT_FALSE(grid.EditCell(0, 0));
-    EXPECT_FALSE(grid.IsEditing());
-    EXPECT_FALSE(editBox()->isVisible());
-
-    // The host refuses the update: the text stays and no update is reported.
-    host.cancelEdit = false;
-    host.cancelUpdate = true;
-    ASSERT_TRUE(grid.EditCell(0, 0));
-    editBox()->setText(QStringLiteral("changed"));
-    EXPECT_FALSE(grid.CommitEdit());
-    EXPECT_EQ(grid.CellText(0, 0), QStringLiteral("beta"));
-    EXPECT_FALSE(host.events.contains(QStringLiteral("updated 0,0")));
-
-    // Escape ends the edit without asking for an update at all.
-    host.events.clear();
-    ASSERT_TRUE(grid.EditCell(0, 0));
-    editBox()->setText(QStringLiteral("changed"));
-    QTest::keyClick(editBox(), Qt::Key_Escape);
-    EXPECT_FALSE(grid.IsEditing());
-    EXPECT_EQ(host.events, QStringList{QStringLiteral("edit 0,0")});
-    EXPECT_EQ(grid.CellText(0, 0), QStringLiteral("beta"));
-    EXPECT_FALSE(grid.CellChanged(0, 0));
-}
-
-TEST_F(GridTest, UnchangedTextOrTrackingOffLeavesNoChangedMark)
-{
-    ASSERT_TRUE(grid.EditCell(0, 2));
-    EXPECT_TRUE(grid.CommitEdit());
-    grid.SetTrackEdits(true);
-    ASSERT_TRUE(grid.EditCell(0, 2));
-    EXPECT_TRUE(grid.CommitEdit());
-    EXPECT_FALSE(grid.CellChanged(0, 2));
-
-    grid.SetTrackEdits(false);
-    ASSERT_TRUE(grid.EditCell(0, 2));
-    editBox()->setText(QStringLiteral("new"));
-    EXPECT_TRUE(grid.CommitEdit());
-    EXPECT_EQ(grid.CellText(0, 2), QStringLiteral("new"));
-    EXPECT_FALSE(grid.CellChanged(0, 2));
-}
-
-TEST_F(GridTest, TypedCharactersPassTheColumnFilter)
-{
-    struct Case
+    attach();
+    const struct
     {
-        const char *filter;
-        const char *typed;
-        const char *expected;
+        const char *name;
+        bool cancelEdit, cancelUpdate, track;
+        const char *replaceWith, *typed; // null: the host keeps the value, the text stays as it opened
+        Qt::Key finish;
+        const char *events, *text;
+        bool changed;
+    } rows[] = {
+        {"accepted", false, false, true, "DELTA", "delta", Qt::Key_Return,
+         "edit 0,0|update 0,0 delta|updated 0,0", "DELTA", true},
+        {"host refuses the edit", true, false, true, nullptr, nullptr, Qt::Key_Return, "edit 0,0", "beta",
+         false},
+        {"host refuses the update", false, true, true, nullptr, "changed", Qt::Key_Return,
+         "edit 0,0|update 0,0 changed", "beta", false},
+        {"Escape asks for no update", false, false, true, nullptr, "changed", Qt::Key_Escape, "edit 0,0",
+         "beta", false},
+        {"unchanged text", false, false, true, nullptr, nullptr, Qt::Key_Return,
+         "edit 0,0|update 0,0 beta|updated 0,0", "beta", false},
+        {"tracking off", false, false, false, nullptr, "new", Qt::Key_Return,
+         "edit 0,0|update 0,0 new|updated 0,0", "new", false},
     };
-    const Case cases[] = {
-        {"0123456789", "a1b2.c3", "12.3"}, // code 46 always passes
-        {"abc", "AbCdx", "AbC"},           // compared without regard to case
-        {"<", "MiXeD 1", "mixed 1"},       // no filter: lower-cases
-        {">", "MiXeD 1", "MIXED 1"},       // no filter: upper-cases
-        {"", "any<>thing", "any<>thing"},
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        grid.SetCellText(0, 0, u"beta"_s);
+        grid.SetCellChanged(0, 0, false);
+        grid.SetTrackEdits(row.track);
+        cancelEdit = row.cancelEdit;
+        cancelUpdate = row.cancelUpdate;
+        replaceWith = row.replaceWith ? QString::fromLatin1(row.replaceWith) : QString();
+        events.clear();
+
+        EXPECT_EQ(grid.EditCell(0, 0), !row.cancelEdit);
+        EXPECT_EQ(editBox()->isVisible(), !row.cancelEdit);
+        if (!row.cancelEdit) {
+            EXPECT_EQ(editBox()->text(), u"beta"_s);
+            if (row.typed)
+                QTest::keyClicks(editBox(), QString::fromLatin1(row.typed));
+            QTest::keyClick(editBox(), row.finish);
+        }
+        EXPECT_FALSE(grid.IsEditing());
+        EXPECT_EQ(events.join(u'|'), QLatin1StringView(row.events));
+        EXPECT_EQ(grid.CellText(0, 0), QLatin1StringView(row.text));
+        EXPECT_EQ(grid.CellChanged(0, 0), row.changed);
+        EXPECT_FALSE(grid.CellChanged(1, 0));
+    }
+}
+
+TEST_F(GridTest, TypedCharactersPassTheColumnFilterAndTheHost)
+{
+    const struct
+    {
+        const char *filter, *typed, *expected;
+    } rows[] = {
+        {"0123456789", "a1b2.c3", "12.3"},                     // code 46 always passes
+        {"abc", "AbCdx", "AbC"},                               // compared without regard to case
+        {"<", "MiXeD 1", "mixed 1"},                           // no filter: lower-cases
+        {">", "MiXeD 1", "MIXED 1"},                           // no filter: upper-cases
+        {"", "any<>thing", "any<>thing"},  {"7", "77\b", "7"}, // Backspace (code 8) passes any filter
     };
-    for (const Case &c : cases) {
-        grid.SetColInputFilter(2, QString::fromLatin1(c.filter));
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.filter);
+        grid.SetColInputFilter(2, QString::fromLatin1(row.filter));
         ASSERT_TRUE(grid.EditCell(0, 2));
         editBox()->clear();
-        QTest::keyClicks(editBox(), QString::fromLatin1(c.typed));
-        EXPECT_EQ(editBox()->text(), QString::fromLatin1(c.expected)) << c.filter;
+        QTest::keyClicks(editBox(), QString::fromLatin1(row.typed));
+        EXPECT_EQ(editBox()->text(), QString::fromLatin1(row.expected));
         grid.CancelEdit();
     }
 
-    // Backspace (code 8) passes any filter.
-    grid.SetColInputFilter(2, QStringLiteral("7"));
-    ASSERT_TRUE(grid.EditCell(0, 2));
-    editBox()->clear();
-    QTest::keyClicks(editBox(), QStringLiteral("77"));
-    QTest::keyClick(editBox(), Qt::Key_Backspace);
-    EXPECT_EQ(editBox()->text(), QStringLiteral("7"));
-    grid.CancelEdit();
-}
-
-TEST_F(GridTest, EditKeyPressSeesTheFilteredKeyAndMayChangeIt)
-{
+    // EditKeyPress sees the filtered key and may change or drop it.
     QList<int> seen;
     QObject::connect(&grid, &LynxGrid::EditKeyPress, &grid, [&seen](int col, qint16 &key) {
         EXPECT_EQ(col, 1);
         seen << key;
-        if (key == u'5')
-            key = u'6';
-        else if (key == u'9')
-            key = 0;
+        key = key == u'5' ? u'6' : key == u'9' ? 0 : key;
     });
-    grid.SetColInputFilter(1, QStringLiteral("0123456789"));
+    grid.SetColInputFilter(1, u"0123456789"_s);
     ASSERT_TRUE(grid.EditCell(0, 1));
     editBox()->clear();
-    QTest::keyClicks(editBox(), QStringLiteral("1x59"));
+    QTest::keyClicks(editBox(), u"1x59"_s);
     EXPECT_EQ(seen, QList<int>({'1', 0, '5', '9'}));
-    EXPECT_EQ(editBox()->text(), QStringLiteral("16"));
+    EXPECT_EQ(editBox()->text(), u"16"_s);
 }
 
 TEST_F(GridTest, CheckBoxCellsToggleThroughTheEditRequest)
 {
-    const int col = grid.AddColumn(QStringLiteral("On"), 40, Qt::AlignHCenter, GridColumnType::CheckBox);
-    Host host;
-    attach(host);
+    const int col = grid.AddColumn(u"On"_s, 40, Qt::AlignHCenter, GridColumnType::CheckBox);
+    attach();
     grid.GotoCell(1, col);
     grid.setFocus();
-
     QTest::keyClick(&grid, Qt::Key_Space);
     EXPECT_TRUE(grid.CellChecked(1, col));
-    EXPECT_EQ(host.events, QStringList({QStringLiteral("edit 1,3"), QStringLiteral("updated 1,3")}));
+    EXPECT_EQ(events, QStringList({u"edit 1,3"_s, u"updated 1,3"_s}));
 
-    host.cancelEdit = true;
+    cancelEdit = true;
     QTest::keyClick(&grid, Qt::Key_Space);
     EXPECT_TRUE(grid.CellChecked(1, col));
     EXPECT_FALSE(grid.IsEditing());
 }
 
-TEST_F(GridTest, SortingOrdersByTheColumnsTypeAndReportsCompletion)
+TEST_F(GridTest, SortingOrdersByTheColumnsTypeFollowsTheCurrentRowAndHeadingClicksReverse)
 {
     int completed = 0;
+    QList<int> clicked;
     QObject::connect(&grid, &LynxGrid::SortComplete, &grid, [&completed] { ++completed; });
+    QObject::connect(&grid, &LynxGrid::ColumnClick, &grid, [&clicked](int col) { clicked << col; });
     grid.GotoCell(2, 0); // gamma
 
     grid.Sort(1);
-    EXPECT_EQ(column(1), QStringList({QStringLiteral("9"), QStringLiteral("10"), QStringLiteral("100")}));
+    EXPECT_EQ(column(1), u"9,10,100"_s);
     grid.Sort(0);
-    EXPECT_EQ(column(0), QStringList({QStringLiteral("Alpha"), QStringLiteral("beta"), QStringLiteral("gamma")}));
+    EXPECT_EQ(column(0), u"Alpha,beta,gamma"_s);
     grid.Sort(0, GridSortOrder::Descending);
-    EXPECT_EQ(column(0), QStringList({QStringLiteral("gamma"), QStringLiteral("beta"), QStringLiteral("Alpha")}));
+    EXPECT_EQ(column(0), u"gamma,beta,Alpha"_s);
     EXPECT_EQ(completed, 3);
-    EXPECT_EQ(grid.CellText(grid.Row(), 0), QStringLiteral("gamma")) << "the current row follows its item";
+    EXPECT_EQ(grid.CellText(grid.Row(), 0), u"gamma"_s) << "the current row follows its item";
     EXPECT_EQ(grid.SortColumn(), 0);
-}
 
-TEST_F(GridTest, ClickingAHeadingSortsAndAgainReverses)
-{
-    auto *header = grid.findChild<GridHeader *>();
-    ASSERT_NE(header, nullptr);
-    QList<int> clicked;
-    QObject::connect(&grid, &LynxGrid::ColumnClick, &grid, [&clicked](int col) { clicked << col; });
     const QPoint count(grid.ColLeft(1) + 40, header->height() / 2);
-
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
-    EXPECT_EQ(column(1).first(), QStringLiteral("9"));
+    EXPECT_EQ(column(1), u"9,10,100"_s);
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
-    EXPECT_EQ(column(1).first(), QStringLiteral("100"));
+    EXPECT_EQ(column(1), u"100,10,9"_s);
     EXPECT_EQ(clicked, QList<int>({1, 1}));
-
     grid.SetColumnSort(false);
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
-    EXPECT_EQ(column(1).first(), QStringLiteral("100"));
+    EXPECT_EQ(column(1), u"100,10,9"_s);
 }
 
 TEST_F(GridTest, DraggingAHeadingMovesTheColumnAndKeepsIndexToPositionMapping)
 {
-    auto *header = grid.findChild<GridHeader *>();
-    ASSERT_NE(header, nullptr);
     const int y = header->height() / 2;
-    const auto drag = [header, y](int fromX, int toX) {
-        QTest::mousePress(header, Qt::LeftButton, {}, QPoint(fromX, y));
-        QTest::mouseMove(header, QPoint((fromX + toX) / 2, y));
-        QTest::mouseMove(header, QPoint(toX, y));
-        QTest::mouseRelease(header, Qt::LeftButton, {}, QPoint(toX, y));
-    };
     // Drag "Tag" (index 2) onto the left half of "Name": it becomes the first column.
-    drag(grid.ColLeft(2) + 40, 20);
-
+    dragHeader({grid.ColLeft(2) + 40, y}, {20, y});
     EXPECT_EQ(grid.ColPosition(2), 0);
     EXPECT_EQ(grid.ColPosition(0), 1);
     EXPECT_EQ(grid.ColPosition(1), 2);
-    EXPECT_EQ(grid.ColHeading(0), QStringLiteral("Tag"));
-    EXPECT_EQ(grid.CellText(0, grid.ColPosition(2)), QStringLiteral("x"));
-    EXPECT_EQ(grid.CellText(0, grid.ColPosition(0)), QStringLiteral("beta"));
+    EXPECT_EQ(grid.ColHeading(0), u"Tag"_s);
+    EXPECT_EQ(grid.CellText(0, grid.ColPosition(2)), u"x"_s);
+    EXPECT_EQ(grid.CellText(0, grid.ColPosition(0)), u"beta"_s);
     EXPECT_EQ(grid.ColType(grid.ColPosition(1)), GridColumnType::Number);
 
     // New items fill by position, and the mapping puts each value under its heading.
     const int row = grid.AddItem();
-    grid.SetCellText(row, grid.ColPosition(0), QStringLiteral("delta"));
-    EXPECT_EQ(grid.CellText(row, 1), QStringLiteral("delta"));
-    EXPECT_EQ(grid.ColHeading(1), QStringLiteral("Name"));
+    grid.SetCellText(row, grid.ColPosition(0), u"delta"_s);
+    EXPECT_EQ(grid.CellText(row, 1), u"delta"_s);
+    EXPECT_EQ(grid.ColHeading(1), u"Name"_s);
 
     // Dropped behind the last heading, it goes back to the end.
-    drag(40, grid.ColLeft(2) + grid.ColWidth(2) - 5);
-    EXPECT_EQ(grid.FormatString(), QStringLiteral("<Name|>Count|<Tag"));
-}
+    dragHeader({40, y}, {grid.ColLeft(2) + grid.ColWidth(2) - 5, y});
+    EXPECT_EQ(grid.FormatString(), u"<Name|>Count|<Tag"_s);
 
-TEST_F(GridTest, ResizingAHeadingEdgeChangesTheWidth)
-{
-    auto *header = grid.findChild<GridHeader *>();
+    // Dragging a heading's edge resizes its column instead.
     int resized = 0;
     QObject::connect(&grid, &LynxGrid::ColumnSizeChanged, &grid, [&resized] { ++resized; });
-    const int y = header->height() / 2;
-    QTest::mousePress(header, Qt::LeftButton, {}, QPoint(120, y));
-    QTest::mouseMove(header, QPoint(150, y));
-    QTest::mouseRelease(header, Qt::LeftButton, {}, QPoint(150, y));
+    dragHeader({120, y}, {150, y});
     EXPECT_EQ(grid.ColWidth(0), 150);
     EXPECT_EQ(grid.ColLeft(1), 150);
     EXPECT_EQ(resized, 1);
 }
 
-TEST_F(GridTest, KeyboardMovesTheCurrentRowAndSelection)
+TEST_F(GridTest, KeyboardAndMouseMoveTheCurrentRowSelectAndStartEdits)
 {
+    attach();
     grid.setFocus();
-    const struct
-    {
-        Qt::Key key;
-        int row;
-    } steps[] = {{Qt::Key_Down, 0}, {Qt::Key_Down, 1}, {Qt::Key_End, 2}, {Qt::Key_Up, 1}, {Qt::Key_Home, 0},
-                 {Qt::Key_PageDown, 2}};
-    for (const auto &step : steps) {
-        QTest::keyClick(&grid, step.key);
-        EXPECT_EQ(grid.Row(), step.row) << step.key;
+    for (const auto &[key, row] : {std::pair{Qt::Key_Down, 0},
+                                   {Qt::Key_Down, 1},
+                                   {Qt::Key_End, 2},
+                                   {Qt::Key_Up, 1},
+                                   {Qt::Key_Home, 0},
+                                   {Qt::Key_PageDown, 2}}) {
+        QTest::keyClick(&grid, key);
+        EXPECT_EQ(grid.Row(), row) << key;
         EXPECT_EQ(grid.SelectedCount(), 1);
-        EXPECT_TRUE(grid.ItemSelected(step.row));
+        EXPECT_TRUE(grid.ItemSelected(row));
     }
     QTest::keyClick(&grid, Qt::Key_Right);
     EXPECT_EQ(grid.Col(), 1);
 
-    // Multi-select: Shift extends from the anchor.
-    grid.SetMultiSelect(true);
-    QTest::keyClick(&grid, Qt::Key_Home);
-    QTest::keyClick(&grid, Qt::Key_Down, Qt::ShiftModifier);
-    EXPECT_EQ(grid.SelectedCount(), 2);
-}
-
-TEST_F(GridTest, MouseSelectsAndStartsEditsByItsTriggers)
-{
-    Host host;
-    attach(host);
-    const auto centre = [this](int row, int col) {
-        return QPoint(grid.ColLeft(col) + grid.ColWidth(col) / 2, grid.RowTop(row) + grid.RowHeight() / 2);
-    };
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
     EXPECT_EQ(grid.Row(), 1);
     EXPECT_FALSE(grid.IsEditing()) << "the first click only makes the cell current";
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
     EXPECT_TRUE(grid.IsEditing());
     QTest::keyClick(editBox(), Qt::Key_Escape);
-
     QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(2, 2));
     EXPECT_TRUE(grid.IsEditing());
-    EXPECT_EQ(host.events.last(), QStringLiteral("edit 2,2"));
+    EXPECT_EQ(events.last(), u"edit 2,2"_s);
     grid.CancelEdit();
-
     grid.SetEditTrigger(EditF2);
     QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(0, 2));
     EXPECT_FALSE(grid.IsEditing());
 
+    // Multi-select: Ctrl adds, Shift extends from the anchor, a plain click selects one.
     grid.SetMultiSelect(true);
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, Qt::ControlModifier, centre(2, 0));
     EXPECT_EQ(grid.SelectedCount(), 2);
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
     EXPECT_EQ(grid.SelectedCount(), 1);
+    QTest::keyClick(&grid, Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(grid.SelectedCount(), 2);
 }
 
 TEST_F(GridTest, HiddenItemsAndColumnsAreSkipped)
@@ -364,22 +304,22 @@ TEST_F(GridTest, HiddenItemsAndColumnsAreSkipped)
 
 TEST_F(GridTest, TypingEditsOrJumpsToTheMatchingRow)
 {
-    EXPECT_EQ(grid.FindItem(QStringLiteral("GAMMA"), 0), 2);
-    EXPECT_EQ(grid.FindItem(QStringLiteral("gam"), 0), -1);
-    EXPECT_EQ(grid.FindItem(QStringLiteral("gam"), 0, 0, true), 2);
-    EXPECT_EQ(grid.FindItem(QStringLiteral("beta"), 0, 1), -1);
+    EXPECT_EQ(grid.FindItem(u"GAMMA"_s, 0), 2);
+    EXPECT_EQ(grid.FindItem(u"gam"_s, 0), -1);
+    EXPECT_EQ(grid.FindItem(u"gam"_s, 0, 0, true), 2);
+    EXPECT_EQ(grid.FindItem(u"beta"_s, 0, 1), -1);
 
     grid.setFocus();
     grid.SetSearchColumn(0);
-    QTest::keyClicks(&grid, QStringLiteral("ga"));
+    QTest::keyClicks(&grid, u"ga"_s);
     EXPECT_EQ(grid.Row(), 2);
     EXPECT_FALSE(grid.IsEditing());
 
     grid.SetEditTrigger(EditAnyKey);
-    grid.SetColInputFilter(0, QStringLiteral(">"));
+    grid.SetColInputFilter(0, u">"_s);
     QTest::keyClick(&grid, Qt::Key_Q);
     ASSERT_TRUE(grid.IsEditing());
-    EXPECT_EQ(editBox()->text(), QStringLiteral("Q")) << "the first key replaces the text, through the filter";
+    EXPECT_EQ(editBox()->text(), u"Q"_s) << "the first key replaces the text, through the filter";
 }
 
 TEST_F(GridTest, CellsOutsideTheGridAnswerEmptyAndRemovalKeepsTheCurrentItem)
@@ -392,7 +332,7 @@ TEST_F(GridTest, CellsOutsideTheGridAnswerEmptyAndRemovalKeepsTheCurrentItem)
     grid.GotoCell(2, 0);
     grid.RemoveItem(0);
     EXPECT_EQ(grid.Row(), 1);
-    EXPECT_EQ(grid.CellText(grid.Row(), 0), QStringLiteral("gamma"));
+    EXPECT_EQ(grid.CellText(grid.Row(), 0), u"gamma"_s);
     grid.Clear();
     EXPECT_EQ(grid.ItemCount(), 0);
     EXPECT_EQ(grid.Row(), -1);
