@@ -34,17 +34,18 @@ namespace {
 
 const QStringList Titles{u"Tester - Song 1"_s, u"Tester - Song 2"_s, u"Tester - Song 3"_s};
 
-QString tool(const char *name)
+QString tool(const QString &name)
 {
-    return QStandardPaths::findExecutable(QLatin1StringView(name));
+    return QStandardPaths::findExecutable(name);
 }
 
-// Runs a helper to its end; gives its exit code and output.
-std::pair<int, QByteArray> run(const char *program, const QStringList &arguments)
+// Runs a helper's command line to its end; gives its exit code and output.
+std::pair<int, QByteArray> run(const QString &command)
 {
+    QStringList arguments = QProcess::splitCommand(command);
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(tool(program), arguments);
+    process.start(tool(arguments.takeFirst()), arguments);
     const bool ended = process.waitForFinished(30000);
     return {ended ? process.exitCode() : -1, process.readAll()};
 }
@@ -70,7 +71,7 @@ class RecorderAgainstIcecast : public ProfileTest
 protected:
     void SetUp() override
     {
-        if (tool("icecast2").isEmpty() || tool("ezstream").isEmpty())
+        if (tool(u"icecast2"_s).isEmpty() || tool(u"ezstream"_s).isEmpty())
             GTEST_SKIP() << "icecast2 or ezstream is not installed (make setup installs them)";
         // icecast drops root for nobody: it must reach the folder and write its logs.
         QFile::setPermissions(work.path(), QFile::permissions(work.path()) | QFileDevice::ExeOther |
@@ -81,16 +82,16 @@ protected:
                                                QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         QByteArray playlist;
         for (int i = 1; i <= 3; ++i) {
-            const QString wav = work.filePath(u"s%1.wav"_s.arg(i));
-            const QString mp3 = work.filePath(u"s%1.mp3"_s.arg(i));
-            const auto speak =
-                run("espeak-ng", {u"-w"_s, wav, u"This is song number %1 of the test stream."_s.arg(i)});
-            ASSERT_EQ(speak.first, 0) << speak.second.toStdString();
-            const auto encode =
-                run("lame", {u"--quiet"_s, u"--resample"_s, u"44.1"_s, u"-b"_s, u"128"_s, u"--tt"_s,
-                             u"Song %1"_s.arg(i), u"--ta"_s, u"Tester"_s, wav, mp3});
-            ASSERT_EQ(encode.first, 0) << encode.second.toStdString();
-            playlist += QFile::encodeName(mp3) + '\n';
+            const QString name = work.filePath(u"s%1"_s.arg(i));
+            for (const QString &command :
+                 {u"espeak-ng -w %1.wav \"This is song number %2 of the test stream.\""_s.arg(name).arg(i),
+                  u"lame --quiet --resample 44.1 -b 128 --tt \"Song %2\" --ta Tester %1.wav %1.mp3"_s
+                      .arg(name)
+                      .arg(i)}) {
+                const auto [code, output] = run(command);
+                ASSERT_EQ(code, 0) << command.toStdString() << ": " << output.toStdString();
+            }
+            playlist += QFile::encodeName(name) + ".mp3\n";
         }
         TempProfile::writeFile(path("playlist.m3u"), playlist);
         QTcpServer probe;
@@ -101,14 +102,14 @@ protected:
     QString path(const char *name) const { return work.filePath(QLatin1StringView(name)); }
 
     // Starts a server with its configuration and waits until path answers as expected.
-    void startServer(Server &server, const char *program, const char *config, const QByteArray &xml,
+    void startServer(Server &server, const char *program, const char *config, const QString &xml,
                      const QByteArray &target, const QByteArray &answer)
     {
-        TempProfile::writeFile(path(config), xml);
+        TempProfile::writeFile(path(config), xml.toUtf8());
         // ezstream refuses a configuration that others can read.
         QFile::setPermissions(path(config), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         server.process->setProcessChannelMode(QProcess::MergedChannels);
-        server.process->start(tool(program), {u"-c"_s, path(config)});
+        server.process->start(tool(QLatin1StringView(program)), {u"-c"_s, path(config)});
         ASSERT_TRUE(server.process->waitForStarted());
         ASSERT_TRUE(waitUntil([&] { return answers(target).startsWith(answer); }, 15000))
             << server.process->readAll().toStdString();
@@ -128,8 +129,8 @@ protected:
 
     static double duration(const QString &file)
     {
-        const auto [code, output] = run("ffprobe", {u"-v"_s, u"error"_s, u"-show_entries"_s,
-                                                    u"format=duration"_s, u"-of"_s, u"csv=p=0"_s, file});
+        const auto [code, output] =
+            run(u"ffprobe -v error -show_entries format=duration -of csv=p=0 \"%1\""_s.arg(file));
         return code == 0 ? output.trimmed().toDouble() : -1;
     }
 
@@ -144,38 +145,31 @@ protected:
 
 TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileDecodes)
 {
-    const QByteArray dir = QFile::encodeName(work.path());
-    const QByteArray owner =
-        geteuid() == 0 ? "<changeowner><user>nobody</user><group>nogroup</group></changeowner>" : "";
     // No burst on connect: a burst would place titles by the time of sending, not by the audio.
     ASSERT_NO_FATAL_FAILURE(startServer(
         icecast, "icecast2", "icecast.xml",
-        "<icecast><limits><clients>10</clients><sources>2</sources><burst-size>0</burst-size></limits>"
+        u"<icecast><limits><clients>10</clients><sources>2</sources><burst-size>0</burst-size></limits>"
         "<authentication><source-password>sourcepw</source-password><admin-user>admin</admin-user>"
         "<admin-password>adminpw</admin-password></authentication><hostname>127.0.0.1</hostname>"
-        "<listen-socket><port>" +
-            QByteArray::number(port) +
-            "</port><bind-address>127.0.0.1</bind-address>"
-            "</listen-socket><paths><basedir>" +
-            dir + "</basedir><logdir>" + dir +
-            "/log</logdir>"
-            "<webroot>/usr/share/icecast2/web</webroot><adminroot>/usr/share/icecast2/admin</adminroot></"
-            "paths>"
-            "<logging><errorlog>error.log</errorlog><loglevel>3</loglevel></logging>"
-            "<security><chroot>0</chroot>" +
-            owner + "</security></icecast>",
+        "<listen-socket><port>%1</port><bind-address>127.0.0.1</bind-address></listen-socket>"
+        "<paths><basedir>%2</basedir><logdir>%2/log</logdir><webroot>/usr/share/icecast2/web</webroot>"
+        "<adminroot>/usr/share/icecast2/admin</adminroot></paths>"
+        "<logging><errorlog>error.log</errorlog><loglevel>3</loglevel></logging>"
+        "<security><chroot>0</chroot>%3</security></icecast>"_s.arg(port)
+            .arg(work.path(), geteuid() == 0
+                                  ? u"<changeowner><user>nobody</user><group>nogroup</group></changeowner>"_s
+                                  : QString()),
         "/", "HTTP/1.0 "));
     ASSERT_NO_FATAL_FAILURE(startServer(
         ezstream, "ezstream", "ezstream.xml",
-        "<ezstream><servers><server><hostname>127.0.0.1</hostname><port>" + QByteArray::number(port) +
-            "</port><password>sourcepw</password></server></servers>"
-            "<streams><stream><mountpoint>/stream</mountpoint><format>MP3</format>"
-            "<stream_name>Icecast Test FM</stream_name><stream_genre>Speech</stream_genre>"
-            "<stream_bitrate>128</stream_bitrate></stream></streams><intakes><intake><type>playlist</type>"
-            "<filename>" +
-            QFile::encodeName(path("playlist.m3u")) +
-            "</filename></intake></intakes>"
-            "<metadata><format_str>@a@ - @t@</format_str></metadata></ezstream>",
+        u"<ezstream><servers><server><hostname>127.0.0.1</hostname><port>%1</port><password>sourcepw</"
+        u"password>"
+        "</server></servers><streams><stream><mountpoint>/stream</mountpoint><format>MP3</format>"
+        "<stream_name>Icecast Test FM</stream_name><stream_genre>Speech</stream_genre>"
+        "<stream_bitrate>128</stream_bitrate></stream></streams><intakes><intake><type>playlist</type>"
+        "<filename>%2</filename></intake></intakes>"
+        "<metadata><format_str>@a@ - @t@</format_str></metadata></ezstream>"_s.arg(port)
+            .arg(path("playlist.m3u")),
         "/stream", "HTTP/1.0 200"));
 
     FrmTC window(state, power);
@@ -216,7 +210,7 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     const QDir recordings(AppPaths::RecordingsFolder());
     EXPECT_EQ(recordings.entryList(QDir::Files, QDir::Name), expected);
     for (const QString &name : expected) {
-        const auto [code, output] = run("mpg123", {u"-t"_s, u"-q"_s, recordings.filePath(name)});
+        const auto [code, output] = run(u"mpg123 -t -q \"%1\""_s.arg(recordings.filePath(name)));
         EXPECT_EQ(code, 0) << name.toStdString() << ": " << output.toStdString();
         EXPECT_GT(duration(recordings.filePath(name)), 0.5) << name.toStdString();
     }

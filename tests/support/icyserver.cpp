@@ -34,15 +34,6 @@ char audioByte(qint64 position)
     return char((quint64(position) * 2654435761u) >> 13);
 }
 
-// High bytes only: noise never holds the CR LF CR LF that ends a header.
-QByteArray noise(qint64 size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char &b : bytes)
-        b = char(0x80 | QRandomGenerator::global()->bounded(0x80));
-    return bytes;
-}
-
 } // namespace
 
 IcyServer::IcyServer(QObject *parent) : QObject(parent), m_server(new QTcpServer(this))
@@ -168,9 +159,7 @@ void IcyServer::pump(Client &client)
         sendAudio(client, due);
         return;
     }
-    client.socket->write(fault == Fault::Garbage
-                             ? noise(due)
-                             : EndlessLine.repeated(qMax<qint64>(1, due / EndlessLine.size())));
+    client.socket->write(EndlessLine.repeated(qMax<qint64>(1, due / EndlessLine.size())));
     client.audioPos += due;
 }
 

@@ -27,8 +27,7 @@ public:
     {
         None,
         CloseAtOnce,   // closes every connection before reading the request
-        EndlessHeader, // sends header lines that never end
-        Garbage,       // sends binary noise instead of a response
+        EndlessHeader, // sends header lines that never end: a station that sends no answer
     };
 
     struct Song
