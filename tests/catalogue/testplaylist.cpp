@@ -2,7 +2,7 @@
 
 #include "app/apperror.h"
 
-#include <QStringList>
+#include <QList>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 
 #include "support/tempprofile.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 

@@ -1,5 +1,6 @@
 #include "support/icyserver.h"
 
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QRandomGenerator>
 #include <QTcpServer>
