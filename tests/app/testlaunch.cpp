@@ -23,6 +23,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -56,41 +58,74 @@ protected:
     QProcess program;
 };
 
+// The program in this process, with its real windows, started without arguments.
+struct OrdinaryStart
+{
+    explicit OrdinaryStart(const TempProfile &profile)
+        : state(profile.installFolder(), prompt), windows(state), startup(state, windows)
+    {
+        QFile::copy(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/Stations.txt"_s,
+                    profile.installFolder() + u"/Stations.txt"_s);
+        windows.setStartup(&startup);
+        shown = startup.SubMain({});
+        for (QWidget *w : QApplication::topLevelWidgets()) {
+            if (w->isVisible() && qobject_cast<FrmStations *>(w))
+                main = qobject_cast<FrmStations *>(w);
+        }
+        if (main)
+            grid = main->findChild<LynxGrid *>(u"LynxGrid1"_s);
+    }
+
+    // As in the program: the end comes inside the running loop, and the
+    // closing procedure ends that loop.
+    int runUntil(const std::function<void()> &end)
+    {
+        QTimer::singleShot(0, main, end);
+        return QApplication::exec();
+    }
+
+    ScriptedPrompt prompt;
+    AppState state;
+    QtAppWindows windows;
+    Startup startup;
+    bool shown = false;
+    FrmStations *main = nullptr;
+    LynxGrid *grid = nullptr;
+};
+
 TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndClosingStoresTheFilters)
 {
-    QFile::copy(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/Stations.txt"_s,
-                profile.installFolder() + u"/Stations.txt"_s);
-    ScriptedPrompt prompt;
-    AppState state(profile.installFolder(), prompt);
-    QtAppWindows windows(state);
-    Startup startup(state, windows);
-    windows.setStartup(&startup);
+    OrdinaryStart program(profile);
+    ASSERT_TRUE(program.shown);
+    ASSERT_NE(program.grid, nullptr);
+    ASSERT_GE(program.state.catalogue.StationCount(), 25);
+    EXPECT_EQ(program.grid->ItemCount(), program.state.catalogue.StationCount());
 
-    ASSERT_TRUE(startup.SubMain({}));
-
-    FrmStations *main = nullptr;
-    for (QWidget *w : QApplication::topLevelWidgets()) {
-        if (w->isVisible() && qobject_cast<FrmStations *>(w))
-            main = qobject_cast<FrmStations *>(w);
-    }
-    ASSERT_NE(main, nullptr);
-    auto *grid = main->findChild<LynxGrid *>(u"LynxGrid1"_s);
-    ASSERT_GE(state.catalogue.StationCount(), 25);
-    EXPECT_EQ(grid->ItemCount(), state.catalogue.StationCount());
-
-    main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
-    QTest::mouseClick(main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
-    EXPECT_LT(grid->ItemCount(), state.catalogue.StationCount());
+    program.main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
+    QTest::mouseClick(program.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
+    EXPECT_LT(program.grid->ItemCount(), program.state.catalogue.StationCount());
     const QByteArray before = TempProfile::readFile(profile.dataFolder() + u"Stations.txt"_s);
 
-    // As in the program: the window closes inside the running loop, and the
-    // closing procedure ends that loop.
-    QTimer::singleShot(0, main, &QWidget::close);
-    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_EQ(program.runUntil([&program] { program.main->close(); }), 0);
 
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
     EXPECT_EQ(TempProfile::readFile(profile.dataFolder() + u"Stations.txt"_s), before);
-    EXPECT_TRUE(prompt.shown.isEmpty());
+    EXPECT_TRUE(program.prompt.shown.isEmpty());
+}
+
+TEST_F(LaunchTest, BeingToldToEndSavesTheEditsMadeInTheGrid)
+{
+    OrdinaryStart program(profile);
+    ASSERT_NE(program.grid, nullptr);
+    program.grid->SetCellText(0, 1, u"Renamed by hand"_s);
+    program.grid->SetCellChanged(0, 1, true);
+
+    EXPECT_EQ(program.runUntil([&program] { program.startup.Terminate(); }), 0);
+
+    Catalogue saved;
+    saved.Load(program.prompt, AppState::AppTitle);
+    ASSERT_GE(saved.StationCount(), 1);
+    EXPECT_EQ(saved.at(1).Name, u"Renamed by hand"_s);
 }
 
 TEST_F(LaunchTest, ATerminalRecordingSplitsSongsStopsAtItsLimitAndExits)
