@@ -70,6 +70,18 @@ QString afterFirstEquals(const QString &line)
     return line.mid(line.indexOf(u'=') + 1);
 }
 
+// A playlist file's lines split at LF, or none when it has fewer than four
+// (the File1 and Title1 lines are at indices 2 and 3).
+QStringList playlistLines(const QString &folder, const QString &fileName)
+{
+    QString text;
+    ModUnicodeFile::ReadText(QDir(folder).filePath(fileName), text);
+    QStringList lines = text.split(u'\n');
+    if (lines.size() < 4)
+        lines.clear();
+    return lines;
+}
+
 // The station name from a playlist's Title1 line: the directory's
 // "(#1 - 17/200)" prefix dropped, then cleaned for file names.
 QString nameFromTitleLine(const QString &line)
@@ -246,24 +258,8 @@ bool Catalogue::ImportPlaylistFile(const QString &folder, const QString &fileNam
     const QString bitRate = StationNames::TrimBlanks(parts[1]);
     const QString tail = StationNames::TrimBlanks(parts[2]);
 
-    QString text;
-    ModUnicodeFile::ReadText(QDir(folder).filePath(fileName), text);
-    const QStringList lines = text.split(u'\n');
-    if (lines.size() < 4)
-        return false;
-
-    const QString streamUrl = QStringLiteral("ssrn#") + tail;
-    if (HasStreamUrl(streamUrl))
-        return false;
-
-    Station s = Station::newStation();
-    s.Name = nameFromTitleLine(lines[3]);
-    s.Genre = genre;
-    s.BitRate = bitRate;
-    s.StreamURL = streamUrl;
-    Append(std::move(s));
-    Dirty = true;
-    return true;
+    const QStringList lines = playlistLines(folder, fileName);
+    return !lines.isEmpty() && appendImported(lines[3], QStringLiteral("ssrn#") + tail, genre, bitRate);
 }
 
 bool Catalogue::ImportPlaylistFile2(const QString &folder, const QString &fileName, const QString &genre)
@@ -275,18 +271,17 @@ bool Catalogue::ImportPlaylistFile2(const QString &folder, const QString &fileNa
     else if (const qsizetype underscore = lastWord.indexOf(u'_'); underscore >= 0)
         bitRate = lastWord.mid(underscore + 1).remove(QStringLiteral(".pls"));
 
-    QString text;
-    ModUnicodeFile::ReadText(QDir(folder).filePath(fileName), text);
-    const QStringList lines = text.split(u'\n');
-    if (lines.size() < 4)
-        return false;
+    const QStringList lines = playlistLines(folder, fileName);
+    return !lines.isEmpty() && appendImported(lines[3], afterFirstEquals(lines[2]), genre, bitRate);
+}
 
-    const QString streamUrl = afterFirstEquals(lines[2]);
+bool Catalogue::appendImported(const QString &titleLine, const QString &streamUrl, const QString &genre,
+                               const QString &bitRate)
+{
     if (HasStreamUrl(streamUrl))
         return false;
-
     Station s = Station::newStation();
-    s.Name = nameFromTitleLine(lines[3]);
+    s.Name = nameFromTitleLine(titleLine);
     s.Genre = genre;
     s.BitRate = bitRate;
     s.StreamURL = streamUrl;

@@ -72,5 +72,8 @@ public:
     QString StationLine(const Station &station) const;
 
 private:
+    bool appendImported(const QString &titleLine, const QString &streamUrl, const QString &genre,
+                        const QString &bitRate);
+
     std::vector<Station> m_stations;
 };
