@@ -274,6 +274,10 @@ int FrmStations::pos(Column column) const
 
 void FrmStations::FillGrid()
 {
+    // A refill drops the cells' changed marks, which are what tells the
+    // closing step to save: carry their news over into the catalogue's flag.
+    if (SweepChangedCells() > 0)
+        m_state.catalogue.Dirty = true;
     m_grid->Clear();
     m_grid->SetRedraw(false);
 
@@ -424,16 +428,8 @@ void FrmStations::LynxGrid1_CellUpdated(int row, int)
     WriteBack(row, m_grid->ItemData(row));
 }
 
-void FrmStations::closeEvent(QCloseEvent *event)
+int FrmStations::SweepChangedCells()
 {
-    event->accept();
-    if (m_unloaded)
-        return;
-    m_unloaded = true;
-    // An edit still open counts like one the user finished.
-    m_grid->CommitEdit();
-
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     int changed = 0;
     for (int row = 0; row < m_grid->ItemCount(); ++row) {
         bool rowChanged = false;
@@ -446,6 +442,20 @@ void FrmStations::closeEvent(QCloseEvent *event)
         if (rowChanged)
             WriteBack(row, m_grid->ItemData(row));
     }
+    return changed;
+}
+
+void FrmStations::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    // An edit still open counts like one the user finished.
+    m_grid->CommitEdit();
+
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const int changed = SweepChangedCells();
     QGuiApplication::restoreOverrideCursor();
 
     if (changed > 0)

@@ -57,6 +57,8 @@ private:
     void fillFilterLists();
     void FillGrid();
     void WriteBack(int row, int index);
+    // Writes every row with a changed cell back into its station; returns the changed cells.
+    int SweepChangedCells();
     int pos(Column column) const;
 
     void cmdFilter_Click();

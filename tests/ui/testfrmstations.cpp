@@ -263,6 +263,15 @@ TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptCategory), QString());
 }
 
+TEST_F(StationsTest, EditsSurviveARefillBeforeClosing)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    editText(2, Col::ColStation, u"Jazz Corner"_s);
+    filter("Talk", "", "", "");
+    window->close();
+    EXPECT_TRUE(TempProfile::readFile(cataloguePath()).contains(TempProfile::utf16File(u"\nJazz Corner|Jazz|"_s).mid(2)));
+}
+
 TEST_F(StationsTest, ClosingWithoutEditsLeavesTheFileUntouched)
 {
     const QByteArray before = TempProfile::readFile(cataloguePath());
