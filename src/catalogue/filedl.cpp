@@ -37,11 +37,6 @@ void FileDL::Cancel(const QString &key)
         drop(reply);
 }
 
-bool FileDL::IsRunning(const QString &key) const
-{
-    return m_running.contains(key);
-}
-
 QString FileDL::GetStatusCode(int code)
 {
     switch (code) {

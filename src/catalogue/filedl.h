@@ -35,7 +35,6 @@ public:
     void BeginDownload(const QUrl &url, const QString &key);
     // Stops the download of that key; no further events come for it.
     void Cancel(const QString &key);
-    bool IsRunning(const QString &key) const;
 
     // The status text of a code; "Unknown." for codes outside the table.
     static QString GetStatusCode(int code);
