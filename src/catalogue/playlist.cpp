@@ -89,4 +89,12 @@ QString ChooseStreamFromPlaylist(const QString &text)
     return fallback;
 }
 
+QString UsableAddress(const QString &chosen)
+{
+    qsizetype end = chosen.size();
+    while (end > 0 && (chosen[end - 1] == u'\r' || chosen[end - 1] == u'\n' || chosen[end - 1] == u' '))
+        --end;
+    return chosen.first(end);
+}
+
 } // namespace Playlist

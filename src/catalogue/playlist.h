@@ -26,4 +26,9 @@ QString PlaylistServiceAddress(const QString &number);
 // its line, a CR before the line break included. Never throws.
 QString ChooseStreamFromPlaylist(const QString &text);
 
+// An address chosen from a playlist as a connection or a player may use it:
+// the CR, LF and blanks a playlist line ends with are dropped. The choice
+// above keeps them, so that it reads the playlist exactly as it stands.
+QString UsableAddress(const QString &chosen);
+
 } // namespace Playlist

@@ -65,3 +65,11 @@ TEST(Playlist, DirectoryReferences)
     EXPECT_EQ(PlaylistServiceAddress(u"12345"_s),
               ServiceHost + u"/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"_s);
 }
+
+TEST(Playlist, UsableAddressDropsTheLineEnd)
+{
+    EXPECT_EQ(UsableAddress(u"http://c:8000/live\r"_s), u"http://c:8000/live");
+    EXPECT_EQ(UsableAddress(u"http://c/ \r\n"_s), u"http://c/");
+    EXPECT_EQ(UsableAddress(u" http://c/x y"_s), u" http://c/x y");
+    EXPECT_EQ(UsableAddress(u"\r\n "_s), u"");
+}
