@@ -14,6 +14,8 @@ packages=(
   icecast2 ezstream lame espeak-ng ffmpeg mpg123
   # make fuzz: libFuzzer from clang
   clang libclang-rt-14-dev
+  # the icon, the desktop entry and `make package`
+  librsvg2-bin desktop-file-utils dpkg-dev file
   # screenshots and readable text under a virtual display
   xvfb xauth fonts-dejavu-core
 )
