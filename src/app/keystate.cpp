@@ -87,7 +87,9 @@ void KeyState::track(const QKeyEvent &event)
         m_leftControl = down;
         break;
     default:
-        if (down)
+        // Qt reports a modifier key's own event without its modifier, so
+        // only other keys tell what is held.
+        if (down && event.key() != Qt::Key_Shift && event.key() != Qt::Key_Control)
             forgetReleased(event.modifiers());
         break;
     }

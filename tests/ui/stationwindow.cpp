@@ -66,15 +66,23 @@ void StationWindowTest::open()
     ASSERT_NE(grid, nullptr);
 }
 
-void StationWindowTest::click(const char *button) const
+void StationWindowTest::click(const char *button, quint32 heldKey)
 {
-    // A real click, so that the key state sees the pointer's modifiers as the user's.
-    auto *target = child<QPushButton>(button);
-    const Qt::KeyboardModifiers held = keys.IsDown(KeyState::LeftShift) || keys.IsDown(KeyState::RightShift)
-                                           ? Qt::ShiftModifier
-                                           : Qt::NoModifier;
-    QTest::mouseClick(target, Qt::LeftButton,
-                      held | (keys.IsDown(KeyState::LeftControl) ? Qt::ControlModifier : Qt::NoModifier));
+    const bool control = heldKey == LeftControlKey;
+    // The keys' X key codes on an evdev keyboard.
+    const quint32 keycode = heldKey == LeftShiftKey ? 50 : heldKey == RightShiftKey ? 62 : 37;
+    const Qt::KeyboardModifiers held = heldKey == 0 ? Qt::NoModifier
+                                       : control    ? Qt::ControlModifier
+                                                    : Qt::ShiftModifier;
+    const auto key = [&](QEvent::Type type) {
+        QKeyEvent event(type, control ? Qt::Key_Control : Qt::Key_Shift, held, keycode, heldKey, 0);
+        QApplication::sendEvent(window.get(), &event);
+    };
+    if (heldKey)
+        key(QEvent::KeyPress);
+    QTest::mouseClick(child<QPushButton>(button), Qt::LeftButton, held);
+    if (heldKey)
+        key(QEvent::KeyRelease);
 }
 
 int StationWindowTest::pos(Col column) const
@@ -106,15 +114,4 @@ void StationWindowTest::editText(int row, Col column, const QString &text)
     box->selectAll();
     QTest::keyClicks(box, text);
     QTest::keyClick(box, Qt::Key_Return);
-}
-
-void StationWindowTest::nativeKey(quint32 keysym, bool down)
-{
-    const bool control = keysym == 0xffe3;
-    // X key codes of the keys, as an evdev keyboard reports them.
-    const quint32 keycode = keysym == 0xffe1 ? 50 : keysym == 0xffe2 ? 62 : 37;
-    QKeyEvent event(down ? QEvent::KeyPress : QEvent::KeyRelease, control ? Qt::Key_Control : Qt::Key_Shift,
-                    down ? (control ? Qt::ControlModifier : Qt::ShiftModifier) : Qt::NoModifier, keycode,
-                    keysym, 0);
-    QApplication::sendEvent(window ? static_cast<QObject *>(window.get()) : qApp, &event);
 }

@@ -67,14 +67,15 @@ protected:
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
-    void click(const char *button) const;
+    // X key symbols of the modifier keys.
+    static constexpr quint32 LeftShiftKey = 0xffe1, RightShiftKey = 0xffe2, LeftControlKey = 0xffe3;
+    // A real click, with a modifier key held down as the platform reports it when heldKey is one.
+    void click(const char *button, quint32 heldKey = 0);
     int pos(Col column) const;
     // A column's texts as shown, joined by commas.
     QString shown(Col column = Col::ColStation) const;
     void filter(const char *genre, const char *category, const char *type, const char *rating);
     void editText(int row, Col column, const QString &text);
-    // Presses or lets go a modifier key as the platform reports it, by its X key symbol.
-    void nativeKey(quint32 keysym, bool down);
 
     ScriptedPrompt prompt;
     QuietWindows windows;

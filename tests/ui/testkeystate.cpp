@@ -32,57 +32,47 @@ TEST(KeyState, NativeKeysAreToldApartByPlatformCodes)
             << row.scanCode << '/' << row.virtualKey;
 }
 
-class KeyEvents : public ::testing::Test
+TEST(KeyState, PressesAndReleasesAreTrackedPerKeyAndMissedReleasesHealOnTheNextInput)
 {
-protected:
-    void SetUp() override { qApp->installEventFilter(&keys); }
-
-    void key(QEvent::Type type, Qt::Key qtKey, Qt::KeyboardModifiers mods, quint32 code, quint32 keysym)
-    {
-        QKeyEvent event(type, qtKey, mods, code, keysym, 0);
-        QApplication::sendEvent(&target, &event);
-    }
-    void press(Qt::Key qtKey, Qt::KeyboardModifiers mods, quint32 code, quint32 keysym)
-    {
-        key(QEvent::KeyPress, qtKey, mods, code, keysym);
-    }
-    void mousePress(Qt::KeyboardModifiers mods)
-    {
-        QMouseEvent event(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton,
-                          Qt::LeftButton, mods);
-        QApplication::sendEvent(&target, &event);
-    }
-    std::string down() const
-    {
-        return {keys.IsDown(KeyState::LeftShift) ? 'L' : '-', keys.IsDown(KeyState::RightShift) ? 'R' : '-',
-                keys.IsDown(KeyState::LeftControl) ? 'C' : '-'};
-    }
-
     KeyState keys;
     QWidget target;
-};
-
-TEST_F(KeyEvents, PressesAndReleasesAreTrackedPerKeyAndMissedReleasesHealOnTheNextInput)
-{
-    press(Qt::Key_Shift, Qt::ShiftModifier, 62, 0xffe2);
-    EXPECT_EQ(down(), "-R-");
-    press(Qt::Key_Shift, Qt::ShiftModifier, 50, 0xffe1);
-    press(Qt::Key_Control, Qt::ShiftModifier | Qt::ControlModifier, 37, 0xffe3);
-    EXPECT_EQ(down(), "LRC");
-    // Letting go of one Shift leaves the other held.
-    key(QEvent::KeyRelease, Qt::Key_Shift, Qt::ControlModifier, 50, 0xffe1);
-    EXPECT_EQ(down(), "-RC");
-    mousePress(Qt::ShiftModifier | Qt::ControlModifier);
-    EXPECT_EQ(down(), "-RC");
-
-    // Released while another program had the keyboard: the next click without Ctrl shows it.
-    mousePress(Qt::ShiftModifier);
-    EXPECT_EQ(down(), "-R-");
-    press(Qt::Key_A, Qt::NoModifier, 38, 0x61);
-    EXPECT_EQ(down(), "---");
-    // Right Ctrl is none of the three.
-    press(Qt::Key_Control, Qt::ControlModifier, 105, 0xffe4);
-    EXPECT_EQ(down(), "---");
+    qApp->installEventFilter(&keys);
+    const Qt::KeyboardModifiers none, shift = Qt::ShiftModifier, ctrl = Qt::ControlModifier;
+    const struct
+    {
+        QEvent::Type type;
+        Qt::KeyboardModifiers mods;
+        quint32 code, keysym;
+        const char *down; // left Shift, right Shift, left Ctrl
+    } steps[] = {
+        {QEvent::KeyPress, shift, 62, 0xffe2, "-R-"},
+        {QEvent::KeyPress, shift, 50, 0xffe1, "LR-"},
+        {QEvent::KeyPress, shift | ctrl, 37, 0xffe3, "LRC"},
+        {QEvent::KeyRelease, ctrl, 50, 0xffe1, "-RC"}, // one Shift let go, the other held
+        {QEvent::MouseButtonPress, shift | ctrl, 0, 0, "-RC"},
+        // Let go while another program had the keyboard: the next input without the modifier shows it.
+        {QEvent::MouseButtonPress, shift, 0, 0, "-R-"},
+        {QEvent::KeyPress, shift | ctrl, 37, 0xffe3, "-RC"},
+        {QEvent::KeyPress, shift | ctrl, 105, 0xffe4, "-RC"}, // right Ctrl is none of them
+        {QEvent::KeyPress, none, 38, 0x61, "---"},
+    };
+    for (const auto &step : steps) {
+        if (step.type == QEvent::MouseButtonPress) {
+            QMouseEvent event(step.type, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
+                              step.mods);
+            QApplication::sendEvent(&target, &event);
+        } else {
+            const Qt::Key key = step.keysym == 0x61    ? Qt::Key_A
+                                : step.keysym < 0xffe3 ? Qt::Key_Shift
+                                                       : Qt::Key_Control;
+            QKeyEvent event(step.type, key, step.mods, step.code, step.keysym, 0);
+            QApplication::sendEvent(&target, &event);
+        }
+        const std::string down{keys.IsDown(KeyState::LeftShift) ? 'L' : '-',
+                               keys.IsDown(KeyState::RightShift) ? 'R' : '-',
+                               keys.IsDown(KeyState::LeftControl) ? 'C' : '-'};
+        EXPECT_EQ(down, step.down) << step.type << ' ' << step.keysym;
+    }
 }
 
 } // namespace

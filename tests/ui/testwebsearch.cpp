@@ -28,18 +28,4 @@ TEST(WebSearch, AddressTakesTheGenreAndTheTextWithBlanksAsPlusAndNothingElseEsca
     }
 }
 
-TEST(WebSearch, TheEnvironmentNamesAnotherDirectory)
-{
-    const QByteArray saved = qgetenv(WebSearch::HostVariable);
-    for (const auto &[value, expected] : {std::pair{"http://127.0.0.1:8123", u"http://127.0.0.1:8123"_s},
-                                          {"", WebSearch::DefaultDirectoryHost}}) {
-        qputenv(WebSearch::HostVariable, value);
-        EXPECT_EQ(WebSearch::DirectoryHost(), expected);
-    }
-    qunsetenv(WebSearch::HostVariable);
-    EXPECT_EQ(WebSearch::DirectoryHost(), WebSearch::DefaultDirectoryHost);
-    if (!saved.isEmpty())
-        qputenv(WebSearch::HostVariable, saved);
-}
-
 } // namespace
