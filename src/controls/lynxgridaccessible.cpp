@@ -69,9 +69,8 @@ QAccessibleInterface *LynxGridAccessible::child(int index) const
 
 int LynxGridAccessible::indexOfChild(const QAccessibleInterface *child) const
 {
-    const QAccessibleTableCellInterface *cell =
-        child ? const_cast<QAccessibleInterface *>(child)->tableCellInterface() : nullptr;
-    if (!cell || child->parent() != this)
+    const auto *cell = dynamic_cast<const LynxGridCellAccessible *>(child);
+    if (!cell || cell->parent() != this)
         return -1;
     return ChildIndex(grid(), cell->rowIndex(), cell->columnIndex());
 }

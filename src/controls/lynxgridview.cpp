@@ -253,10 +253,6 @@ void LynxGrid::paintEvent(QPaintEvent *event)
     }
     m_lastPaintedRows = painted;
 
-    // Focus without a current row (tabbing into the grid): the whole view is framed.
-    if (hasFocus() && m_focusMode != GridFocusMode::None && m_data.displayOf(m_row) < 0)
-        paintFocus(p, viewport()->rect(), m_look.focusRect, 2);
-
     if (m_gridLines == GridLineMode::Vertical || m_gridLines == GridLineMode::Both) {
         // Column lines run on below the last row so that the columns read as columns.
         const int bottom = (last - topDisplay() + 1) * m_rowHeight;
@@ -271,6 +267,10 @@ void LynxGrid::paintEvent(QPaintEvent *event)
             }
         }
     }
+
+    // Focus without a current row (tabbing into the grid): the whole view is framed.
+    if (hasFocus() && m_focusMode != GridFocusMode::None && m_data.displayOf(m_row) < 0)
+        paintFocus(p, viewport()->rect(), m_look.focusRect, 2);
 }
 
 void LynxGrid::paintRow(QPainter &p, int row, int display, int y, const QRect &clip) const
