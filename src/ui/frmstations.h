@@ -44,8 +44,6 @@ public:
 
     FrmStations(AppState &state, StationCommands::Services services, QWidget *parent = nullptr);
 
-    StationCommands &Commands() { return *m_commands; }
-
     // The player behind the play handle in column 0; none until there is one.
     void SetPlayer(StationPlayer *player) { m_player = player; }
 

@@ -19,7 +19,7 @@
 #include <QLineEdit>
 #include <QTimer>
 
-#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -86,23 +86,15 @@ void StationCommands::TimerRecord_Timer()
     window->show();
 }
 
-QList<FrmTC *> StationCommands::Recorders() const
-{
-    QList<FrmTC *> open;
-    for (const QPointer<FrmTC> &window : m_recorders) {
-        if (window)
-            open.append(window);
-    }
-    return open;
-}
-
 void StationCommands::CloseRecorders()
 {
     // A click still waiting for its tick opens nothing once the list is gone.
     TimerRecord->stop();
-    const QList<FrmTC *> open = Recorders();
-    m_recorders.clear();
-    std::for_each(open.crbegin(), open.crend(), [](FrmTC *window) { window->close(); });
+    const QList<QPointer<FrmTC>> opened = std::exchange(m_recorders, {});
+    for (auto window = opened.crbegin(); window != opened.crend(); ++window) {
+        if (*window)
+            (*window)->close();
+    }
 }
 
 void StationCommands::Copy()

@@ -75,10 +75,9 @@ public:
     void About();
     void SearchWww(const QString &text, const QString &genre);
 
-    // The recorder windows Record opened and still open, oldest first.
-    QList<FrmTC *> Recorders() const;
-    // Closes them, newest first, each completing its file; a Record click
-    // whose window has not opened yet opens none.
+    // Closes the recorder windows Record opened, newest first, each
+    // completing its file; a Record click whose window has not opened yet
+    // opens none.
     void CloseRecorders();
 
 private:

@@ -35,7 +35,16 @@ constexpr int Wait = 10000;
 class CommandsTest : public StationWindowTest
 {
 protected:
-    QList<FrmTC *> recorders() const { return window->Commands().Recorders(); }
+    // The recorder windows open now, in no particular order.
+    static QList<FrmTC *> recorders()
+    {
+        QList<FrmTC *> open;
+        for (QWidget *shown : QApplication::topLevelWidgets()) {
+            if (auto *recorder = qobject_cast<FrmTC *>(shown); recorder && recorder->isVisible())
+                open << recorder;
+        }
+        return open;
+    }
 
     // Clicks Record and lets TimerRecord tick.
     void record()
@@ -66,13 +75,16 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     grid->SetCellText(0, pos(Col::ColStation), u"Rock Two"_s);
     record();
     EXPECT_EQ(state->catalogue.at(1).Name, u"Rock Two"_s);
+    ASSERT_EQ(recorders().size(), 1);
+    QPointer<FrmTC> first = recorders().at(0);
     grid->GotoCell(1, 1);
     record();
     ASSERT_EQ(recorders().size(), 2);
+    QPointer<FrmTC> second = recorders().at(recorders().at(0) == first ? 1 : 0);
     const char *const expected[2][4] = {{"Rock Two", "http://127.0.0.1:8000/a", ".\\%STATION%.mp3", "1"},
                                         {"Classic Hits", "http://127.0.0.1:8000/b", "o", ""}};
     for (int i = 0; i < 2; ++i) {
-        FrmTC *recorder = recorders().at(i);
+        FrmTC *recorder = i == 0 ? first : second;
         const auto text = [recorder](const char *name) {
             return recorder->findChild<QLineEdit *>(QLatin1StringView(name))->text();
         };
@@ -84,7 +96,6 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     }
 
     // A recorder window's closing is its own; the main window's closing closes them all.
-    QPointer<FrmTC> first = recorders().at(0), second = recorders().at(1);
     first->close();
     dropClosedWindows();
     EXPECT_TRUE(first.isNull());
