@@ -1,8 +1,13 @@
 #pragma once
 
+#include "ui/stationcommands.h"
+
 #include <QWidget>
 
+#include <array>
+
 class AppState;
+struct Station;
 class LynxGrid;
 class QBoxLayout;
 class QComboBox;
@@ -11,8 +16,8 @@ class QPushButton;
 class StationPlayer;
 
 // The main window: the station catalogue in a grid, four filters, a text
-// search and in-place editing of the stations.
-class FrmStations : public QWidget
+// search, in-place editing of the stations, and the commands on them.
+class FrmStations : public QWidget, private StationListHost
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(FrmStations)
@@ -37,7 +42,7 @@ public:
         ColumnCount
     };
 
-    explicit FrmStations(AppState &state, QWidget *parent = nullptr);
+    FrmStations(AppState &state, StationCommands::Services services, QWidget *parent = nullptr);
 
     // The player behind the play handle in column 0; none until there is one.
     void SetPlayer(StationPlayer *player) { m_player = player; }
@@ -55,11 +60,23 @@ private:
     void applyTheme();
     void createColumns();
     void fillFilterLists();
-    void FillGrid();
-    void WriteBack(int row, int index);
-    // Writes every row with a changed cell back into its station; returns the changed cells.
+    void setAccessibleNames();
+
+    // StationListHost
+    LynxGrid &Grid() override { return *m_grid; }
+    void FillGrid() override;
+    void WriteBack(int row, int index) override;
+    void FillRow(int row, int index) override;
+    void CommitEdits() override;
+    void ForgetEdits() override;
+
+    // Writes every row with a changed cell back into its station and clears
+    // the marks; returns the changed cells.
     int SweepChangedCells();
     int pos(Column column) const;
+    using Positions = std::array<int, ColumnCount>;
+    Positions positions() const;
+    void fillRow(int row, const Station &station, const Positions &at);
 
     void cmdFilter_Click();
     void cmdSearch_Click();
@@ -70,7 +87,11 @@ private:
 
     AppState &m_state;
     StationPlayer *m_player = nullptr;
+    StationCommands *m_commands = nullptr;
     bool m_unloaded = false;
+    // Changed cells swept out of the grid before a refill: they count at
+    // closing like the changed cells still in it.
+    int m_sweptEdits = 0;
 
     LynxGrid *m_grid = nullptr;
     QComboBox *m_cboRating = nullptr;
