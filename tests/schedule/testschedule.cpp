@@ -1,0 +1,315 @@
+// The scheduler classes over a task store in memory.
+#include "app/apperror.h"
+#include "memorytaskservice.h"
+#include "schedule/schedule.h"
+#include "schedule/task.h"
+#include "schedule/taskerrors.h"
+#include "schedule/trigger.h"
+#include "schedule/triggers.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int errorNumber(const std::function<void()> &statement)
+{
+    try {
+        statement();
+    } catch (const AppError &error) {
+        return error.number();
+    }
+    return 0;
+}
+
+// Little-endian bytes of a record, written out by hand.
+QByteArray record(std::initializer_list<std::pair<int, quint32>> words16,
+                  std::initializer_list<std::pair<int, quint32>> words32)
+{
+    QByteArray bytes(46, '\0');
+    bytes[0] = 46;
+    for (const auto &[offset, value] : words16) {
+        bytes[offset] = char(value & 0xFF);
+        bytes[offset + 1] = char((value >> 8) & 0xFF);
+    }
+    for (const auto &[offset, value] : words32) {
+        for (int i = 0; i < 4; ++i)
+            bytes[offset + i] = char((value >> (8 * i)) & 0xFF);
+    }
+    return bytes;
+}
+
+class ScheduleTest : public ::testing::Test
+{
+protected:
+    // A task in the store with the given triggers, read back through a Schedule.
+    std::shared_ptr<Task> stored(const QString &name, int triggers)
+    {
+        TaskDefinition definition;
+        for (int i = 0; i < triggers; ++i) {
+            TriggerRecord trigger;
+            trigger.SetWord(TriggerRecord::StartHour, qint16(i + 1));
+            definition.Triggers.append(trigger);
+        }
+        service.Save(name, definition);
+        schedule.Refresh();
+        return schedule.Job(name);
+    }
+
+    std::shared_ptr<Trigger> trigger(qint32 type)
+    {
+        std::shared_ptr<Trigger> made = stored(u"t"_s, 0)->Triggers()->Add();
+        made->SetTriggerType(type);
+        return made;
+    }
+
+    MemoryTaskService service;
+    RecordingEditor editor;
+    Schedule schedule{service, &editor};
+};
+
+TEST_F(ScheduleTest, TheRecordHoldsEachPropertyAtItsOffset)
+{
+    const std::shared_ptr<Trigger> t = trigger(TriggerRecord::Weekly);
+    t->SetBeginDay(QDate(2009, 1, 31));
+    t->SetEndDay(QDate(2010, 12, 24));
+    t->SetStartTime(QTime(23, 59, 40));
+    t->SetDuration(600);
+    t->SetInterval(15);
+    t->SetFlags(0x10203);
+    t->SetWeekly_Interval(2);
+    t->SetWeekly_DaysOfTheWeek(0x41);
+    t->SetRandomInterval(-2);
+    EXPECT_EQ(t->Record().Bytes(),
+              record({{4, 2009}, {6, 1}, {8, 31}, {10, 2010}, {12, 12}, {14, 24}, {16, 23}, {18, 59}, {36, 2},
+                      {38, 0x41}, {44, 0xFFFE}},
+                     {{20, 600}, {24, 15}, {28, 0x10203}, {32, 2}}));
+    EXPECT_EQ(t->StartTime(), QTime(23, 59, 0));
+    EXPECT_EQ(t->BeginDay(), QDate(2009, 1, 31));
+    EXPECT_EQ(t->RandomInterval(), -2);
+
+    // The monthly day mask spans type words 0 and 1.
+    t->SetTriggerType(TriggerRecord::MonthlyDate);
+    t->SetMonthlyDate_Day(qint32(0x80000001));
+    t->SetMonthlyDate_Months(0xFFF);
+    EXPECT_EQ(t->Record().Bytes().mid(32, 10), record({{34, 0}, {36, 1}, {38, 0x8000}, {40, 0xFFF}}, {{32, 3}})
+                                                   .mid(32, 10));
+    EXPECT_EQ(t->MonthlyDate_Day(), qint32(0x80000001));
+}
+
+TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow)
+{
+    struct Row
+    {
+        const char *name;
+        qint32 type;
+        std::function<void(Trigger &)> read;
+        std::function<void(Trigger &, qint32)> write;
+        bool sixteenBits;
+    };
+    const Row rows[] = {
+        {"Daily_Interval", 1, [](Trigger &t) { t.Daily_Interval(); }, &Trigger::SetDaily_Interval, true},
+        {"Weekly_Interval", 2, [](Trigger &t) { t.Weekly_Interval(); }, &Trigger::SetWeekly_Interval, true},
+        {"Weekly_DaysOfTheWeek", 2, [](Trigger &t) { t.Weekly_DaysOfTheWeek(); },
+         &Trigger::SetWeekly_DaysOfTheWeek, true},
+        {"MonthlyDate_Day", 3, [](Trigger &t) { t.MonthlyDate_Day(); }, &Trigger::SetMonthlyDate_Day, false},
+        {"MonthlyDate_Months", 3, [](Trigger &t) { t.MonthlyDate_Months(); }, &Trigger::SetMonthlyDate_Months,
+         true},
+        {"MonthlyDOW_Week", 4, [](Trigger &t) { t.MonthlyDOW_Week(); }, &Trigger::SetMonthlyDOW_Week, true},
+        {"MonthlyDOW_DaysOfTheWeek", 4, [](Trigger &t) { t.MonthlyDOW_DaysOfTheWeek(); },
+         &Trigger::SetMonthlyDOW_DaysOfTheWeek, true},
+        {"MonthlyDOW_Months", 4, [](Trigger &t) { t.MonthlyDOW_Months(); }, &Trigger::SetMonthlyDOW_Months, true},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        for (qint32 type = 0; type <= 7; ++type) {
+            const std::shared_ptr<Trigger> t = trigger(type);
+            const QByteArray before = t->Record().Bytes();
+            const int expected = type == row.type ? 0 : TaskErrors::InvalidTriggerTypeNumber;
+            EXPECT_EQ(errorNumber([&] { row.read(*t); }), expected) << type;
+            EXPECT_EQ(errorNumber([&] { row.write(*t, 5); }), expected) << type;
+            if (type != row.type) {
+                EXPECT_EQ(t->Record().Bytes(), before);
+            }
+        }
+        const std::shared_ptr<Trigger> t = trigger(row.type);
+        EXPECT_EQ(errorNumber([&] { row.write(*t, 32767); }), 0);
+        const QByteArray before = t->Record().Bytes();
+        EXPECT_EQ(errorNumber([&] { row.write(*t, 32768); }), row.sixteenBits ? int(AppError::Overflow) : 0);
+        if (row.sixteenBits) {
+            EXPECT_EQ(t->Record().Bytes(), before);
+        }
+    }
+    try {
+        trigger(TriggerRecord::Weekly)->Daily_Interval();
+    } catch (const AppError &error) {
+        EXPECT_EQ(error.description(), u"Invalid trigger type"_s);
+    }
+
+    const std::shared_ptr<Task> task = stored(u"words"_s, 0);
+    EXPECT_EQ(errorNumber([&] { trigger(1)->SetRandomInterval(-32769); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
+    int idle = -1;
+    int deadline = -1;
+    task->GetIdleWait(idle, deadline);
+    EXPECT_EQ(idle, 0) << "a failed SetIdleWait changes neither value";
+    EXPECT_EQ(deadline, 0);
+}
+
+TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
+{
+    service.Save(u"b"_s, {});
+    service.Save(u"a"_s, {});
+    service.Save(u"broken"_s, {});
+    service.unreadable.insert(u"broken"_s);
+    EXPECT_EQ(schedule.Count(), 0);
+
+    schedule.Refresh();
+    ASSERT_EQ(schedule.Count(), 2);
+    EXPECT_EQ(schedule.Job(1)->Name(), u"b"_s);
+    EXPECT_EQ(schedule.Job(u"a"_s)->Name(), u"a"_s);
+    QStringList walked;
+    for (const std::shared_ptr<Task> &task : schedule.NewEnum())
+        walked.append(task->Name());
+    EXPECT_EQ(walked, (QStringList{u"b"_s, u"a"_s}));
+    EXPECT_EQ(errorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(errorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
+
+    service.enumFails = true;
+    schedule.Refresh();
+    EXPECT_EQ(schedule.Count(), 0);
+    service.enumFails = false;
+    schedule.SetTargetComputer(u"here"_s);
+    EXPECT_EQ(schedule.Count(), 2) << "a new target computer refills the list";
+    EXPECT_EQ(errorNumber([&] { schedule.SetTargetComputer(u"unreachable"_s); }), -2147023174);
+}
+
+TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedByIt)
+{
+    const std::shared_ptr<Task> task = schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s);
+    EXPECT_EQ(task->Name(), QString());
+    EXPECT_EQ(schedule.Job(u"Jazz24_2009-01-31_20-15"_s), task);
+    ASSERT_TRUE(service.tasks.contains(u"Jazz24_2009-01-31_20-15"_s));
+    EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).Creator, u"Tunecatch"_s);
+    EXPECT_EQ(errorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
+              TaskErrors::FileAlreadyExistsNumber);
+
+    EXPECT_EQ(errorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(schedule.Count(), 1);
+
+    schedule.Refresh();
+    schedule.Delete(1);
+    EXPECT_EQ(schedule.Count(), 0);
+    EXPECT_TRUE(service.tasks.isEmpty());
+}
+
+TEST_F(ScheduleTest, TaskPropertiesReachTheStoreOnlyBySaveAndRefusedValuesLeaveTheOldOne)
+{
+    const std::shared_ptr<Task> task = stored(u"props"_s, 0);
+    task->SetApplicationName(u"tunecatch"_s);
+    task->SetCommandLine(u"-s x -v"_s);
+    task->SetComment(u"Recording from X"_s);
+    task->SetWorkingDirectory(u"/opt/tc/"_s);
+    task->SetFlags(9219);
+    task->SetMaxRunTime(-1);
+    task->SetPriority(TaskPriority::Idle);
+    task->SetAccountInfo(u"ann"_s, std::nullopt);
+    task->SetIdleWait(5, 10);
+    EXPECT_EQ(service.tasks.value(u"props"_s).ApplicationName, QString());
+
+    task->Save();
+    schedule.Refresh();
+    const std::shared_ptr<Task> again = schedule.Job(u"props"_s);
+    EXPECT_EQ(again->ApplicationName(), u"tunecatch"_s);
+    EXPECT_EQ(again->CommandLine(), u"-s x -v"_s);
+    EXPECT_EQ(again->GetAccountInfo(), u"ann"_s);
+    EXPECT_EQ(again->MaxRunTime(), -1);
+    EXPECT_EQ(again->Priority(), TaskPriority::Idle);
+    EXPECT_EQ(again->filename(), u"mem:props"_s);
+
+    service.refused.insert(TaskService::TextField::Comment, u"bad"_s);
+    EXPECT_NE(errorNumber([&] { again->SetComment(u"bad"_s); }), 0);
+    EXPECT_EQ(again->Comment(), u"Recording from X"_s);
+    EXPECT_EQ(errorNumber([&] { again->SetPriority(12345); }), AppError::InvalidArgument);
+    EXPECT_NE(errorNumber([&] { again->SetAccountInfo(u"ann"_s, u"secret"_s); }), 0);
+
+    again->Save(u"copy"_s);
+    EXPECT_EQ(service.tasks.value(u"copy"_s), service.tasks.value(u"props"_s));
+}
+
+TEST_F(ScheduleTest, RunTimeFactsComeFromTheServiceAndThePropertySheetFromTheEditor)
+{
+    const std::shared_ptr<Task> task = stored(u"run"_s, 0);
+    EXPECT_EQ(task->Status(), 0);
+    EXPECT_EQ(task->StatusText(), QString());
+    EXPECT_TRUE(task->LastRunTime().isNull());
+
+    service.runState = {TaskStatus::Ready, 3, QDateTime(QDate(2009, 1, 30), QTime(20, 15)),
+                        QDateTime(QDate(2009, 1, 31), QTime(20, 15))};
+    EXPECT_EQ(task->Status(), TaskStatus::Ready);
+    EXPECT_FALSE(task->StatusText().isEmpty());
+    EXPECT_EQ(task->ExitCode(), 3);
+    EXPECT_EQ(task->NextRunTime(), QDateTime(QDate(2009, 1, 31), QTime(20, 15)));
+    task->Run();
+    task->Terminate();
+    EXPECT_EQ(service.requests, (QStringList{u"run run"_s, u"terminate run"_s}));
+
+    QObject owner;
+    task->ShowProperties(&owner);
+    task->Edit(nullptr);
+    EXPECT_EQ(editor.owners, (QList<QObject *>{&owner, nullptr}));
+    Schedule bare(service);
+    bare.Refresh();
+    EXPECT_NE(errorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
+}
+
+TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
+{
+    const std::shared_ptr<Task> task = stored(u"trig"_s, 0);
+    std::shared_ptr<Trigger> added = task->Triggers()->Add();
+    EXPECT_EQ(added->Flags(), 0);
+    added->SetStartTime(QTime(21, 15));
+    added->SetTriggerType(TriggerRecord::Once);
+    EXPECT_NE(added->Text(), u"At 21:15 on "_s + added->BeginDay().toString(u"yyyy-MM-dd"_s))
+        << "Text describes the task's trigger, not the unsaved copy";
+    const QString unsaved = added->Text();
+    added.reset();
+    EXPECT_EQ(task->Triggers()->item(1)->Text(), unsaved) << "the task's own list still holds the trigger";
+    task->Triggers()->Update();
+    EXPECT_TRUE(task->Triggers()->item(1)->Text().startsWith(u"At 21:15 on "_s))
+        << "the last reference went: written back";
+
+    task->Triggers()->item(1)->SetStartTime(QTime(6, 0));
+    task->Save();
+    EXPECT_EQ(service.tasks.value(u"trig"_s).Triggers.first().Word(TriggerRecord::StartHour), 6);
+    EXPECT_EQ(errorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
+}
+
+TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate)
+{
+    const std::shared_ptr<Task> task = stored(u"two"_s, 2);
+    const std::shared_ptr<::Triggers> triggers = task->Triggers();
+    const std::shared_ptr<Trigger> second = triggers->item(2);
+    triggers->Remove(1);
+
+    EXPECT_EQ(triggers->Count(), 1);
+    EXPECT_EQ(second->Index(), 1);
+    EXPECT_EQ(second->StartTime(), QTime(2, 0)) << "platform trigger 0 went, the second's copy stayed";
+    EXPECT_NE(errorNumber([&] { second->Update(); }), 0);
+    EXPECT_NE(errorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
+
+    triggers->Update();
+    EXPECT_EQ(triggers->item(1)->Index(), 0);
+    EXPECT_EQ(triggers->item(1)->StartTime(), QTime(2, 0));
+    task->Save();
+    EXPECT_EQ(service.tasks.value(u"two"_s).Triggers.size(), 1);
+}
+
+} // namespace
