@@ -1,5 +1,6 @@
 // The scheduler classes over a task store in memory.
 #include "app/apperror.h"
+#include "errornumber.h"
 #include "memorytaskservice.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
@@ -14,16 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-int errorNumber(const std::function<void()> &statement)
-{
-    try {
-        statement();
-    } catch (const AppError &error) {
-        return error.number();
-    }
-    return 0;
-}
 
 // Little-endian bytes of a record, written out by hand.
 QByteArray record(std::initializer_list<std::pair<int, quint32>> words16,
@@ -129,16 +120,16 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
             const std::shared_ptr<Trigger> t = trigger(type);
             const QByteArray before = t->Record().Bytes();
             const int expected = type == row.type ? 0 : TaskErrors::InvalidTriggerTypeNumber;
-            EXPECT_EQ(errorNumber([&] { row.read(*t); }), expected) << type;
-            EXPECT_EQ(errorNumber([&] { row.write(*t, 5); }), expected) << type;
+            EXPECT_EQ(ErrorNumber([&] { row.read(*t); }), expected) << type;
+            EXPECT_EQ(ErrorNumber([&] { row.write(*t, 5); }), expected) << type;
             if (type != row.type) {
                 EXPECT_EQ(t->Record().Bytes(), before);
             }
         }
         const std::shared_ptr<Trigger> t = trigger(row.type);
-        EXPECT_EQ(errorNumber([&] { row.write(*t, 32767); }), 0);
+        EXPECT_EQ(ErrorNumber([&] { row.write(*t, 32767); }), 0);
         const QByteArray before = t->Record().Bytes();
-        EXPECT_EQ(errorNumber([&] { row.write(*t, 32768); }), row.sixteenBits ? int(AppError::Overflow) : 0);
+        EXPECT_EQ(ErrorNumber([&] { row.write(*t, 32768); }), row.sixteenBits ? int(AppError::Overflow) : 0);
         if (row.sixteenBits) {
             EXPECT_EQ(t->Record().Bytes(), before);
         }
@@ -150,10 +141,10 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
     }
 
     const std::shared_ptr<Task> task = stored(u"words"_s, 0);
-    EXPECT_EQ(errorNumber([&] { trigger(1)->SetRandomInterval(-32769); }), AppError::Overflow);
-    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
-    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
-    EXPECT_EQ(errorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
+    EXPECT_EQ(ErrorNumber([&] { trigger(1)->SetRandomInterval(-32769); }), AppError::Overflow);
+    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
+    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
+    EXPECT_EQ(ErrorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
     int idle = -1;
     int deadline = -1;
     task->GetIdleWait(idle, deadline);
@@ -177,8 +168,8 @@ TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
     for (const std::shared_ptr<Task> &task : schedule.NewEnum())
         walked.append(task->Name());
     EXPECT_EQ(walked, (QStringList{u"b"_s, u"a"_s}));
-    EXPECT_EQ(errorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
-    EXPECT_EQ(errorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(ErrorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(ErrorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
 
     service.enumFails = true;
     schedule.Refresh();
@@ -186,7 +177,7 @@ TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
     service.enumFails = false;
     schedule.SetTargetComputer(u"here"_s);
     EXPECT_EQ(schedule.Count(), 2) << "a new target computer refills the list";
-    EXPECT_EQ(errorNumber([&] { schedule.SetTargetComputer(u"unreachable"_s); }), -2147023174);
+    EXPECT_EQ(ErrorNumber([&] { schedule.SetTargetComputer(u"unreachable"_s); }), -2147023174);
 }
 
 TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedByIt)
@@ -196,10 +187,10 @@ TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedBy
     EXPECT_EQ(schedule.Job(u"Jazz24_2009-01-31_20-15"_s), task);
     ASSERT_TRUE(service.tasks.contains(u"Jazz24_2009-01-31_20-15"_s));
     EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).Creator, u"Tunecatch"_s);
-    EXPECT_EQ(errorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
+    EXPECT_EQ(ErrorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
 
-    EXPECT_EQ(errorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(ErrorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
     EXPECT_EQ(schedule.Count(), 1);
 
     schedule.Refresh();
@@ -233,10 +224,10 @@ TEST_F(ScheduleTest, TaskPropertiesReachTheStoreOnlyBySaveAndRefusedValuesLeaveT
     EXPECT_EQ(again->filename(), u"mem:props"_s);
 
     service.refused.insert(TaskService::TextField::Comment, u"bad"_s);
-    EXPECT_NE(errorNumber([&] { again->SetComment(u"bad"_s); }), 0);
+    EXPECT_NE(ErrorNumber([&] { again->SetComment(u"bad"_s); }), 0);
     EXPECT_EQ(again->Comment(), u"Recording from X"_s);
-    EXPECT_EQ(errorNumber([&] { again->SetPriority(12345); }), AppError::InvalidArgument);
-    EXPECT_NE(errorNumber([&] { again->SetAccountInfo(u"ann"_s, u"secret"_s); }), 0);
+    EXPECT_EQ(ErrorNumber([&] { again->SetPriority(12345); }), AppError::InvalidArgument);
+    EXPECT_NE(ErrorNumber([&] { again->SetAccountInfo(u"ann"_s, u"secret"_s); }), 0);
 
     again->Save(u"copy"_s);
     EXPECT_EQ(service.tasks.value(u"copy"_s), service.tasks.value(u"props"_s));
@@ -265,7 +256,7 @@ TEST_F(ScheduleTest, RunTimeFactsComeFromTheServiceAndThePropertySheetFromTheEdi
     EXPECT_EQ(editor.owners, (QList<QObject *>{&owner, nullptr}));
     Schedule bare(service);
     bare.Refresh();
-    EXPECT_NE(errorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
+    EXPECT_NE(ErrorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
 }
 
 TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
@@ -287,7 +278,7 @@ TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
     task->Triggers()->item(1)->SetStartTime(QTime(6, 0));
     task->Save();
     EXPECT_EQ(service.tasks.value(u"trig"_s).Triggers.first().Word(TriggerRecord::StartHour), 6);
-    EXPECT_EQ(errorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(ErrorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
 }
 
 TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate)
@@ -300,10 +291,10 @@ TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate
     EXPECT_EQ(triggers->Count(), 1);
     EXPECT_EQ(second->Index(), 1);
     EXPECT_EQ(second->StartTime(), QTime(2, 0)) << "platform trigger 0 went, the second's copy stayed";
-    EXPECT_NE(errorNumber([&] { second->Update(); }), 0);
-    EXPECT_NE(errorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
-    EXPECT_EQ(errorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
-    EXPECT_EQ(errorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_NE(ErrorNumber([&] { second->Update(); }), 0);
+    EXPECT_NE(ErrorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
+    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
+    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
 
     triggers->Update();
     EXPECT_EQ(triggers->item(1)->Index(), 0);
