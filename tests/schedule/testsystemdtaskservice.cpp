@@ -2,6 +2,7 @@
 // recorder of its calls; the units it writes are checked by systemd's own tools.
 #include "app/apperror.h"
 #include "errornumber.h"
+#include "recordingsystemctl.h"
 #include "schedule/oncalendar.h"
 #include "schedule/schedule.h"
 #include "schedule/systemdtaskservice.h"
@@ -26,25 +27,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class RecordingSystemctl : public Systemctl
-{
-public:
-    Result Run(const QStringList &arguments) override
-    {
-        calls.append(arguments.join(u' '));
-        Result result;
-        result.reached = reachable;
-        result.exitCode = reachable ? 0 : 1;
-        if (reachable && arguments.first() == u"show")
-            result.output = showOutput;
-        return result;
-    }
-
-    QStringList calls;
-    bool reachable = true;
-    QByteArray showOutput;
-};
 
 TriggerRecord trigger(qint32 type, int hour, int minute, qint16 word0 = 0, qint16 word1 = 0, qint16 word2 = 0)
 {
