@@ -87,6 +87,7 @@ void FrmScheduledTasks::RefreshList()
         auto *item = new QTreeWidgetItem(lstTasks, {task->Name(), when(state.NextRun, QStringLiteral("None")),
                                                     when(state.LastRun, QStringLiteral("Never")),
                                                     TaskStatus::Text(state.Status), task->CommandLine()});
+        item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             lstTasks->setCurrentItem(item);
     }

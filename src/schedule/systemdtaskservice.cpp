@@ -31,12 +31,15 @@ bool exists(const QString &path)
     return QFileInfo(path).exists() || QFileInfo(path).isSymLink();
 }
 
+// The program's unit files are a few hundred bytes; anything far larger is not one of them.
+constexpr qint64 MaxUnitFileSize = 64 * 1024;
+
 QByteArray readAll(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly) || file.size() > MaxUnitFileSize)
         return {};
-    return file.readAll();
+    return file.read(MaxUnitFileSize);
 }
 
 // A file the program wrote and nobody changed since, or no file at all.
