@@ -15,8 +15,9 @@ bool displayReachable()
 {
     const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
     if (!wayland.isEmpty()) {
-        const QString socket =
-            QFileInfo(wayland).isAbsolute() ? wayland : qEnvironmentVariable("XDG_RUNTIME_DIR") + u'/' + wayland;
+        const QString socket = QFileInfo(wayland).isAbsolute()
+                                   ? wayland
+                                   : qEnvironmentVariable("XDG_RUNTIME_DIR") + u'/' + wayland;
         if (QFileInfo::exists(socket))
             return true;
     }

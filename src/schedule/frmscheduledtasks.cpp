@@ -127,8 +127,9 @@ void FrmScheduledTasks::cmdEdit_Click()
 void FrmScheduledTasks::cmdDelete_Click()
 {
     const std::shared_ptr<Task> task = selectedTask();
-    if (!task || !m_prompt.askYesNo(QStringLiteral("Delete the scheduled recording \"%1\"?").arg(task->Name()),
-                                     AppState::AppTitle, Prompt::Icon::Question))
+    if (!task ||
+        !m_prompt.askYesNo(QStringLiteral("Delete the scheduled recording \"%1\"?").arg(task->Name()),
+                           AppState::AppTitle, Prompt::Icon::Question))
         return;
     try {
         m_schedule.Delete(task->Name());

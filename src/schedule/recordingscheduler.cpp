@@ -20,8 +20,7 @@
 namespace {
 
 // After the task exists, every statement that fails is skipped and the next one runs.
-template <typename Statement>
-void tolerate(Statement &&statement)
+template <typename Statement> void tolerate(Statement &&statement)
 {
     try {
         statement();
@@ -106,7 +105,8 @@ std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
 }
 
 void RecordingScheduler::ScheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner,
-                                           Prompt &prompt, const std::function<void()> &openScheduledTasks) const
+                                           Prompt &prompt,
+                                           const std::function<void()> &openScheduledTasks) const
 {
     Schedule schedule(service, editor);
     const std::shared_ptr<Task> task = Register(schedule);
@@ -152,7 +152,8 @@ QString WithStopCondition(const QString &commandLine, const StopCondition &stop)
             kept.append(tokens[i]);
     }
     if (stop.kind != StopCondition::None) {
-        const qsizetype at = !kept.isEmpty() && kept.last() == SwitchMinimised ? kept.size() - 1 : kept.size();
+        const qsizetype at =
+            !kept.isEmpty() && kept.last() == SwitchMinimised ? kept.size() - 1 : kept.size();
         kept.insert(at, stop.value);
         kept.insert(at, stop.kind == StopCondition::Minutes ? SwitchMinutes : SwitchMegabytes);
     }

@@ -101,7 +101,8 @@ int Schedule::indexAt(int position) const
 void Schedule::add(const QString &key, std::shared_ptr<Task> task)
 {
     if (m_keys.contains(key))
-        throw AppError(457, QStringLiteral("This key is already associated with an element of this collection"));
+        throw AppError(457,
+                       QStringLiteral("This key is already associated with an element of this collection"));
     m_keys.append(key);
     m_tasks.append(std::move(task));
 }

@@ -21,7 +21,8 @@ SchedulingSetup completed(SchedulingSetup setup)
 } // namespace
 
 SchedulerParts::SchedulerParts(const SchedulingSetup &setup)
-    : m_setup(completed(setup)), m_service(m_setup.unitFolder, *m_setup.systemctl), m_editor(m_setup.answerDialog)
+    : m_setup(completed(setup)), m_service(m_setup.unitFolder, *m_setup.systemctl),
+      m_editor(m_setup.answerDialog)
 {
 }
 

@@ -52,7 +52,7 @@ bool ownOrAbsent(const QString &path)
 // order asked, separated by an empty line.
 QList<QHash<QString, QString>> showBlocks(const QByteArray &output)
 {
-    QList<QHash<QString, QString>> blocks{{}};
+    QList<QHash<QString, QString>> blocks(1);
     for (const QString &line : QString::fromUtf8(output).split(u'\n')) {
         if (line.isEmpty()) {
             if (!blocks.last().isEmpty())
@@ -110,7 +110,8 @@ void SystemdTaskService::SetTargetComputer(const QString &computer)
     while (name.startsWith(u'\\'))
         name.remove(0, 1);
     if (!name.isEmpty() && name.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) != 0)
-        throw TaskErrors::Refused(QStringLiteral("Only this computer's scheduled recordings can be managed."));
+        throw TaskErrors::Refused(
+            QStringLiteral("Only this computer's scheduled recordings can be managed."));
 }
 
 QString SystemdTaskService::UnitBase(const QString &name)
@@ -118,10 +119,12 @@ QString SystemdTaskService::UnitBase(const QString &name)
     if (name.isEmpty())
         throw TaskErrors::BadTaskName(name, QStringLiteral("the name is empty."));
     if (hasControlCharacters(name))
-        throw TaskErrors::BadTaskName(name, QStringLiteral("it holds line breaks or other control characters."));
+        throw TaskErrors::BadTaskName(name,
+                                      QStringLiteral("it holds line breaks or other control characters."));
     const QString base = UnitNames::Escape(name);
     if (QString::fromUtf8(name.toUtf8()) != name)
-        throw TaskErrors::BadTaskName(name, QStringLiteral("it holds characters that cannot be written as UTF-8."));
+        throw TaskErrors::BadTaskName(name,
+                                      QStringLiteral("it holds characters that cannot be written as UTF-8."));
     if (base.size() + ServiceSuffix.size() > UnitNames::MaxUnitName)
         throw TaskErrors::BadTaskName(name, QStringLiteral("it is too long for a systemd unit name."));
     return base;
@@ -248,12 +251,15 @@ void SystemdTaskService::Delete(const QString &name)
 void SystemdTaskService::CheckText(TextField field, const QString &value) const
 {
     if (hasControlCharacters(value))
-        throw TaskErrors::Refused(QStringLiteral("A unit file cannot hold line breaks or other control characters."));
+        throw TaskErrors::Refused(
+            QStringLiteral("A unit file cannot hold line breaks or other control characters."));
     if (QString::fromUtf8(value.toUtf8()) != value)
-        throw TaskErrors::Refused(QStringLiteral("The text holds characters that cannot be written as UTF-8."));
+        throw TaskErrors::Refused(
+            QStringLiteral("The text holds characters that cannot be written as UTF-8."));
     if (field == TextField::WorkingDirectory && !value.isEmpty() &&
         (!QDir::isAbsolutePath(value) || value != value.trimmed()))
-        throw TaskErrors::Refused(QStringLiteral("The working folder must be a full path without blanks around it."));
+        throw TaskErrors::Refused(
+            QStringLiteral("The working folder must be a full path without blanks around it."));
 }
 
 QString SystemdTaskService::FileName(const QString &name) const

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "schedule/taskservice.h"
 #include "schedule/systemctl.h"
+#include "schedule/taskservice.h"
 #include "schedule/taskunits.h"
 
 #include <optional>

@@ -19,10 +19,7 @@ qint16 toWord(int value)
 
 } // namespace
 
-Task::Task(std::shared_ptr<WorkItem> item)
-    : m_item(std::move(item)), m_triggers(new ::Triggers(m_item))
-{
-}
+Task::Task(std::shared_ptr<WorkItem> item) : m_item(std::move(item)), m_triggers(new ::Triggers(m_item)) {}
 
 Task::~Task() = default;
 
@@ -199,7 +196,8 @@ void Task::Save(const QString &fileName)
 void Task::SetAccountInfo(const QString &account, const std::optional<QString> &password)
 {
     if (password && !password->isEmpty())
-        throw TaskErrors::Refused(QStringLiteral("Scheduled recordings run as their owner; no password is kept."));
+        throw TaskErrors::Refused(
+            QStringLiteral("Scheduled recordings run as their owner; no password is kept."));
     setText(TaskService::TextField::Account, &TaskDefinition::Account, account);
 }
 

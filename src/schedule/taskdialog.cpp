@@ -89,10 +89,12 @@ void TaskDialog::buildControls()
     spnMonthDay->setRange(1, 31);
 
     cboStop = named(new QComboBox, QStringLiteral("cboStop"), QStringLiteral("Stop"));
-    cboStop->addItems({QStringLiteral("No limit"), QStringLiteral("After minutes"), QStringLiteral("After megabytes")});
+    cboStop->addItems(
+        {QStringLiteral("No limit"), QStringLiteral("After minutes"), QStringLiteral("After megabytes")});
     txtStop = named(new QLineEdit, QStringLiteral("txtStop"), QStringLiteral("Stop after"));
     // The value is one word of the command line: a number, never a blank.
-    txtStop->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*[.]?[0-9]*")), txtStop));
+    txtStop->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*[.]?[0-9]*")), txtStop));
     txtStop->setMaximumWidth(90);
     auto *stopRow = new QHBoxLayout;
     stopRow->addWidget(cboStop);
@@ -127,7 +129,8 @@ void TaskDialog::buildControls()
     layout->addWidget(buttons);
 
     connect(cboSchedule, &QComboBox::currentIndexChanged, this, &TaskDialog::showRepeat);
-    connect(cboStop, &QComboBox::currentIndexChanged, this, [this](int index) { txtStop->setEnabled(index > 0); });
+    connect(cboStop, &QComboBox::currentIndexChanged, this,
+            [this](int index) { txtStop->setEnabled(index > 0); });
     connect(dtStart, &QDateTimeEdit::dateTimeChanged, this, &TaskDialog::showNotice);
     connect(tmStart, &QDateTimeEdit::dateTimeChanged, this, &TaskDialog::showNotice);
     connect(cboSchedule, &QComboBox::currentIndexChanged, this, &TaskDialog::showNotice);

@@ -38,8 +38,8 @@ public:
         RepeatUnchanged,
     };
 
-    static inline const QString PastNotice =
-        QStringLiteral("This start time has already passed: the recording will not start. Choose a later time.");
+    static inline const QString PastNotice = QStringLiteral(
+        "This start time has already passed: the recording will not start. Choose a later time.");
 
     TaskDialog(Task &task, QWidget *parent = nullptr);
 

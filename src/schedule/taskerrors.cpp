@@ -19,7 +19,8 @@ AppError SubscriptOutOfRange()
 
 AppError TaskExists(const QString &name)
 {
-    return {FileAlreadyExistsNumber, QStringLiteral("A scheduled task named \"%1\" already exists.").arg(name)};
+    return {FileAlreadyExistsNumber,
+            QStringLiteral("A scheduled task named \"%1\" already exists.").arg(name)};
 }
 
 AppError TaskNotFound(const QString &name)
@@ -29,12 +30,14 @@ AppError TaskNotFound(const QString &name)
 
 AppError BadTaskName(const QString &name, const QString &why)
 {
-    return {AppError::InvalidArgument, QStringLiteral("\"%1\" cannot name a scheduled task: %2").arg(name, why)};
+    return {AppError::InvalidArgument,
+            QStringLiteral("\"%1\" cannot name a scheduled task: %2").arg(name, why)};
 }
 
 AppError Damaged(const QString &path)
 {
-    return {BadFileFormatNumber, QStringLiteral("The task file is damaged or was changed by hand: %1").arg(path)};
+    return {BadFileFormatNumber,
+            QStringLiteral("The task file is damaged or was changed by hand: %1").arg(path)};
 }
 
 AppError NotOurs(const QString &path)

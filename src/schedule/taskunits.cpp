@@ -129,13 +129,16 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
     const std::optional<QString> comment =
         UnitText::UnescapeSpecifiers(description.isNull() ? QString() : description);
     const QString folder = file.Value(Service, QStringLiteral("WorkingDirectory"));
-    const std::optional<QString> workingDirectory = UnitText::UnescapeSpecifiers(folder.isNull() ? QString() : folder);
+    const std::optional<QString> workingDirectory =
+        UnitText::UnescapeSpecifiers(folder.isNull() ? QString() : folder);
     const std::optional<QString> application = decodedOr(file, KeyApplication, definition.ApplicationName);
     const std::optional<QString> parameters = decodedOr(file, KeyCommandLine, definition.Parameters);
-    const std::optional<QString> exactComment = comment ? decodedOr(file, KeyComment, *comment) : std::nullopt;
+    const std::optional<QString> exactComment =
+        comment ? decodedOr(file, KeyComment, *comment) : std::nullopt;
     const std::optional<QString> creator = decodedOr(file, KeyCreator, QString());
     const std::optional<QString> account = decodedOr(file, KeyAccount, QString());
-    const std::optional<qint32> maxRunTime = readMaxRunTime(file.Value(Service, QStringLiteral("RuntimeMaxSec")));
+    const std::optional<qint32> maxRunTime =
+        readMaxRunTime(file.Value(Service, QStringLiteral("RuntimeMaxSec")));
     const std::optional<qint32> priority = readPriority(file);
     const auto idleWait = readPair(file.Value(Service, KeyIdleWait));
     const auto errorRetry = readPair(file.Value(Service, KeyErrorRetry));
@@ -226,9 +229,10 @@ QByteArray TaskUnits::ServiceFile(const QString &name, const TaskDefinition &def
     if (!program.isEmpty())
         file.Add(QStringLiteral("ExecStart"), UnitText::ExecLine(program, arguments(definition.Parameters)));
     if ((definition.Flags & TaskFlags::DeleteWhenDone) && RunsOnlyOnce(definition)) {
-        file.Add(QStringLiteral("ExecStopPost"),
-                 UnitText::ExecLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
-                                                                paths.timer, paths.service, paths.wantsLink}));
+        file.Add(
+            QStringLiteral("ExecStopPost"),
+            UnitText::ExecLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
+                                                           paths.timer, paths.service, paths.wantsLink}));
     }
     file.Add(QStringLiteral("RuntimeMaxSec"), definition.MaxRunTime == -1
                                                   ? QStringLiteral("infinity")
@@ -267,7 +271,8 @@ std::optional<TaskDefinition> TaskUnits::Read(const QByteArray &timer, const QBy
     if (!definition)
         return std::nullopt;
     for (const QString &hex : timerFile->Values(Timer, KeyTrigger)) {
-        const std::optional<TriggerRecord> record = TriggerRecord::FromBytes(QByteArray::fromHex(hex.toLatin1()));
+        const std::optional<TriggerRecord> record =
+            TriggerRecord::FromBytes(QByteArray::fromHex(hex.toLatin1()));
         if (!record || record->Bytes().toHex() != hex.toLatin1())
             return std::nullopt;
         definition->Triggers.append(*record);

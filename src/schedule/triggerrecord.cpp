@@ -94,10 +94,12 @@ QString DescribeTrigger(const TriggerRecord &record)
     case TriggerRecord::Once:
         return at + QStringLiteral(" on ") + begin;
     case TriggerRecord::Daily:
-        return at + u' ' + every(record.Word(F::TypeWord0), QStringLiteral("every day"), QStringLiteral("days")) +
+        return at + u' ' +
+               every(record.Word(F::TypeWord0), QStringLiteral("every day"), QStringLiteral("days")) +
                QStringLiteral(", starting ") + begin;
     case TriggerRecord::Weekly:
-        return at + QStringLiteral(" every ") + names(word(F::TypeWord1), DayNames, 7) + QStringLiteral(" of ") +
+        return at + QStringLiteral(" every ") + names(word(F::TypeWord1), DayNames, 7) +
+               QStringLiteral(" of ") +
                every(record.Word(F::TypeWord0), QStringLiteral("every week"), QStringLiteral("weeks")) +
                QStringLiteral(", starting ") + begin;
     case TriggerRecord::MonthlyDate: {

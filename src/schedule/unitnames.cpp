@@ -33,7 +33,8 @@ QString UnitNames::Escape(const QString &name)
         else if (keptAsIs(c, i == 0))
             escaped += QLatin1Char(c);
         else
-            escaped += QStringLiteral("\\x%1").arg(uint(static_cast<unsigned char>(c)), 2, 16, QLatin1Char('0'));
+            escaped +=
+                QStringLiteral("\\x%1").arg(uint(static_cast<unsigned char>(c)), 2, 16, QLatin1Char('0'));
     }
     return escaped;
 }

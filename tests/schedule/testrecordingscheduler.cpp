@@ -64,7 +64,8 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
     for (const auto &row : rows) {
         RecordingInputs inputs = jazz();
         row.change(inputs);
-        EXPECT_EQ(RecordingScheduler(inputs, clockAt(QTime(20, 15)), {}).BuildScheduleCommandLine(), row.line);
+        EXPECT_EQ(RecordingScheduler(inputs, clockAt(QTime(20, 15)), {}).BuildScheduleCommandLine(),
+                  row.line);
     }
 }
 
@@ -187,7 +188,9 @@ TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
         StopCondition replacement;
         QString replaced;
     } rows[] = {
-        {u"-s x -w J -t 60 -v"_s, {StopCondition::Minutes, u"60"_s}, {StopCondition::Megabytes, u"5"_s},
+        {u"-s x -w J -t 60 -v"_s,
+         {StopCondition::Minutes, u"60"_s},
+         {StopCondition::Megabytes, u"5"_s},
          u"-s x -w J -b 5 -v"_s},
         {u"-s x -t 60 -b 7 -v"_s, {StopCondition::Megabytes, u"7"_s}, {}, u"-s x -v"_s},
         {u"-s x -w J"_s, {}, {StopCondition::Minutes, u"90"_s}, u"-s x -w J -t 90"_s},

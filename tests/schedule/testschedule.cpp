@@ -74,10 +74,18 @@ TEST_F(ScheduleTest, TheRecordHoldsEachPropertyAtItsOffset)
     t->SetWeekly_Interval(2);
     t->SetWeekly_DaysOfTheWeek(0x41);
     t->SetRandomInterval(-2);
-    EXPECT_EQ(t->Record().Bytes(),
-              record({{4, 2009}, {6, 1}, {8, 31}, {10, 2010}, {12, 12}, {14, 24}, {16, 23}, {18, 59}, {36, 2},
-                      {38, 0x41}, {44, 0xFFFE}},
-                     {{20, 600}, {24, 15}, {28, 0x10203}, {32, 2}}));
+    EXPECT_EQ(t->Record().Bytes(), record({{4, 2009},
+                                           {6, 1},
+                                           {8, 31},
+                                           {10, 2010},
+                                           {12, 12},
+                                           {14, 24},
+                                           {16, 23},
+                                           {18, 59},
+                                           {36, 2},
+                                           {38, 0x41},
+                                           {44, 0xFFFE}},
+                                          {{20, 600}, {24, 15}, {28, 0x10203}, {32, 2}}));
     EXPECT_EQ(t->StartTime(), QTime(23, 59, 0));
     EXPECT_EQ(t->BeginDay(), QDate(2009, 1, 31));
     EXPECT_EQ(t->RandomInterval(), -2);
@@ -86,8 +94,8 @@ TEST_F(ScheduleTest, TheRecordHoldsEachPropertyAtItsOffset)
     t->SetTriggerType(TriggerRecord::MonthlyDate);
     t->SetMonthlyDate_Day(qint32(0x80000001));
     t->SetMonthlyDate_Months(0xFFF);
-    EXPECT_EQ(t->Record().Bytes().mid(32, 10), record({{34, 0}, {36, 1}, {38, 0x8000}, {40, 0xFFF}}, {{32, 3}})
-                                                   .mid(32, 10));
+    EXPECT_EQ(t->Record().Bytes().mid(32, 10),
+              record({{34, 0}, {36, 1}, {38, 0x8000}, {40, 0xFFF}}, {{32, 3}}).mid(32, 10));
     EXPECT_EQ(t->MonthlyDate_Day(), qint32(0x80000001));
 }
 
@@ -112,7 +120,8 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
         {"MonthlyDOW_Week", 4, [](Trigger &t) { t.MonthlyDOW_Week(); }, &Trigger::SetMonthlyDOW_Week, true},
         {"MonthlyDOW_DaysOfTheWeek", 4, [](Trigger &t) { t.MonthlyDOW_DaysOfTheWeek(); },
          &Trigger::SetMonthlyDOW_DaysOfTheWeek, true},
-        {"MonthlyDOW_Months", 4, [](Trigger &t) { t.MonthlyDOW_Months(); }, &Trigger::SetMonthlyDOW_Months, true},
+        {"MonthlyDOW_Months", 4, [](Trigger &t) { t.MonthlyDOW_Months(); }, &Trigger::SetMonthlyDOW_Months,
+         true},
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);

@@ -176,8 +176,9 @@ TEST_F(ScheduleDialogs, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
 
 TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
 {
-    systemctl->showOutput = "NextElapseUSecRealtime=Fri 2031-01-31 21:15:00 UTC\nLastTriggerUSec=\n"
-                            "ActiveState=active\n\nExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n";
+    systemctl->showOutput =
+        "NextElapseUSecRealtime=Fri 2031-01-31 21:15:00 UTC\nLastTriggerUSec=\n"
+        "ActiveState=active\n\nExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n";
     QPointer<FrmScheduledTasks> window = new FrmScheduledTasks(setup, prompt);
     window->show();
     auto *list = child<QTreeWidget>(window, "lstTasks");
@@ -185,7 +186,9 @@ TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
     const QTreeWidgetItem *row = list->topLevelItem(0);
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnName), u"Jazz24_2031-01-31_20-15"_s);
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnNextRun),
-              QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc()).toLocalTime().toString(u"yyyy-MM-dd HH:mm"_s));
+              QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc())
+                  .toLocalTime()
+                  .toString(u"yyyy-MM-dd HH:mm"_s));
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnLastRun), u"Never"_s);
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnStatus), TaskStatus::Text(TaskStatus::HasNotRun));
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), Line);

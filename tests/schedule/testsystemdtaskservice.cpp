@@ -23,7 +23,6 @@
 
 #include <gtest/gtest.h>
 
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -93,7 +92,8 @@ protected:
         TaskDefinition d;
         d.ApplicationName = QFileInfo(program).fileName();
         d.WorkingDirectory = QFileInfo(program).absolutePath() + u'/';
-        d.Parameters = u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 -n -xs -t 60 -v"_s;
+        d.Parameters =
+            u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 -n -xs -t 60 -v"_s;
         d.Comment = u"Recording from Jazz 24"_s;
         d.Creator = u"Tunecatch"_s;
         d.Account = u"ann"_s;
@@ -143,9 +143,11 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
     odd.DeadlineMinutes = -32768;
     odd.MaxRunTime = -1;
     odd.Priority = TaskPriority::High;
-    odd.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),        trigger(TriggerRecord::Weekly, 7, 0, 1, 0x22),
+    odd.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),
+                    trigger(TriggerRecord::Weekly, 7, 0, 1, 0x22),
                     trigger(TriggerRecord::MonthlyDate, 8, 0, 1, qint16(0x8000), 0x801),
-                    trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x7F, 0xFFF), trigger(TriggerRecord::OnIdle, 0, 0),
+                    trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x7F, 0xFFF),
+                    trigger(TriggerRecord::OnIdle, 0, 0),
                     trigger(TriggerRecord::Daily, 6, 5, 3)};
     odd.Triggers[0].SetWord(TriggerRecord::Reserved2, 0x1234);
     odd.Triggers[1].SetLong(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
@@ -174,7 +176,8 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
         for (int i = 0; i < row.definition.Triggers.size(); ++i)
             EXPECT_TRUE(unitText(name, u".timer"_s)
                             .contains(u"X-Tunecatch-Trigger="_s +
-                                      QString::fromLatin1(row.definition.Triggers[i].Bytes().toHex()) + u'\n'));
+                                      QString::fromLatin1(row.definition.Triggers[i].Bytes().toHex()) +
+                                      u'\n'));
     }
     EXPECT_EQ(schedule->Count(), 4);
 }
@@ -201,26 +204,30 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
                                      "http://10.0.0.5:8000/live?a=$$HOME -w Jazz 24 -n -xs -t 60 -v\n"_s))
         << serviceText.toStdString();
     EXPECT_TRUE(serviceText.contains(u"\nRuntimeMaxSec=259200000ms\nNice=0\n"_s));
-    EXPECT_TRUE(unitText(u"Jazz24_2009-01-31_20-15"_s, u".timer"_s).contains(u"\nOnCalendar=2031-01-31 21:15:00\n"_s));
+    EXPECT_TRUE(unitText(u"Jazz24_2009-01-31_20-15"_s, u".timer"_s)
+                    .contains(u"\nOnCalendar=2031-01-31 21:15:00\n"_s));
     EXPECT_TRUE(unitText(u"weekly"_s, u".service"_s).contains(u"\nRuntimeMaxSec=5400000ms\nNice=19\n"_s));
 
     QStringList calendars;
     for (const TriggerRecord &record : weekly.Triggers)
         calendars.append(OnCalendarFor(record).value_or(QString()));
-    EXPECT_EQ(calendars, (QStringList{u"*-*-* 06:05:00"_s, u"Sun,Sat *-*-* 07:00:00"_s, u"*-01,12-01,31 08:00:00"_s,
-                                      u"Mon *-*~01..07 09:30:00"_s, u"Fri *-01-08..14 09:30:00"_s}));
+    EXPECT_EQ(calendars,
+              (QStringList{u"*-*-* 06:05:00"_s, u"Sun,Sat *-*-* 07:00:00"_s, u"*-01,12-01,31 08:00:00"_s,
+                           u"Mon *-*~01..07 09:30:00"_s, u"Fri *-01-08..14 09:30:00"_s}));
     for (const QString &calendar : calendars) {
         QProcess analyze;
         analyze.start(u"systemd-analyze"_s, {u"calendar"_s, calendar});
         ASSERT_TRUE(analyze.waitForFinished(20000));
-        EXPECT_EQ(analyze.exitCode(), 0) << calendar.toStdString() << analyze.readAllStandardError().toStdString();
+        EXPECT_EQ(analyze.exitCode(), 0)
+            << calendar.toStdString() << analyze.readAllStandardError().toStdString();
     }
 
     for (const QString &name : {u"Jazz24_2009-01-31_20-15"_s, u"weekly"_s}) {
         const QString base = unitFolder() + u'/' + escaped(name);
         QProcess verify;
         verify.setProcessChannelMode(QProcess::MergedChannels);
-        verify.start(u"systemd-analyze"_s, {u"verify"_s, u"--user"_s, base + u".timer"_s, base + u".service"_s});
+        verify.start(u"systemd-analyze"_s,
+                     {u"verify"_s, u"--user"_s, base + u".timer"_s, base + u".service"_s});
         ASSERT_TRUE(verify.waitForFinished(30000));
         EXPECT_EQ(verify.exitCode(), 0);
         const QByteArray said = verify.readAll();
@@ -238,7 +245,8 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
 
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
         EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
-    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"Radio Één/2"_s); }), TaskErrors::FileAlreadyExistsNumber);
+    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"Radio Één/2"_s); }),
+              TaskErrors::FileAlreadyExistsNumber);
     EXPECT_EQ(ErrorNumber([&] { service.Activate(u"absent"_s); }), AppError::FileNotFound);
     EXPECT_EQ(ErrorNumber([&] { service.CheckText(TaskService::TextField::Comment, u"two\nlines"_s); }),
               AppError::InvalidArgument);
@@ -299,9 +307,9 @@ TEST_F(SystemdStore, ActivationGoesThroughSystemctlAndTheTimerIsLinkedOnlyWhenIt
     service.Run(u"Jazz24_2009-01-31_20-15"_s);
     service.Terminate(u"Jazz24_2009-01-31_20-15"_s);
     service.Delete(u"Jazz24_2009-01-31_20-15"_s);
-    EXPECT_EQ(systemctl.calls,
-              (QStringList{u"start --no-block "_s + base + u".service"_s, u"stop --no-block "_s + base + u".service"_s,
-                           u"stop "_s + base + u".timer"_s, u"daemon-reload"_s}));
+    EXPECT_EQ(systemctl.calls, (QStringList{u"start --no-block "_s + base + u".service"_s,
+                                            u"stop --no-block "_s + base + u".service"_s,
+                                            u"stop "_s + base + u".timer"_s, u"daemon-reload"_s}));
     EXPECT_TRUE(QDir(unitFolder()).entryList(QDir::Files).isEmpty());
 }
 
@@ -335,16 +343,28 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
     } rows[] = {
         {"NextElapseUSecRealtime=Fri 2031-01-31 21:15:00 UTC\nLastTriggerUSec=\nActiveState=active\n\n"
          "ExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n",
-         TaskStatus::HasNotRun, 0, {}, QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc())},
+         TaskStatus::HasNotRun,
+         0,
+         {},
+         QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc())},
         {"NextElapseUSecRealtime=\nLastTriggerUSec=Fri 2031-01-31 21:15:00 UTC\nActiveState=active\n\n"
          "ExecMainStartTimestamp=@1927487700\nExecMainStatus=0\nActiveState=active\n",
-         TaskStatus::Running, 0, QDateTime::fromSecsSinceEpoch(1927487700), {}},
+         TaskStatus::Running,
+         0,
+         QDateTime::fromSecsSinceEpoch(1927487700),
+         {}},
         {"NextElapseUSecRealtime=\nLastTriggerUSec=Fri 2031-01-31 21:15:00 UTC\nActiveState=active\n\n"
          "ExecMainStartTimestamp=\nExecMainStatus=3\nActiveState=failed\n",
-         TaskStatus::NoMoreRuns, 3, QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc()), {}},
+         TaskStatus::NoMoreRuns,
+         3,
+         QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc()),
+         {}},
         {"NextElapseUSecRealtime=\nLastTriggerUSec=\nActiveState=active\n\n"
          "ExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n",
-         TaskStatus::NotScheduled, 0, {}, {}},
+         TaskStatus::NotScheduled,
+         0,
+         {},
+         {}},
         {"garbage", 0, 0, {}, {}},
     };
     for (const auto &row : rows) {
@@ -356,9 +376,10 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
         EXPECT_EQ(state.LastRun, row.last);
         EXPECT_EQ(state.NextRun, row.next);
     }
-    EXPECT_TRUE(systemctl.calls.contains(u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,"
-                                         "LastTriggerUSec,ExecMainStartTimestamp,ExecMainStatus -- shown.timer "
-                                         "shown.service"_s));
+    EXPECT_TRUE(
+        systemctl.calls.contains(u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,"
+                                 "LastTriggerUSec,ExecMainStartTimestamp,ExecMainStatus -- shown.timer "
+                                 "shown.service"_s));
 }
 
 TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhenItStops)
