@@ -73,8 +73,3 @@ void MemoryTaskService::Run(const QString &name)
 {
     requests.append(u"run "_s + name);
 }
-
-void MemoryTaskService::Terminate(const QString &name)
-{
-    requests.append(u"terminate "_s + name);
-}
