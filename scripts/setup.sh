@@ -12,6 +12,8 @@ packages=(
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   icecast2 ezstream lame espeak-ng ffmpeg mpg123
+  # scheduled recordings: systemd-analyze checks the units, systemd-escape their names
+  systemd
   # make fuzz: libFuzzer from clang
   clang libclang-rt-14-dev
   # the icon, the desktop entry and `make package`
