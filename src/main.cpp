@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 
 namespace {
 
@@ -50,6 +51,9 @@ int main(int argc, char *argv[])
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(AppState::AppTitle);
+    QApplication::setDesktopFileName(QStringLiteral("tunecatch"));
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("tunecatch"), QIcon(QCoreApplication::applicationDirPath() + QStringLiteral("/tunecatch.png"))));
 
     MessageBoxPrompt prompt;
     AppState state(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
