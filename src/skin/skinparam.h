@@ -25,6 +25,14 @@ struct ThemeColors
     quint32 WindowText;
 };
 
+// Whoever carries a theme to the windows: told each time the colours change.
+class ThemeListener
+{
+public:
+    virtual ~ThemeListener() = default;
+    virtual void ThemeColorsChanged(const ThemeColors &colors) = 0;
+};
+
 // The colour theme: 0 "Pale Blue", 1 "Black Night". Any other index is kept
 // but leaves the colours as they were.
 class cSkinParam
@@ -33,6 +41,9 @@ public:
     enum Theme { PaleBlue = 0, BlackNight = 1 };
 
     cSkinParam();
+
+    // The listener hears every later change of the colours; none by default.
+    void SetListener(ThemeListener *listener) { m_listener = listener; }
 
     // Reads the stored theme (default 1) and applies it.
     void Init();
@@ -46,4 +57,5 @@ public:
 private:
     qint32 m_theme = BlackNight;
     ThemeColors m_colors;
+    ThemeListener *m_listener = nullptr;
 };
