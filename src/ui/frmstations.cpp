@@ -5,6 +5,7 @@
 #include "app/conversions.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
+#include "skin/skincommand.h"
 #include "ui/stationplayer.h"
 #include "ui/themepalette.h"
 
@@ -222,6 +223,12 @@ void FrmStations::buildControls()
     connect(cmdSearch, &QPushButton::clicked, this, &FrmStations::cmdSearch_Click);
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
     connect(cmdSettings, &QPushButton::clicked, this, &FrmStations::cmdSettings_Click);
+    auto *cmdSkin = gfxOption->findChild<QPushButton *>(QStringLiteral("cmdSkin"));
+    cmdSkin->setEnabled(true);
+    cmdSkin->setToolTip({});
+    connect(cmdSkin, &QPushButton::clicked, this, [this] {
+        SkinCommand(m_state.skin, m_state.skinParam).Run(this, [this] { applyTheme(); });
+    });
     // The grid hands answers back through references: these must stay direct connections.
     connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
