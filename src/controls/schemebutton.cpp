@@ -74,19 +74,7 @@ void SchemeButton::paintEvent(QPaintEvent *)
     p.setPen(QPen(hasFocus() ? m_focus : m_border, hasFocus() ? 2 : 1));
     p.drawPath(path);
 
-    QRect content = rect().adjusted(6, 2, -6, -2);
-    if (!icon().isNull()) {
-        const QSize size = iconSize();
-        const int width = text().isEmpty() ? size.width() : size.width() + 4;
-        const int textWidth = fontMetrics().horizontalAdvance(text());
-        const int left = content.left() + qMax(0, (content.width() - width - textWidth) / 2);
-        icon().paint(&p, QRect(left, content.center().y() - size.height() / 2, size.width(), size.height()),
-                     Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
-        content.setLeft(left + width);
-        p.setPen(TextColor());
-        p.drawText(content, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, text());
-        return;
-    }
+    const QRect content = rect().adjusted(6, 2, -6, -2);
     p.setPen(TextColor());
     p.drawText(content, Qt::AlignCenter | Qt::TextShowMnemonic, text());
 }

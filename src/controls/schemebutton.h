@@ -7,10 +7,11 @@
 
 class HoverTracker;
 
-// A push button drawn in the theme's colour scheme: lighter while the mouse is
-// over it, in the accent colour while pressed or checked, with a focus ring.
-// An accent button (the window's main action) is filled with the accent
-// colour throughout. Screen readers see a standard push button.
+// A text push button drawn in the theme's colour scheme: tinted while the
+// mouse is over it, in the accent colour while pressed or checked, with a
+// focus ring. An accent button (the window's main action) is filled with the
+// accent colour throughout. Screen readers see a standard push button. It
+// draws no icon: pictures are the picture button's job.
 class SchemeButton : public QPushButton, public ThemedControl
 {
     Q_OBJECT

@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QFile>
-#include <QSettings>
 
 #include <gtest/gtest.h>
 
@@ -14,12 +13,6 @@ using namespace Qt::StringLiterals;
 using SkinFiles::Engine;
 
 namespace {
-
-void forget(const QString &key)
-{
-    QSettings(QSettings::NativeFormat, QSettings::UserScope, u"Tunecatch"_s, u"Tunecatch"_s)
-        .remove(u"CONFIG/"_s + key);
-}
 
 TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
 {
@@ -83,18 +76,6 @@ protected:
     ModAppSkin skin{profile.installFolder()};
 };
 
-TEST_F(AppSkinTest, AStoredSkinFileIsUsedWhileItIsThere)
-{
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Ledovec.urf"));
-    EXPECT_TRUE(skin.SkinStartup());
-    EXPECT_EQ(skin.SkinFile(), install("Ledovec.urf"));
-    skin.RemoveSkin();
-
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Gone.urf"));
-    EXPECT_FALSE(skin.SkinStartup());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
-}
-
 TEST_F(AppSkinTest, TextThatIsNoBooleanStopsStartUp)
 {
     SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"yes"_s);
@@ -108,26 +89,35 @@ TEST_F(AppSkinTest, TextThatIsNoBooleanStopsStartUp)
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
 }
 
-TEST_F(AppSkinTest, SwitchingToABrokenSkinOrSwitchingOffGivesTheSystemLook)
+TEST_F(AppSkinTest, StoredSkinsSwitchesAndSkinOffKeepTheLookAndTheSettingsInStep)
 {
-    forget(SettingsStore::AppSkinOn);
+    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Ledovec.urf"));
     ASSERT_TRUE(skin.SkinStartup());
+    EXPECT_EQ(skin.SkinFile(), install("Ledovec.urf"));
+
+    // A refused switch does not leave the old skin running against the setting.
     TempProfile::writeFile(install("Broken.urf"), SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
     skin.StartSkinWithFile(install("Broken.urf"));
     EXPECT_FALSE(skin.SkinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
 
-    skin.StartSkinWithFile(install("Ledovec.urf"));
+    skin.StartSkinWithFile(install("Zelvane.urf"));
     EXPECT_TRUE(skin.SkinRunning());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"True"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), install("Ledovec.urf"));
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), install("Zelvane.urf"));
 
     skin.SkinOff();
     EXPECT_FALSE(skin.SkinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
     EXPECT_FALSE(skin.SkinStartup());
+
+    // A stored skin file that has gone.
+    SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
+    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Gone.urf"));
+    EXPECT_FALSE(skin.SkinStartup());
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
 }
 
 } // namespace

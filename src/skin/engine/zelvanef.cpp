@@ -10,6 +10,8 @@
 
 #include <private/qcssparser_p.h>
 
+#include <algorithm>
+
 namespace {
 
 // A window given a skin of its own, with the sheet it had before.
@@ -105,9 +107,9 @@ extern "C" Q_DECL_EXPORT int SkinStart(const char *skinFile, int /*options*/)
 extern "C" Q_DECL_EXPORT void SkinRemove()
 {
     QApplication *app = widgetApplication();
-    EngineState &state = engine();
     if (!app)
         return;
+    EngineState &state = engine();
     for (const WindowSkin &skin : std::as_const(state.windows)) {
         if (skin.window)
             skin.window->setStyleSheet(skin.previousSheet);
