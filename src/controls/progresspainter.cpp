@@ -12,7 +12,9 @@ namespace {
 
 qreal luminance(const QColor &c)
 {
-    const auto channel = [](qreal v) { return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+    const auto channel = [](qreal v) {
+        return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
     return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) + 0.0722 * channel(c.blueF());
 }
 
@@ -38,7 +40,8 @@ ProgressColors ProgressColors::FromTheme(const ThemeColors &colors)
 ProgressColors ProgressColors::Disabled() const
 {
     const QColor setBackChunk = MixColors(chunk, track, 0.45);
-    return {track, setBackChunk, frame, MixColors(text, track, 0.6), MixColors(textOnChunk, setBackChunk, 0.75)};
+    return {track, setBackChunk, frame, MixColors(text, track, 0.6),
+            MixColors(textOnChunk, setBackChunk, 0.75)};
 }
 
 void PaintProgress(QPainter &p, const QRectF &rect, qreal fraction, const QString &text,

@@ -11,8 +11,8 @@
 namespace {
 
 constexpr int Radius = 8;
-constexpr int ShadowSize = 4;       // how far the shadow reaches beyond the panel
-constexpr int ShadowDrop = 2;   // the shadow falls a little below the panel
+constexpr int ShadowSize = 4; // how far the shadow reaches beyond the panel
+constexpr int ShadowDrop = 2; // the shadow falls a little below the panel
 constexpr int Padding = 10;
 
 // A panel stands for a group box: a screen reader announces a group named by its title.

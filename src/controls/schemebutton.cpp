@@ -1,7 +1,7 @@
 #include "controls/schemebutton.h"
 
-#include "controls/hovertracker.h"
 #include "controls/colormix.h"
+#include "controls/hovertracker.h"
 #include "skin/skinparam.h"
 
 #include <QPainter>

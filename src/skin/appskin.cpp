@@ -17,8 +17,7 @@ QString ModAppSkin::DefaultSkinFile() const
     return m_installFolder + QStringLiteral("/Zelvane.urf");
 }
 
-template <typename Fn>
-Fn ModAppSkin::engineFunction(const char *name)
+template <typename Fn> Fn ModAppSkin::engineFunction(const char *name)
 {
     // A file that is no loadable library (another architecture, damaged) or
     // lacks the export counts as no engine at all.

@@ -29,8 +29,7 @@ public:
     QString DefaultSkinFile() const;
 
 private:
-    template <typename Fn>
-    Fn engineFunction(const char *name);
+    template <typename Fn> Fn engineFunction(const char *name);
 
     QString m_installFolder;
     QLibrary m_engine;

@@ -68,8 +68,9 @@ void FrmSkin2::fillSkinList(const QString &currentSkinFile)
 {
     List1->addItem(NoSkin);
     // The file system's own order; the filter never lists "." and "..".
-    const QStringList files = QDir(m_installFolder)
-                                  .entryList({QStringLiteral("*.urf")}, QDir::Files | QDir::Hidden, QDir::Unsorted);
+    const QStringList files =
+        QDir(m_installFolder)
+            .entryList({QStringLiteral("*.urf")}, QDir::Files | QDir::Hidden, QDir::Unsorted);
     List1->addItems(files);
 
     const QFileInfo current(currentSkinFile);

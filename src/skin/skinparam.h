@@ -7,12 +7,12 @@
 // that the theme can be chosen without a display.
 struct ThemeColors
 {
-    quint32 Back;         // cell background
-    quint32 BackAlt;      // every second row
-    quint32 BackBkg;      // area below the last row
-    quint32 BackFixed;    // header
-    quint32 BackSel;      // selected rows
-    quint32 BackEdit;     // the edit box
+    quint32 Back;      // cell background
+    quint32 BackAlt;   // every second row
+    quint32 BackBkg;   // area below the last row
+    quint32 BackFixed; // header
+    quint32 BackSel;   // selected rows
+    quint32 BackEdit;  // the edit box
     quint32 Fore;
     quint32 ForeFixed;
     quint32 ForeSel;
@@ -21,7 +21,7 @@ struct ThemeColors
     quint32 Grid;
     quint32 ProgressBar;
     quint32 FocusRect;
-    quint32 Window;       // window and panel background
+    quint32 Window; // window and panel background
     quint32 WindowText;
 };
 
@@ -38,7 +38,11 @@ public:
 class cSkinParam
 {
 public:
-    enum Theme { PaleBlue = 0, BlackNight = 1 };
+    enum Theme
+    {
+        PaleBlue = 0,
+        BlackNight = 1
+    };
 
     cSkinParam();
 

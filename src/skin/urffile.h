@@ -10,7 +10,8 @@ struct UrfSkin
 {
     // The outcome of reading a file. The numbers are what the engine's
     // SkinStart returns, so they must not change.
-    enum Status {
+    enum Status
+    {
         Ok = 0,
         Unreadable = 2, // missing, a folder, or no permission
         TooLarge = 3,   // over MaxBytes

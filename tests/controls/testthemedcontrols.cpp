@@ -26,7 +26,9 @@ const ThemeColors Themes[] = {cSkinParam::PaleBlueColors(), cSkinParam::BlackNig
 double contrast(const QColor &a, const QColor &b)
 {
     const auto lum = [](const QColor &c) {
-        const auto ch = [](double v) { return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+        const auto ch = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
         return 0.2126 * ch(c.redF()) + 0.7152 * ch(c.greenF()) + 0.0722 * ch(c.blueF());
     };
     const double la = lum(a), lb = lum(b);
@@ -45,7 +47,8 @@ QImage paintBar(qreal fraction, const QString &text, const ProgressColors &color
 TEST(ProgressPainter, FillsTheBarToItsFractionWithTheTextCentredAndReadable)
 {
     const ProgressColors colors = ProgressColors::FromTheme(Themes[0]);
-    for (const auto &[fraction, filled] : {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
+    for (const auto &[fraction, filled] :
+         {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
         const QImage image = paintBar(fraction, {}, colors);
         int count = 0;
         for (int x = 0; x < image.width(); ++x)

@@ -42,7 +42,8 @@ QByteArray Skin(const QString &name, const QByteArray &sheet, const char *theme)
 
 QString Shipped(const char *fileName)
 {
-    return qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + QStringLiteral("/data/") + QLatin1StringView(fileName);
+    return qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + QStringLiteral("/data/") +
+           QLatin1StringView(fileName);
 }
 
 } // namespace SkinFiles

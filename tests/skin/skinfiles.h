@@ -7,7 +7,13 @@
 // that must be refused, and ".urf" files written on the spot.
 namespace SkinFiles {
 
-enum class Engine { Built, WrongArchitecture, NoExports, None };
+enum class Engine
+{
+    Built,
+    WrongArchitecture,
+    NoExports,
+    None
+};
 
 // The engine library as the build made it.
 QString BuiltEngine();

@@ -47,7 +47,8 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
 
         ModAppSkin skin(profile.installFolder());
         EXPECT_EQ(skin.SkinStartup(), row.running) << what;
-        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), QLatin1StringView(row.storedAfter)) << what;
+        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), QLatin1StringView(row.storedAfter))
+            << what;
         EXPECT_EQ(qApp->styleSheet().isEmpty(), !row.running) << what;
         if (row.running) {
             EXPECT_EQ(skin.SkinFile(), skin.DefaultSkinFile()) << what;
@@ -71,7 +72,10 @@ protected:
     }
     void TearDown() override { skin.RemoveSkin(); }
 
-    QString install(const char *name) const { return profile.installFolder() + u'/' + QLatin1StringView(name); }
+    QString install(const char *name) const
+    {
+        return profile.installFolder() + u'/' + QLatin1StringView(name);
+    }
 
     ModAppSkin skin{profile.installFolder()};
 };

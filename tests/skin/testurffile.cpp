@@ -32,7 +32,10 @@ TEST(UrfFile, HeaderAndSheetAreReadOrTheFileIsRefused)
         {"blanks only", " \r\n\t\n", UrfSkin::Empty, {}, UrfSkin::NoTheme},
         {"zero bytes", SkinFiles::Skin(u"X"_s, QByteArray("a\0b", 3)), UrfSkin::Binary, {}, UrfSkin::NoTheme},
         {"not UTF-8", SkinFiles::Skin(u"X"_s, "\xFF\xFE\x80"), UrfSkin::Binary, {}, UrfSkin::NoTheme},
-        {"over a megabyte", SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::MaxBytes, ' ')), UrfSkin::TooLarge, {},
+        {"over a megabyte",
+         SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::MaxBytes, ' ')),
+         UrfSkin::TooLarge,
+         {},
          UrfSkin::NoTheme},
     };
     for (const Row &row : rows) {
@@ -56,7 +59,8 @@ TEST(UrfFile, FilesAreReadWithinTheLimit)
     EXPECT_EQ(UrfSkin::Read(profile.root()).status, UrfSkin::Unreadable);
 
     // The shipped skins, with the theme each was drawn for.
-    const std::pair<const char *, int> shipped[] = {{"Zelvane.urf", 1}, {"Ledovec.urf", 0}, {"Kontrast.urf", 1}};
+    const std::pair<const char *, int> shipped[] = {
+        {"Zelvane.urf", 1}, {"Ledovec.urf", 0}, {"Kontrast.urf", 1}};
     for (const auto &[file, theme] : shipped) {
         const UrfSkin skin = UrfSkin::Read(SkinFiles::Shipped(file));
         EXPECT_EQ(skin.status, UrfSkin::Ok) << file;

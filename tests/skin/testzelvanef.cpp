@@ -4,8 +4,8 @@
 #include "support/tempprofile.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
 #include <QLibrary>
 #include <QPushButton>
@@ -98,8 +98,12 @@ TEST_F(EngineTest, BadSkinFilesAreRefusedAndTheLookStays)
         {QFile::encodeName(profile.root() + u"/missing.urf"_s), UrfSkin::Unreadable},
         {QFile::encodeName(profile.root() + u"/folder.urf"_s), UrfSkin::Unreadable},
         {file("empty.urf", {}), UrfSkin::Empty},
-        {file("binary.urf", QByteArray("\x7F" "ELF\x02\x01\x01\0\0\0\0\0", 12)), UrfSkin::Binary},
-        {file("huge.urf", SkinFiles::Skin(u"H"_s, QByteArray(UrfSkin::MaxBytes + 1, ' '))), UrfSkin::TooLarge},
+        {file("binary.urf", QByteArray("\x7F"
+                                       "ELF\x02\x01\x01\0\0\0\0\0",
+                                       12)),
+         UrfSkin::Binary},
+        {file("huge.urf", SkinFiles::Skin(u"H"_s, QByteArray(UrfSkin::MaxBytes + 1, ' '))),
+         UrfSkin::TooLarge},
         {file("plain.urf", RedButtons), UrfSkin::NotASkin},
         {file("open.urf", SkinFiles::Skin(u"O"_s, "QPushButton { color: red; ")), UrfSkin::BadSheet},
         {file("braces.urf", SkinFiles::Skin(u"B"_s, "}}} QWidget")), UrfSkin::BadSheet},
