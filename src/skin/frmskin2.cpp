@@ -76,7 +76,7 @@ void FrmSkin2::fillSkinList(const QString &currentSkinFile)
     const QFileInfo current(currentSkinFile);
     if (currentSkinFile.isEmpty()) {
         List1->setCurrentRow(0);
-    } else if (current.absolutePath() == QFileInfo(m_installFolder).absoluteFilePath()) {
+    } else if (current.absolutePath() == QDir(m_installFolder).absolutePath()) {
         const QList<QListWidgetItem *> found = List1->findItems(current.fileName(), Qt::MatchExactly);
         if (!found.isEmpty())
             List1->setCurrentItem(found.first());
