@@ -7,6 +7,8 @@ packages=(
   # build
   cmake make g++ pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
+  # the skin engine checks style sheets with Qt's own parser
+  qt6-base-private-dev
   # playback backend of Qt Multimedia
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   # tests and benchmarks

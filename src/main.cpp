@@ -3,6 +3,7 @@
 #include "app/qtappwindows.h"
 #include "app/startup.h"
 #include "app/terminationwatcher.h"
+#include "skin/themeapplier.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -56,7 +57,9 @@ int main(int argc, char *argv[])
         QStringLiteral("tunecatch"), QIcon(QCoreApplication::applicationDirPath() + QStringLiteral("/tunecatch.png"))));
 
     MessageBoxPrompt prompt;
+    ThemeApplier themeApplier;
     AppState state(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
+    state.skinParam.SetListener(&themeApplier);
     QtAppWindows windows(state);
     Startup startup(state, windows);
     windows.setStartup(&startup);

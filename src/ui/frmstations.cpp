@@ -5,6 +5,7 @@
 #include "app/conversions.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
+#include "skin/skincommand.h"
 #include "ui/stationplayer.h"
 #include "ui/themepalette.h"
 
@@ -233,6 +234,12 @@ void FrmStations::buildControls()
     connect(command("cmdLoadPls"), &QPushButton::clicked, m_commands, &StationCommands::LoadPls);
     connect(command("cmdTrim"), &QPushButton::clicked, m_commands, &StationCommands::Trim);
     connect(command("cmdAbout"), &QPushButton::clicked, m_commands, &StationCommands::About);
+    auto *cmdSkin = command("cmdSkin");
+    cmdSkin->setEnabled(true);
+    cmdSkin->setToolTip({});
+    connect(cmdSkin, &QPushButton::clicked, this, [this] {
+        SkinCommand(m_state.skin, m_state.skinParam).Run(this, [this] { applyTheme(); });
+    });
     // The grid hands answers back through references: these must stay direct connections.
     connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
