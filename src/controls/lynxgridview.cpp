@@ -4,6 +4,7 @@
 #include "app/conversions.h"
 #include "controls/grideditbox.h"
 #include "controls/gridheader.h"
+#include "controls/progresspainter.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -399,9 +400,10 @@ void LynxGrid::paintCell(QPainter &p, int row, int col, const QRect &rect, bool 
     }
 
     if (extra && extra->progress >= 0) {
-        const QRect bar = area.adjusted(0, 3, 0, -3);
-        p.fillRect(bar, blend(m_look.progress, m_look.back, 0.2));
-        p.fillRect(QRect(bar.left(), bar.top(), bar.width() * extra->progress / 100, bar.height()), m_look.progress);
+        // The same bar as the program's progress bars, in the grid's own colours.
+        const ProgressColors colors{blend(m_look.progress, m_look.back, 0.2), m_look.progress, m_look.grid,
+                                    m_look.fore, m_look.foreSel};
+        PaintProgress(p, area.adjusted(0, 3, 0, -3), extra->progress / 100.0, QString(), colors);
     }
 
     const QString text = displayText(row, col);
