@@ -95,7 +95,7 @@ protected:
         }
         TempProfile::writeFile(path("playlist.m3u"), playlist);
         QTcpServer probe;
-        ASSERT_TRUE(IcyServer::ListenOnLowPort(probe));
+        ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
         port = probe.serverPort();
     }
 
