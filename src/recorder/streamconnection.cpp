@@ -3,6 +3,7 @@
 #include <QSignalBlocker>
 #include <QSslConfiguration>
 #include <QSslSocket>
+#include <QTcpSocket>
 #include <QUrl>
 
 #include <utility>
@@ -42,24 +43,11 @@ QString secondsText(std::chrono::milliseconds span)
 } // namespace
 
 StreamConnection::StreamConnection(Timing timing, QObject *parent)
-    : QObject(parent), m_timing(std::move(timing)), m_socket(new QSslSocket(this))
+    : QObject(parent), m_timing(std::move(timing))
 {
-    m_socket->setObjectName(QStringLiteral("WS"));
-    m_socket->setReadBufferSize(ReadAhead);
+    useSocket(false);
     m_stall.setSingleShot(true);
     m_pause.setSingleShot(true);
-    connect(m_socket, &QSslSocket::connected, this, [this] {
-        if (!m_target.Secure)
-            sendRequest();
-    });
-    connect(m_socket, &QSslSocket::encrypted, this, &StreamConnection::sendRequest);
-    connect(m_socket, &QSslSocket::sslErrors, this, [this](const QList<QSslError> &errors) {
-        for (const QSslError &error : errors)
-            m_tlsErrors.append(error.errorString());
-    });
-    connect(m_socket, &QSslSocket::readyRead, this, &StreamConnection::onReadyRead);
-    connect(m_socket, &QSslSocket::errorOccurred, this, &StreamConnection::onError);
-    connect(m_socket, &QSslSocket::disconnected, this, &StreamConnection::onError);
     connect(&m_stall, &QTimer::timeout, this, [this] {
         lost(QStringLiteral("Radio Station has sent nothing for %1 s.").arg(secondsText(m_timing.stall)));
     });
@@ -67,6 +55,36 @@ StreamConnection::StreamConnection(Timing timing, QObject *parent)
         m_redirects = 0;
         connectTo(m_origin);
     });
+}
+
+void StreamConnection::useSocket(bool secure)
+{
+    if (m_socket) {
+        if (secure == (qobject_cast<QSslSocket *>(m_socket) != nullptr))
+            return;
+        // It may be the one whose signal brought us here.
+        m_socket->disconnect(this);
+        m_socket->setObjectName({});
+        m_socket->deleteLater();
+    }
+    // A plain socket for plain streams: TLS costs a second buffer per connection.
+    if (secure) {
+        auto *tls = new QSslSocket(this);
+        connect(tls, &QSslSocket::encrypted, this, &StreamConnection::sendRequest);
+        connect(tls, &QSslSocket::sslErrors, this, [this](const QList<QSslError> &errors) {
+            for (const QSslError &error : errors)
+                m_tlsErrors.append(error.errorString());
+        });
+        m_socket = tls;
+    } else {
+        m_socket = new QTcpSocket(this);
+        connect(m_socket, &QTcpSocket::connected, this, &StreamConnection::sendRequest);
+    }
+    m_socket->setObjectName(QStringLiteral("WS"));
+    m_socket->setReadBufferSize(ReadAhead);
+    connect(m_socket, &QTcpSocket::readyRead, this, &StreamConnection::onReadyRead);
+    connect(m_socket, &QTcpSocket::errorOccurred, this, &StreamConnection::onError);
+    connect(m_socket, &QTcpSocket::disconnected, this, &StreamConnection::onError);
 }
 
 StreamConnection::~StreamConnection()
@@ -110,16 +128,17 @@ void StreamConnection::abortQuietly()
 void StreamConnection::connectTo(const StreamAddress &address)
 {
     abortQuietly();
+    useSocket(address.Secure);
     m_target = address;
     m_header = QByteArray();
     m_tlsErrors.clear();
     m_streamBytes = 0;
     m_phase = Phase::Connecting;
     m_stall.start(m_timing.stall);
-    if (address.Secure) {
+    if (auto *tls = qobject_cast<QSslSocket *>(m_socket)) {
         // Picked up at each connection, so trust given to the process applies.
-        m_socket->setSslConfiguration(QSslConfiguration::defaultConfiguration());
-        m_socket->connectToHostEncrypted(address.Host, address.Port);
+        tls->setSslConfiguration(QSslConfiguration::defaultConfiguration());
+        tls->connectToHostEncrypted(address.Host, address.Port);
     } else {
         m_socket->connectToHost(address.Host, address.Port);
     }

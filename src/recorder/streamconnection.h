@@ -10,7 +10,6 @@
 
 #include <chrono>
 
-class QSslSocket;
 class QTcpSocket;
 
 // How long a connection waits for bytes, and how it tries again.
@@ -24,8 +23,8 @@ struct StreamTiming
                                             std::chrono::seconds(80), std::chrono::seconds(120)};
 };
 
-// The recorder's connection to a station: one socket (TLS with the system's
-// certificate checks for "https://"), the request, redirects, the response
+// The recorder's connection to a station: the socket (TLS with the system's
+// certificate checks for "https://", plain otherwise), the request, redirects, the response
 // status and - once the station has sent a stream - reconnection when it drops
 // or stalls. Stream bytes, each answer's header first, go out through
 // dataReceived; everything else that happens through the other signals.
@@ -94,6 +93,7 @@ private:
         Pausing
     };
 
+    void useSocket(bool secure);
     void connectTo(const StreamAddress &address);
     void sendRequest();
     void onReadyRead();
@@ -104,7 +104,7 @@ private:
     void abortQuietly();
 
     Timing m_timing;
-    QSslSocket *m_socket;
+    QTcpSocket *m_socket = nullptr;
     QTimer m_stall;
     QTimer m_pause;
     Phase m_phase = Phase::Idle;
