@@ -91,49 +91,58 @@ void runFor(int milliseconds, const std::function<bool()> &sample = {})
     loop.exec();
 }
 
-// The scripted station in a process of its own; its stream address, or empty.
-QString startStation(QProcess &station, const QStringList &arguments)
+// What a benchmark records with: a data folder of its own, the scripted
+// station in a process of its own (url stays empty when it did not start),
+// and what a recorder window is given.
+struct Setup
 {
-    station.start(QCoreApplication::applicationDirPath() + QStringLiteral("/icyserve"), arguments);
-    if (!station.waitForStarted() || !station.waitForReadyRead(5000))
-        return {};
-    return QStringLiteral("http://127.0.0.1:") + QString::fromLatin1(station.readLine().trimmed()) +
-           QStringLiteral("/stream");
-}
+    explicit Setup(const QStringList &stationArguments)
+    {
+        qputenv("APPDATA", QFile::encodeName(data.path()));
+        station.start(QCoreApplication::applicationDirPath() + QStringLiteral("/icyserve"), stationArguments);
+        if (station.waitForStarted() && station.waitForReadyRead(5000))
+            url = QStringLiteral("http://127.0.0.1:") + QString::fromLatin1(station.readLine().trimmed()) +
+                  QStringLiteral("/stream");
+    }
+    ~Setup()
+    {
+        station.kill();
+        station.waitForFinished();
+    }
+    Setup(const Setup &) = delete;
+    Setup &operator=(const Setup &) = delete;
 
-// A recorder window recording url, one file per song.
-std::unique_ptr<FrmTC> startRecording(AppState &app, PowerControl &power, const QString &url, int number)
-{
-    auto window = std::make_unique<FrmTC>(app, power);
-    window->setAttribute(Qt::WA_DeleteOnClose, false);
-    window->findChild<QLineEdit *>(QStringLiteral("txtStream"))->setText(url);
-    window->findChild<QLineEdit *>(QStringLiteral("txtSave"))->setText(QStringLiteral("./%STATION%_%SONG%.mp3"));
-    window->findChild<QLabel *>(QStringLiteral("LblStation"))->setText(QStringLiteral("Bench %1").arg(number));
-    window->findChild<QCheckBox *>(QStringLiteral("chkSingleSong"))->setChecked(true);
-    window->show();
-    window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
-    return window;
-}
+    // A recorder window recording the station, one file per song.
+    std::unique_ptr<FrmTC> startRecording(int number)
+    {
+        auto window = std::make_unique<FrmTC>(app, power);
+        window->setAttribute(Qt::WA_DeleteOnClose, false);
+        window->findChild<QLineEdit *>(QStringLiteral("txtStream"))->setText(url);
+        window->findChild<QLineEdit *>(QStringLiteral("txtSave"))->setText(QStringLiteral("./%STATION%_%SONG%.mp3"));
+        window->findChild<QLabel *>(QStringLiteral("LblStation"))->setText(QStringLiteral("Bench %1").arg(number));
+        window->findChild<QCheckBox *>(QStringLiteral("chkSingleSong"))->setChecked(true);
+        window->show();
+        window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
+        return window;
+    }
+
+    QTemporaryDir data;
+    QProcess station;
+    QString url;
+    SilentPrompt prompt;
+    AppState app{QCoreApplication::applicationDirPath(), prompt};
+    NoPower power;
+};
 
 void BM_TwentyRecordings(benchmark::State &state)
 {
-    QTemporaryDir data;
-    qputenv("APPDATA", QFile::encodeName(data.path()));
-    QProcess station;
-    const QString url =
-        startStation(station, {QString::number(BytesPerSecond), QString::number(BytesPerSecond), QStringLiteral("10")});
-    if (url.isEmpty()) {
+    Setup setup({QString::number(BytesPerSecond), QString::number(BytesPerSecond), QStringLiteral("10")});
+    if (setup.url.isEmpty()) {
         state.SkipWithError("icyserve did not start (it is built with the tests)");
         return;
     }
-
-    SilentPrompt prompt;
-    AppState app(QCoreApplication::applicationDirPath(), prompt);
-    NoPower power;
     std::vector<std::unique_ptr<FrmTC>> windows;
-    const auto startRecording = [&] {
-        windows.push_back(::startRecording(app, power, url, int(windows.size()) + 1));
-    };
+    const auto startRecording = [&] { windows.push_back(setup.startRecording(int(windows.size()) + 1)); };
 
     for (auto _ : state) {
         startRecording();
@@ -166,8 +175,6 @@ void BM_TwentyRecordings(benchmark::State &state)
     }
     for (const auto &window : windows)
         window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
-    station.kill();
-    station.waitForFinished();
 }
 BENCHMARK(BM_TwentyRecordings)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
@@ -177,22 +184,16 @@ BENCHMARK(BM_TwentyRecordings)->Iterations(1)->UseManualTime()->Unit(benchmark::
 void BM_OneRecordingUnderPressure(benchmark::State &state)
 {
     const bool flood = state.range(0) == 0;
-    QTemporaryDir data;
-    qputenv("APPDATA", QFile::encodeName(data.path()));
-    QProcess station;
-    const QString url = startStation(station, {QStringLiteral("0"), QStringLiteral("16000"), QStringLiteral("10"),
-                                               flood ? QStringLiteral("flood") : QStringLiteral("endless-header")});
-    if (url.isEmpty()) {
+    Setup setup({QStringLiteral("0"), QStringLiteral("16000"), QStringLiteral("10"),
+                 flood ? QStringLiteral("flood") : QStringLiteral("endless-header")});
+    if (setup.url.isEmpty()) {
         state.SkipWithError("icyserve did not start (it is built with the tests)");
         return;
     }
-    SilentPrompt prompt;
-    AppState app(QCoreApplication::applicationDirPath(), prompt);
-    NoPower power;
     for (auto _ : state) {
         const double before = residentKb();
         double peak = before;
-        const auto window = startRecording(app, power, url, 1);
+        const auto window = setup.startRecording(1);
         QElapsedTimer wall;
         wall.start();
         // A flood fills the disk fast: a few hundred megabytes tell enough.
@@ -209,8 +210,6 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
         if (window->Recording())
             window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
     }
-    station.kill();
-    station.waitForFinished();
 }
 BENCHMARK(BM_OneRecordingUnderPressure)->Arg(0)->Arg(1)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
