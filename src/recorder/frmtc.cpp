@@ -20,8 +20,6 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
@@ -34,19 +32,6 @@ constexpr int UpdateInterval = 250;
 constexpr int LaunchDelay = 300;
 // Extra height, beyond the panel's own, that opening the monitor adds.
 constexpr int MonitorMargin = 12;
-
-// Labels and bars change only when their content does, so nothing flickers.
-void setLabel(QLabel *label, const QString &text)
-{
-    if (label->text() != text)
-        label->setText(text);
-}
-
-void setBar(QProgressBar *bar, int value)
-{
-    if (bar->value() != value)
-        bar->setValue(value);
-}
 
 QString linkText(const QString &url)
 {
@@ -111,7 +96,7 @@ void FrmTC::wireControls()
     connect(cmdMonitor, &QPushButton::toggled, this, &FrmTC::cmdMonitor_Toggled);
     connect(cmdStations, &QPushButton::clicked, this, &FrmTC::stationsRequested);
     connect(btSave, &QPushButton::clicked, this, &FrmTC::btSave_Click);
-    connect(btShow, &QPushButton::clicked, this, &FrmTC::btShow_Click);
+    connect(btShow, &QPushButton::clicked, this, [this] { switchMetaView(m_stream); });
     // At most one power action: checking one box clears the other.
     connect(ChkHibernate, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
@@ -122,7 +107,7 @@ void FrmTC::wireControls()
             ChkHibernate->setChecked(false);
     });
     connect(tmrStats, &QTimer::timeout, this, &FrmTC::tmrStats_Timer);
-    connect(tmrUpdate, &QTimer::timeout, this, &FrmTC::tmrUpdate_Timer);
+    connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_stream, m_output); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunch_Timer);
     connect(m_connection, &StreamConnection::statusChanged, this, [this](const QString &text) {
         setLabel(lbStream, text);
@@ -140,40 +125,13 @@ void FrmTC::load()
     m_monitorShown = false;
     if (m_state.LaunchMode) {
         cmdStations->setEnabled(false);
-        applyLaunchSwitches();
+        applyLaunchSwitches(ParseLaunchSwitches(m_state.CommandArg), this);
     }
     if (txtSave->text().isEmpty())
         txtSave->setText(DefaultSaveTemplate);
     tmrStats->start();
     if (m_state.LaunchMode)
         tmrLaunch->start();
-}
-
-void FrmTC::applyLaunchSwitches()
-{
-    const LaunchSwitches switches = ParseLaunchSwitches(m_state.CommandArg);
-    if (switches.Minimised)
-        setWindowState(windowState() | Qt::WindowMinimized);
-    if (switches.Stream)
-        txtStream->setText(*switches.Stream);
-    if (switches.Save)
-        txtSave->setText(*switches.Save);
-    if (switches.Station)
-        LblStation->setText(*switches.Station);
-    if (switches.Minutes)
-        txtBreak[0]->setText(*switches.Minutes);
-    if (switches.Megabytes)
-        txtBreak[1]->setText(*switches.Megabytes);
-    if (switches.SelectedBreak)
-        optBreak[*switches.SelectedBreak]->setChecked(true);
-    if (switches.SingleSong)
-        chkSingleSong->setChecked(true);
-    if (switches.Hibernate)
-        ChkHibernate->setChecked(true);
-    if (switches.ShutDown)
-        ChkShutDown->setChecked(true);
-    for (int i = 0; i < switches.MonitorClicks; ++i)
-        cmdMonitor->click();
 }
 
 void FrmTC::SetMode(bool enabled)
@@ -354,7 +312,7 @@ void FrmTC::cmdMonitor_Toggled(bool shown)
         m_monitorGrowth = monitorPanel->sizeHint().height() + MonitorMargin;
         resize(width(), before + m_monitorGrowth);
         tmrUpdate->start();
-        tmrUpdate_Timer();
+        showMonitor(m_stream, m_output);
     } else {
         tmrUpdate->stop();
         monitorPanel->hide();
@@ -370,31 +328,9 @@ void FrmTC::btSave_Click()
         txtSave->setText(path);
 }
 
-void FrmTC::btShow_Click()
-{
-    btShow->setText(btShow->text() == CaptionShowHeader ? CaptionShowMetadata : CaptionShowHeader);
-    showMeta();
-}
-
-void FrmTC::showMeta()
-{
-    QString text = btShow->text() == CaptionShowHeader ? m_stream.LastText() : m_stream.HeaderText();
-    text.remove(QChar(0)); // metadata blocks are padded with zero bytes
-    if (txtMeta->toPlainText() != text)
-        txtMeta->setPlainText(text);
-}
-
 void FrmTC::tmrStats_Timer()
 {
-    setLabel(lbStore, RecorderStats::StoredSizeText(m_stream.BytesTotal()));
-    const std::optional<qint32> elapsed =
-        RecorderStats::ElapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
-    if (elapsed)
-        setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate, m_stream.Bitrate() > 0
-                            ? QString::number(m_stream.Bitrate()) + QStringLiteral(" kbit/s")
-                            : QString());
-    setLabel(lbPackets, QString::number(m_stream.MetaBlocks()) + QStringLiteral(" blocks"));
+    const std::optional<qint32> elapsed = showStatistics(m_stream);
     if (m_recording)
         showLimitProgress(m_output.BytesWritten(), elapsed);
 }
@@ -412,26 +348,6 @@ void FrmTC::showLimitProgress(double bytesWritten, std::optional<qint32> elapsed
     setBar(Bar, *percent);
     if (RecorderStats::LimitReached(percent, limit))
         FinishRecording();
-}
-
-void FrmTC::tmrUpdate_Timer()
-{
-    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(m_stream.ReceiveBufferLength())));
-    setLabel(lbBuffer_Peak, RecorderStats::BytesText(m_stream.PeakBuffer()));
-    if (const auto percent =
-            RecorderStats::BufferBarPercent(m_stream.ReceiveBufferLength(), m_stream.PeakBuffer()))
-        setBar(Bar_Buffer, *percent);
-    setLabel(lbPacket_Size, RecorderStats::BytesText(m_stream.AveragePacket()));
-    setLabel(lbPacket_Max, RecorderStats::BytesText(m_stream.LargestPacket()));
-    setLabel(lbDCache, RecorderStats::DiskCacheText(m_output.DiskCache().size()));
-    setBar(Bar_Cache, RecorderStats::CacheBarPercent(m_output.DiskCache().size()));
-    setLabel(lbSyncStat, RecorderStats::SyncStatText(m_stream.DiscardedBytes(), m_stream.ResyncCount()));
-    setLabel(lbRealBytes, RecorderStats::BytesText(m_output.BytesWritten()));
-    setLabel(lbBlock_Writes, QString::number(m_output.BlockWrites()));
-    lbValid->setVisible(m_stream.LastTextValid());
-    lbInvalid->setVisible(!m_stream.LastTextValid());
-    lbSync->setVisible(m_stream.ResyncState() == 0);
-    showMeta();
 }
 
 void FrmTC::tmrLaunch_Timer()

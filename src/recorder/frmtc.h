@@ -41,8 +41,8 @@ public:
 
     using FrmTCControls::CaptionRecord;
     using FrmTCControls::CaptionShowHeader;
+    using FrmTCControls::CaptionShowMetadata;
     static inline const QString CaptionStop = QStringLiteral("Stop");
-    static inline const QString CaptionShowMetadata = QStringLiteral("Show Metadata");
     static inline const QString OverwriteQuestion =
         QStringLiteral("Warning! This file already exists. Overwrite it?");
     static inline const QString TextNoPlaylistStream = QStringLiteral("PLS contains no valid stream url");
@@ -100,14 +100,11 @@ private:
 
     void wireControls();
     void load();
-    void applyLaunchSwitches();
 
     void cmdRecord_Click();
     void cmdMonitor_Toggled(bool shown);
     void btSave_Click();
-    void btShow_Click();
     void tmrStats_Timer();
-    void tmrUpdate_Timer();
     void tmrLaunch_Timer();
     void onStreamData(const QByteArray &bytes);
     void onStreamInterrupted();
@@ -122,7 +119,6 @@ private:
     bool StopOverwrite();
     QString BuildFileName() const;
     void Cleanup();
-    void showMeta();
     void showLimitProgress(double bytesWritten, std::optional<qint32> elapsed);
 
     AppState &m_state;

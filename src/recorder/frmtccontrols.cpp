@@ -1,5 +1,10 @@
 #include "recorder/frmtccontrols.h"
 
+#include "recorder/icystream.h"
+#include "recorder/launchswitches.h"
+#include "recorder/recorderstats.h"
+#include "recorder/recordingoutput.h"
+
 #include <QCheckBox>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -65,6 +70,89 @@ void addPair(QGridLayout *grid, int &row, const QString &left, QWidget *a, const
 }
 
 } // namespace
+
+void FrmTCControls::setLabel(QLabel *label, const QString &text)
+{
+    if (label->text() != text)
+        label->setText(text);
+}
+
+void FrmTCControls::setBar(QProgressBar *bar, int value)
+{
+    if (bar->value() != value)
+        bar->setValue(value);
+}
+
+void FrmTCControls::applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window)
+{
+    if (switches.Minimised)
+        window->setWindowState(window->windowState() | Qt::WindowMinimized);
+    if (switches.Stream)
+        txtStream->setText(*switches.Stream);
+    if (switches.Save)
+        txtSave->setText(*switches.Save);
+    if (switches.Station)
+        LblStation->setText(*switches.Station);
+    if (switches.Minutes)
+        txtBreak[0]->setText(*switches.Minutes);
+    if (switches.Megabytes)
+        txtBreak[1]->setText(*switches.Megabytes);
+    if (switches.SelectedBreak)
+        optBreak[*switches.SelectedBreak]->setChecked(true);
+    if (switches.SingleSong)
+        chkSingleSong->setChecked(true);
+    if (switches.Hibernate)
+        ChkHibernate->setChecked(true);
+    if (switches.ShutDown)
+        ChkShutDown->setChecked(true);
+    for (int i = 0; i < switches.MonitorClicks; ++i)
+        cmdMonitor->click();
+}
+
+std::optional<qint32> FrmTCControls::showStatistics(const IcyStream &stream)
+{
+    setLabel(lbStore, RecorderStats::StoredSizeText(stream.BytesTotal()));
+    const std::optional<qint32> elapsed = RecorderStats::ElapsedSeconds(stream.BytesTotal(), stream.Bitrate());
+    if (elapsed)
+        setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
+    setLabel(lbBitrate,
+             stream.Bitrate() > 0 ? QString::number(stream.Bitrate()) + QStringLiteral(" kbit/s") : QString());
+    setLabel(lbPackets, QString::number(stream.MetaBlocks()) + QStringLiteral(" blocks"));
+    return elapsed;
+}
+
+void FrmTCControls::showMonitor(const IcyStream &stream, const RecordingOutput &output)
+{
+    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(stream.ReceiveBufferLength())));
+    setLabel(lbBuffer_Peak, RecorderStats::BytesText(stream.PeakBuffer()));
+    if (const auto percent = RecorderStats::BufferBarPercent(stream.ReceiveBufferLength(), stream.PeakBuffer()))
+        setBar(Bar_Buffer, *percent);
+    setLabel(lbPacket_Size, RecorderStats::BytesText(stream.AveragePacket()));
+    setLabel(lbPacket_Max, RecorderStats::BytesText(stream.LargestPacket()));
+    setLabel(lbDCache, RecorderStats::DiskCacheText(output.DiskCache().size()));
+    setBar(Bar_Cache, RecorderStats::CacheBarPercent(output.DiskCache().size()));
+    setLabel(lbSyncStat, RecorderStats::SyncStatText(stream.DiscardedBytes(), stream.ResyncCount()));
+    setLabel(lbRealBytes, RecorderStats::BytesText(output.BytesWritten()));
+    setLabel(lbBlock_Writes, QString::number(output.BlockWrites()));
+    lbValid->setVisible(stream.LastTextValid());
+    lbInvalid->setVisible(!stream.LastTextValid());
+    lbSync->setVisible(stream.ResyncState() == 0);
+    showMeta(stream);
+}
+
+void FrmTCControls::switchMetaView(const IcyStream &stream)
+{
+    btShow->setText(btShow->text() == CaptionShowHeader ? CaptionShowMetadata : CaptionShowHeader);
+    showMeta(stream);
+}
+
+void FrmTCControls::showMeta(const IcyStream &stream)
+{
+    QString text = btShow->text() == CaptionShowHeader ? stream.LastText() : stream.HeaderText();
+    text.remove(QChar(0)); // metadata blocks are padded with zero bytes
+    if (txtMeta->toPlainText() != text)
+        txtMeta->setPlainText(text);
+}
 
 void FrmTCControls::setupControls(QWidget *window)
 {

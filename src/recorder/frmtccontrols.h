@@ -2,6 +2,9 @@
 
 #include <QString>
 
+#include <optional>
+
+class IcyStream;
 class QCheckBox;
 class QGroupBox;
 class QLabel;
@@ -11,19 +14,37 @@ class QProgressBar;
 class QPushButton;
 class QRadioButton;
 class QWidget;
+class RecordingOutput;
+struct LaunchSwitches;
 
-// The recorder window's controls and their layout, kept apart from what the
-// window does with them. Every control carries its design name as objectName;
-// every field and value is tied to its caption (a buddy) or named for
-// assistive tools where it has none.
+// The recorder window's controls, their layout and how they show a recording,
+// kept apart from what the window does with them. Every control carries its
+// design name as objectName; every field and value is tied to its caption (a
+// buddy) or named for assistive tools where it has none. Labels and bars are
+// written only when their content changes, so nothing flickers.
 class FrmTCControls
 {
 public:
     static inline const QString CaptionRecord = QStringLiteral("Record");
     static inline const QString CaptionShowHeader = QStringLiteral("Show Header");
+    static inline const QString CaptionShowMetadata = QStringLiteral("Show Metadata");
 
     // Builds the controls into the window; the monitor panel starts hidden.
     void setupControls(QWidget *window);
+    // Fills the inputs from a launch command line; "-m" clicks cmdMonitor and
+    // "-v" minimises the window.
+    void applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window);
+
+    // tmrStats: stored size, time, bit rate and blocks. Gives the elapsed
+    // seconds, when the bit rate tells them.
+    std::optional<qint32> showStatistics(const IcyStream &stream);
+    // tmrUpdate: the monitor panel.
+    void showMonitor(const IcyStream &stream, const RecordingOutput &output);
+    // btShow: switches txtMeta between the header and the latest metadata.
+    void switchMetaView(const IcyStream &stream);
+
+    static void setLabel(QLabel *label, const QString &text);
+    static void setBar(QProgressBar *bar, int value);
 
     QLineEdit *txtStream = nullptr;
     QLabel *LblStation = nullptr;
@@ -71,6 +92,7 @@ public:
     QPlainTextEdit *txtMeta = nullptr;
 
 private:
+    void showMeta(const IcyStream &stream);
     QWidget *buildInputs();
     QWidget *buildStatus();
     QWidget *buildMonitor();
