@@ -3,7 +3,6 @@
 #include "support/tempprofile.h"
 
 #include <QFileInfo>
-#include <QStringList>
 
 #include <gtest/gtest.h>
 
