@@ -118,8 +118,10 @@ struct Setup
         auto window = std::make_unique<FrmTC>(app, power);
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->findChild<QLineEdit *>(QStringLiteral("txtStream"))->setText(url);
-        window->findChild<QLineEdit *>(QStringLiteral("txtSave"))->setText(QStringLiteral("./%STATION%_%SONG%.mp3"));
-        window->findChild<QLabel *>(QStringLiteral("LblStation"))->setText(QStringLiteral("Bench %1").arg(number));
+        window->findChild<QLineEdit *>(QStringLiteral("txtSave"))
+            ->setText(QStringLiteral("./%STATION%_%SONG%.mp3"));
+        window->findChild<QLabel *>(QStringLiteral("LblStation"))
+            ->setText(QStringLiteral("Bench %1").arg(number));
         window->findChild<QCheckBox *>(QStringLiteral("chkSingleSong"))->setChecked(true);
         window->show();
         window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
@@ -211,7 +213,12 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
             window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();
     }
 }
-BENCHMARK(BM_OneRecordingUnderPressure)->Arg(0)->Arg(1)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(BM_OneRecordingUnderPressure)
+    ->Arg(0)
+    ->Arg(1)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kSecond);
 
 } // namespace
 

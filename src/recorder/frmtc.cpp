@@ -109,9 +109,8 @@ void FrmTC::wireControls()
     connect(tmrStats, &QTimer::timeout, this, &FrmTC::tmrStats_Timer);
     connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_stream, m_output); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunch_Timer);
-    connect(m_connection, &StreamConnection::statusChanged, this, [this](const QString &text) {
-        setLabel(lbStream, text);
-    });
+    connect(m_connection, &StreamConnection::statusChanged, this,
+            [this](const QString &text) { setLabel(lbStream, text); });
     connect(m_connection, &StreamConnection::dataReceived, this, &FrmTC::onStreamData);
     connect(m_connection, &StreamConnection::interrupted, this, &FrmTC::onStreamInterrupted);
     connect(m_connection, &StreamConnection::failed, this, &FrmTC::stopWithFailure);

@@ -112,11 +112,12 @@ void FrmTCControls::applyLaunchSwitches(const LaunchSwitches &switches, QWidget 
 std::optional<qint32> FrmTCControls::showStatistics(const IcyStream &stream)
 {
     setLabel(lbStore, RecorderStats::StoredSizeText(stream.BytesTotal()));
-    const std::optional<qint32> elapsed = RecorderStats::ElapsedSeconds(stream.BytesTotal(), stream.Bitrate());
+    const std::optional<qint32> elapsed =
+        RecorderStats::ElapsedSeconds(stream.BytesTotal(), stream.Bitrate());
     if (elapsed)
         setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate,
-             stream.Bitrate() > 0 ? QString::number(stream.Bitrate()) + QStringLiteral(" kbit/s") : QString());
+    setLabel(lbBitrate, stream.Bitrate() > 0 ? QString::number(stream.Bitrate()) + QStringLiteral(" kbit/s")
+                                             : QString());
     setLabel(lbPackets, QString::number(stream.MetaBlocks()) + QStringLiteral(" blocks"));
     return elapsed;
 }
@@ -125,7 +126,8 @@ void FrmTCControls::showMonitor(const IcyStream &stream, const RecordingOutput &
 {
     setLabel(lbBuffer_Current, RecorderStats::BytesText(double(stream.ReceiveBufferLength())));
     setLabel(lbBuffer_Peak, RecorderStats::BytesText(stream.PeakBuffer()));
-    if (const auto percent = RecorderStats::BufferBarPercent(stream.ReceiveBufferLength(), stream.PeakBuffer()))
+    if (const auto percent =
+            RecorderStats::BufferBarPercent(stream.ReceiveBufferLength(), stream.PeakBuffer()))
         setBar(Bar_Buffer, *percent);
     setLabel(lbPacket_Size, RecorderStats::BytesText(stream.AveragePacket()));
     setLabel(lbPacket_Max, RecorderStats::BytesText(stream.LargestPacket()));
@@ -220,7 +222,8 @@ QWidget *FrmTCControls::buildInputs()
     form->addRow(caption(QStringLiteral("Wait for song:"), txtScanSong), scanRow);
 
     const QString optionTexts[2] = {QStringLiteral("after minutes:"), QStringLiteral("after megabytes:")};
-    const QString limitNames[2] = {QStringLiteral("Stop after minutes"), QStringLiteral("Stop after megabytes")};
+    const QString limitNames[2] = {QStringLiteral("Stop after minutes"),
+                                   QStringLiteral("Stop after megabytes")};
     auto *stopRow = new QHBoxLayout;
     for (int i = 0; i < 2; ++i) {
         optBreak[i] =

@@ -202,8 +202,7 @@ void StreamConnection::redirect(const QByteArray &location)
         lost(QStringLiteral("Radio Station redirected more than %1 times.").arg(MaxRedirects));
         return;
     }
-    const QUrl next =
-        QUrl(m_target.Url()).resolved(QUrl(QString::fromLatin1(location), QUrl::TolerantMode));
+    const QUrl next = QUrl(m_target.Url()).resolved(QUrl(QString::fromLatin1(location), QUrl::TolerantMode));
     const QString scheme = next.scheme().toLower();
     if (location.isEmpty() || next.host().isEmpty() || (scheme != u"http" && scheme != u"https")) {
         lost(QStringLiteral("Radio Station redirected to an address that cannot be recorded: ") +
@@ -251,11 +250,12 @@ void StreamConnection::lost(const QString &reason)
     abortQuietly();
     m_header = QByteArray();
     if (!m_established || m_try >= m_timing.pauses.size()) {
-        const QString why = m_established ? QStringLiteral("Radio Station could not be reached again after %1 "
-                                                           "tries. %2")
-                                                .arg(m_timing.pauses.size())
-                                                .arg(reason)
-                                          : reason;
+        const QString why = m_established
+                                ? QStringLiteral("Radio Station could not be reached again after %1 "
+                                                 "tries. %2")
+                                      .arg(m_timing.pauses.size())
+                                      .arg(reason)
+                                : reason;
         if (wasStreaming)
             emit interrupted();
         m_phase = Phase::Idle;
@@ -269,6 +269,7 @@ void StreamConnection::lost(const QString &reason)
     if (m_phase != Phase::Pausing)
         return;
     ++m_try;
-    emit statusChanged(QStringLiteral("Reconnecting... (try %1 of %2)").arg(m_try).arg(m_timing.pauses.size()));
+    emit statusChanged(
+        QStringLiteral("Reconnecting... (try %1 of %2)").arg(m_try).arg(m_timing.pauses.size()));
     m_pause.start(m_timing.pauses.at(m_try - 1));
 }

@@ -56,7 +56,8 @@ public:
     static inline const QString TextClosedByStation = QStringLiteral("Radio Station closed the connection.");
     static inline const QString TextNoStream =
         QStringLiteral("Radio Station sent no stream: its answer did not end within 64 KB.");
-    static inline const QString TextWaiting = QStringLiteral("Connected, waiting for the station's answer...");
+    static inline const QString TextWaiting =
+        QStringLiteral("Connected, waiting for the station's answer...");
 
     explicit StreamConnection(Timing timing = {}, QObject *parent = nullptr);
     ~StreamConnection() override;

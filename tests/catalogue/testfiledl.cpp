@@ -70,7 +70,8 @@ TEST_F(FileDLTest, SecureAddressesAreFetchedWhenTheirCertificateHolds)
     QHash<QString, QByteArray> bodies;
     for (const QList<QVariant> &args : completed)
         bodies.insert(args[0].toString(), args[1].toByteArray());
-    EXPECT_EQ(bodies, (QHash<QString, QByteArray>{{u"direct"_s, "secure body"}, {u"redirected"_s, "secure body"}}));
+    EXPECT_EQ(bodies,
+              (QHash<QString, QByteArray>{{u"direct"_s, "secure body"}, {u"redirected"_s, "secure body"}}));
     ASSERT_EQ(failed.size(), 1);
     EXPECT_EQ(failed.first().first().toString(), u"expired"_s);
 }

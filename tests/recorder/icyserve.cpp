@@ -14,8 +14,10 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     const QString mode = args.value(4);
-    if (args.size() < 4 || args.size() > 5 || !(mode.isEmpty() || mode == u"flood" || mode == u"endless-header")) {
-        std::fprintf(stderr, "usage: icyserve BYTES_PER_SECOND METAINT INTERVALS_PER_SONG [flood|endless-header]\n");
+    if (args.size() < 4 || args.size() > 5 ||
+        !(mode.isEmpty() || mode == u"flood" || mode == u"endless-header")) {
+        std::fprintf(stderr,
+                     "usage: icyserve BYTES_PER_SECOND METAINT INTERVALS_PER_SONG [flood|endless-header]\n");
         return 2;
     }
     IcyServer server;

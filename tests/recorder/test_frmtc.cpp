@@ -151,7 +151,8 @@ TEST_F(RecorderWindow, SingleSongModeWritesOneFilePerTitle)
     EXPECT_EQ(text("lbGenre"), u"Test"_s);
     EXPECT_TRUE(text("lnkStation").contains(u"http://station.example/"_s));
     auto *meta = child<QPlainTextEdit>("txtMeta");
-    EXPECT_TRUE(waitUntil([&] { return meta->toPlainText().startsWith(u"StreamTitle='Zo\u00eb';"_s); }, Wait));
+    EXPECT_TRUE(
+        waitUntil([&] { return meta->toPlainText().startsWith(u"StreamTitle='Zo\u00eb';"_s); }, Wait));
     EXPECT_TRUE(label("lbValid")->isVisible());
     button("btShow")->click();
     EXPECT_TRUE(meta->toPlainText().contains(u"icy-metaint:8000"_s));
@@ -230,7 +231,8 @@ TEST_F(RecorderWindow, StationsOnHighPortsOverTlsAndBehindARedirectAreRecorded)
         edit("txtStream")->setText(row.address);
         button("cmdRecord")->click();
         const qint64 consumed = stopAfter(3 * server.metaInt);
-        EXPECT_EQ(recorded(u"Loop.mp3"_s), continuousFile(row.station->sent(client), server.metaInt, consumed));
+        EXPECT_EQ(recorded(u"Loop.mp3"_s),
+                  continuousFile(row.station->sent(client), server.metaInt, consumed));
     }
 }
 
@@ -342,7 +344,8 @@ TEST_F(RecorderWindow, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
         if (row.fault != None) {
             EXPECT_EQ(recorded(u"Loop.mp3"_s), QByteArray()) << "only audio goes to the file";
         }
-        EXPECT_LE(window->Connection().PeakHeader(), StreamConnection::MaxHeader + StreamConnection::ReadAhead);
+        EXPECT_LE(window->Connection().PeakHeader(),
+                  StreamConnection::MaxHeader + StreamConnection::ReadAhead);
     }
 }
 
@@ -377,8 +380,8 @@ TEST_F(RecorderWindow, ALaunchedRecordingWhoseStationIsGoneEndsLikeALimit)
     server.stopListening();
     ASSERT_TRUE(unloaded.wait(Wait));
     EXPECT_EQ(power.exitCalls, QList<quint32>{12});
-    EXPECT_EQ(recorded(u"Loop.mp3"_s), continuousFile(server.sent(0), server.metaInt, 2 * server.metaInt) +
-                                           server.sent(1).audio);
+    EXPECT_EQ(recorded(u"Loop.mp3"_s),
+              continuousFile(server.sent(0), server.metaInt, 2 * server.metaInt) + server.sent(1).audio);
 }
 
 TEST_F(RecorderWindow, AFloodKeepsMemoryBounded)
@@ -393,7 +396,8 @@ TEST_F(RecorderWindow, AFloodKeepsMemoryBounded)
     ASSERT_TRUE(waitUntil([&] { return window->Stream().BytesTotal() >= 40 * 1024 * 1024; }, Wait));
     button("cmdRecord")->click();
     EXPECT_LE(window->Stream().PeakBuffer(), 2 * 1024 * 1024);
-    EXPECT_EQ(QFileInfo(recordings() + u"Loop.mp3"_s).size(), qint64(window->Stream().BytesTotal()) + server.metaInt);
+    EXPECT_EQ(QFileInfo(recordings() + u"Loop.mp3"_s).size(),
+              qint64(window->Stream().BytesTotal()) + server.metaInt);
 }
 
 TEST_F(RecorderWindow, WriteEnabledCarriesOverToTheNextRecordingOfTheWindow)
@@ -536,11 +540,11 @@ TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
 
     // Fields are named by their captions or for themselves; values are tied to their captions.
     const std::pair<const char *, QString> fields[] = {
-        {"txtStream", u"Stream address:"_s},      {"txtSave", u"Save as:"_s},
-        {"txtScanSong", u"Wait for song:"_s},     {"txtBreak0", u"Stop after minutes"_s},
-        {"txtBreak1", u"Stop after megabytes"_s}, {"Bar", u"Limit:"_s},
+        {"txtStream", u"Stream address:"_s},          {"txtSave", u"Save as:"_s},
+        {"txtScanSong", u"Wait for song:"_s},         {"txtBreak0", u"Stop after minutes"_s},
+        {"txtBreak1", u"Stop after megabytes"_s},     {"Bar", u"Limit:"_s},
         {"Bar_Buffer", u"Buffer against its peak"_s}, {"Bar_Cache", u"Disk cache filled"_s},
-        {"txtMeta", u"Header or metadata text"_s}, {"lbStream", u"Status:"_s},
+        {"txtMeta", u"Header or metadata text"_s},    {"lbStream", u"Status:"_s},
     };
     for (const auto &[name, accessibleName] : fields) {
         EXPECT_EQ(QAccessible::queryAccessibleInterface(child<QWidget>(name))->text(QAccessible::Name),
@@ -548,14 +552,14 @@ TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
             << name;
     }
     const std::pair<const char *, QString> values[] = {
-        {"LblStation", u"Station:"_s},    {"lbSong", u"Song:"_s},
-        {"lbGenre", u"Genre:"_s},         {"lnkStation", u"Home page:"_s},
-        {"lnkStream", u"Song page:"_s},   {"lbStore", u"Stored:"_s},
-        {"lbTime", u"Time:"_s},           {"lbBitrate", u"Bit rate:"_s},
-        {"lbPackets", u"Metadata:"_s},    {"lbBuffer_Current", u"Buffer:"_s},
-        {"lbBuffer_Peak", u"Peak:"_s},    {"lbPacket_Size", u"Packet:"_s},
-        {"lbPacket_Max", u"Largest:"_s},  {"lbDCache", u"Disk cache:"_s},
-        {"lbRealBytes", u"Written:"_s},   {"lbBlock_Writes", u"Block writes:"_s},
+        {"LblStation", u"Station:"_s},   {"lbSong", u"Song:"_s},
+        {"lbGenre", u"Genre:"_s},        {"lnkStation", u"Home page:"_s},
+        {"lnkStream", u"Song page:"_s},  {"lbStore", u"Stored:"_s},
+        {"lbTime", u"Time:"_s},          {"lbBitrate", u"Bit rate:"_s},
+        {"lbPackets", u"Metadata:"_s},   {"lbBuffer_Current", u"Buffer:"_s},
+        {"lbBuffer_Peak", u"Peak:"_s},   {"lbPacket_Size", u"Packet:"_s},
+        {"lbPacket_Max", u"Largest:"_s}, {"lbDCache", u"Disk cache:"_s},
+        {"lbRealBytes", u"Written:"_s},  {"lbBlock_Writes", u"Block writes:"_s},
         {"lbSyncStat", u"Sync:"_s},
     };
     for (const auto &[name, caption] : values) {

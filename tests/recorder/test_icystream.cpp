@@ -261,12 +261,16 @@ TEST_F(IcyStreamTest, StationsThatNameNoSongAreRecordedFromTheFirstAudioByte)
         QString scan;
         QByteArray written;
     } rows[] = {
-        {"empty titles", "icy-metaint:16\r\n\r\n" + interval("A", 16) + block("StreamTitle='';") +
-                             interval("B", 16) + block("StreamTitle='';") + interval("C", 16) + '\0',
-         {}, audio},
-        {"empty blocks", "icy-metaint:16\r\n\r\n" + interval("A", 16) + '\0' + interval("B", 16) + '\0' +
-                             interval("C", 16) + '\0',
-         {}, audio},
+        {"empty titles",
+         "icy-metaint:16\r\n\r\n" + interval("A", 16) + block("StreamTitle='';") + interval("B", 16) +
+             block("StreamTitle='';") + interval("C", 16) + '\0',
+         {},
+         audio},
+        {"empty blocks",
+         "icy-metaint:16\r\n\r\n" + interval("A", 16) + '\0' + interval("B", 16) + '\0' + interval("C", 16) +
+             '\0',
+         {},
+         audio},
         {"no interval", "\r\n" + audio, {}, audio},
         {"a song scan waits", "\r\n" + audio, u"wanted"_s, {}},
     };
@@ -317,8 +321,9 @@ TEST_F(IcyStreamTest, StopAndReconnectionFinishWhatIsHeld)
     feed(interval("A", 8) + block("StreamTitle='One';") + interval("B", 8) + '\0' + interval("C", 8) +
          block("StreamTitle='Two';") + "DDDD");
     icy.Interrupt();
-    EXPECT_EQ(host.calls, (QStringList{u"write A.. flush"_s, u"song One"_s, u"write A.."_s, u"write B.."_s,
-                                       u"write C.. flush"_s, u"song Two"_s, u"write C.."_s, u"write DDD flush"_s}));
+    EXPECT_EQ(host.calls,
+              (QStringList{u"write A.. flush"_s, u"song One"_s, u"write A.."_s, u"write B.."_s,
+                           u"write C.. flush"_s, u"song Two"_s, u"write C.."_s, u"write DDD flush"_s}));
     EXPECT_EQ(icy.BytesTotal(), 28);
     EXPECT_FALSE(icy.HeaderDone());
 
@@ -358,7 +363,8 @@ TEST_F(IcyStreamTest, AnIntervalThatCannotBeRecordedFailsTheStream)
         stream.OnData(QByteArray("ICY 200 OK\r\nicy-metaint:" + interval + "\r\nicy-br:99999\r\n\r\nAUDIO"));
         stream.OnData(QByteArray(4096, 'x'));
         EXPECT_EQ(stream.Bitrate(), 0) << "a number that does not fit leaves its field";
-        EXPECT_TRUE(stream.Failure().contains(QString::fromLatin1(interval))) << stream.Failure().toStdString();
+        EXPECT_TRUE(stream.Failure().contains(QString::fromLatin1(interval)))
+            << stream.Failure().toStdString();
         EXPECT_EQ(stream.ReceiveBufferLength(), 0);
         stream.Reset();
         EXPECT_TRUE(stream.Failure().isEmpty());

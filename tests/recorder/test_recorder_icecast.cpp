@@ -204,9 +204,9 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
 
     QStringList expected;
     for (const QString &title : seen) {
-        EXPECT_TRUE(std::any_of(Songs.begin(), Songs.end(),
-                                [&](const auto &song) { return title == song.first + u" - "_s + song.second; }))
-            << title.toStdString();
+        EXPECT_TRUE(std::any_of(Songs.begin(), Songs.end(), [&](const auto &song) {
+            return title == song.first + u" - "_s + song.second;
+        })) << title.toStdString();
         expected.append(u"Ice_"_s + title + u".mp3"_s);
     }
     expected.sort();

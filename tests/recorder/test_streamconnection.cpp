@@ -72,7 +72,10 @@ TEST_F(StreamConnectionTest, RedirectsAreFollowedWithTheSameRequest)
         {u"/relative"_s, &station, station.url(), {}},
         {u"/secure"_s, &secure, secure.url(u"/live?x=1"_s), {}},
         {u"/loop"_s, nullptr, {}, u"Radio Station redirected more than 5 times."_s},
-        {u"/ftp"_s, nullptr, {}, u"Radio Station redirected to an address that cannot be recorded: ftp://127.0.0.1/stream"_s},
+        {u"/ftp"_s,
+         nullptr,
+         {},
+         u"Radio Station redirected to an address that cannot be recorded: ftp://127.0.0.1/stream"_s},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.path.toStdString());
