@@ -11,6 +11,8 @@ packages=(
   qt6-base-private-dev
   # playback backend of Qt Multimedia
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
+  # https stations: the system's certificate authorities
+  ca-certificates
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   icecast2 ezstream lame espeak-ng ffmpeg mpg123

@@ -14,24 +14,15 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QEventLoop>
 #include <QFile>
 #include <QFileDialog>
-#include <QFormLayout>
-#include <QGridLayout>
 #include <QGroupBox>
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPointer>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSignalBlocker>
-#include <QTcpSocket>
 #include <QTimer>
-#include <QVBoxLayout>
 
 namespace {
 
@@ -42,51 +33,6 @@ constexpr int LaunchDelay = 300;
 // Extra height, beyond the panel's own, that opening the monitor adds.
 constexpr int MonitorMargin = 12;
 
-template <typename T> T *named(T *widget, const QString &name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
-
-// Labels and bars change only when their content does, so nothing flickers.
-void setLabel(QLabel *label, const QString &text)
-{
-    if (label->text() != text)
-        label->setText(text);
-}
-
-void setBar(QProgressBar *bar, int value)
-{
-    if (bar->value() != value)
-        bar->setValue(value);
-}
-
-QProgressBar *percentBar(const QString &name)
-{
-    auto *bar = named(new QProgressBar, name);
-    bar->setRange(0, 100);
-    bar->setValue(0);
-    bar->setFormat(QStringLiteral("%p%"));
-    return bar;
-}
-
-QLabel *valueLabel(const QString &name)
-{
-    auto *label = named(new QLabel, name);
-    label->setTextFormat(Qt::PlainText); // station names and titles are never markup
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    return label;
-}
-
-// Two captioned values side by side on one row of a four-column grid.
-void addPair(QGridLayout *grid, int &row, const QString &left, QWidget *a, const QString &right, QWidget *b)
-{
-    grid->addWidget(new QLabel(left), row, 0);
-    grid->addWidget(a, row, 1);
-    grid->addWidget(new QLabel(right), row, 2);
-    grid->addWidget(b, row++, 3);
-}
-
 QString linkText(const QString &url)
 {
     if (url.isEmpty())
@@ -95,11 +41,18 @@ QString linkText(const QString &url)
     return QStringLiteral("<a href=\"") + escaped + QStringLiteral("\">") + escaped + QStringLiteral("</a>");
 }
 
+QTimer *timer(QObject *owner, const QString &name, int interval)
+{
+    auto *t = new QTimer(owner);
+    t->setObjectName(name);
+    t->setInterval(interval);
+    return t;
+}
+
 } // namespace
 
 FrmTC::FrmTC(AppState &state, PowerControl &power, QWidget *parent, Hooks hooks)
-    : QWidget(parent, Qt::Window), m_state(state), m_power(power), m_hooks(std::move(hooks)), m_stream(*this),
-      m_output([this](const QString &message) { setLabel(lbStream, message); })
+    : QWidget(parent, Qt::Window), m_state(state), m_power(power), m_hooks(std::move(hooks)), m_stream(*this)
 {
     if (!m_hooks.now)
         m_hooks.now = [] { return QDateTime::currentDateTime(); };
@@ -113,16 +66,14 @@ FrmTC::FrmTC(AppState &state, PowerControl &power, QWidget *parent, Hooks hooks)
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(AppState::AppTitle + QStringLiteral(" - Recorder"));
 
-    WS = named(new QTcpSocket(this), QStringLiteral("WS"));
-    m_fileDL = named(new FileDL(this), QStringLiteral("FileDL"));
-    tmrStats = named(new QTimer(this), QStringLiteral("tmrStats"));
-    tmrUpdate = named(new QTimer(this), QStringLiteral("tmrUpdate"));
-    tmrLaunch = named(new QTimer(this), QStringLiteral("tmrLaunch"));
-    tmrStats->setInterval(StatsInterval);
-    tmrUpdate->setInterval(UpdateInterval);
-    tmrLaunch->setInterval(LaunchDelay);
+    m_connection = new StreamConnection(m_hooks.connection, this);
+    m_fileDL = new FileDL(this);
+    m_fileDL->setObjectName(QStringLiteral("FileDL"));
+    tmrStats = timer(this, QStringLiteral("tmrStats"), StatsInterval);
+    tmrUpdate = timer(this, QStringLiteral("tmrUpdate"), UpdateInterval);
+    tmrLaunch = timer(this, QStringLiteral("tmrLaunch"), LaunchDelay);
 
-    buildControls();
+    setupControls(this);
     wireControls();
     load();
 }
@@ -130,198 +81,23 @@ FrmTC::FrmTC(AppState &state, PowerControl &power, QWidget *parent, Hooks hooks)
 FrmTC::~FrmTC()
 {
     // A window destroyed without being closed still completes its file; the
-    // socket outlives this part of the object, so it must not call back.
-    WS->disconnect(this);
+    // connection outlives this part of the object, so it must not call back.
+    m_connection->disconnect(this);
     if (m_recording) {
         EndStream();
         m_output.CloseFile();
     }
 }
 
-void FrmTC::buildControls()
-{
-    auto *top = new QVBoxLayout(this);
-    top->addWidget(buildInputs());
-    top->addWidget(buildStatus());
-
-    cmdRecord = named(new QPushButton(CaptionRecord), QStringLiteral("cmdRecord"));
-    cmdRecord->setDefault(true);
-    cmdRecord->setMinimumWidth(110);
-    cmdMonitor = named(new QPushButton(QStringLiteral("Monitor")), QStringLiteral("cmdMonitor"));
-    cmdMonitor->setCheckable(true);
-    cmdSchedule = named(new QPushButton(QStringLiteral("Schedule...")), QStringLiteral("cmdSchedule"));
-    cmdStations = named(new QPushButton(QStringLiteral("Stations")), QStringLiteral("cmdStations"));
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(cmdRecord);
-    buttons->addWidget(cmdMonitor);
-    buttons->addWidget(cmdSchedule);
-    buttons->addStretch();
-    buttons->addWidget(cmdStations);
-    top->addLayout(buttons);
-
-    top->addWidget(buildMonitor());
-    monitorPanel->hide();
-    setMinimumWidth(520);
-}
-
-QWidget *FrmTC::buildInputs()
-{
-    auto *box = new QGroupBox(QStringLiteral("Recording"));
-    auto *form = new QFormLayout(box);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-
-    LblStation = valueLabel(QStringLiteral("LblStation"));
-    QFont bold = LblStation->font();
-    bold.setBold(true);
-    LblStation->setFont(bold);
-    form->addRow(QStringLiteral("Station:"), LblStation);
-
-    txtStream = named(new QLineEdit, QStringLiteral("txtStream"));
-    txtStream->setPlaceholderText(QStringLiteral("http://host:port/path or a .pls playlist address"));
-    form->addRow(QStringLiteral("Stream address:"), txtStream);
-
-    txtSave = named(new QLineEdit, QStringLiteral("txtSave"));
-    btSave = named(new QPushButton(QStringLiteral("Browse...")), QStringLiteral("btSave"));
-    auto *saveRow = new QHBoxLayout;
-    saveRow->addWidget(txtSave, 1);
-    saveRow->addWidget(btSave);
-    form->addRow(QStringLiteral("Save as:"), saveRow);
-
-    chkSingleSong =
-        named(new QCheckBox(QStringLiteral("One file per song")), QStringLiteral("chkSingleSong"));
-    form->addRow(QString(), chkSingleSong);
-
-    txtScanSong = named(new QLineEdit, QStringLiteral("txtScanSong"));
-    txtScanSong->setPlaceholderText(QStringLiteral("Start writing when a title holds this text"));
-    lblWaitScan =
-        named(new QLabel(QStringLiteral("Waiting for a matching title...")), QStringLiteral("lblWaitScan"));
-    lblWaitScan->hide();
-    auto *scanRow = new QHBoxLayout;
-    scanRow->addWidget(txtScanSong, 1);
-    scanRow->addWidget(lblWaitScan);
-    form->addRow(QStringLiteral("Wait for song:"), scanRow);
-
-    const QString optionTexts[2] = {QStringLiteral("after minutes:"), QStringLiteral("after megabytes:")};
-    auto *stopRow = new QHBoxLayout;
-    for (int i = 0; i < 2; ++i) {
-        optBreak[i] =
-            named(new QRadioButton(optionTexts[i]), QStringLiteral("optBreak") + QString::number(i));
-        txtBreak[i] = named(new QLineEdit, QStringLiteral("txtBreak") + QString::number(i));
-        txtBreak[i]->setMaximumWidth(70);
-        stopRow->addWidget(optBreak[i]);
-        stopRow->addWidget(txtBreak[i]);
-        stopRow->addSpacing(12);
-    }
-    stopRow->addStretch();
-    form->addRow(QStringLiteral("Stop:"), stopRow);
-
-    ChkHibernate = named(new QCheckBox(QStringLiteral("Hibernate")), QStringLiteral("ChkHibernate"));
-    ChkShutDown = named(new QCheckBox(QStringLiteral("Shut down")), QStringLiteral("ChkShutDown"));
-    auto *afterRow = new QHBoxLayout;
-    afterRow->addWidget(ChkHibernate);
-    afterRow->addWidget(ChkShutDown);
-    afterRow->addStretch();
-    form->addRow(QStringLiteral("Afterwards:"), afterRow);
-    return box;
-}
-
-QWidget *FrmTC::buildStatus()
-{
-    auto *box = new QGroupBox(QStringLiteral("Now recording"));
-    auto *grid = new QGridLayout(box);
-    grid->setColumnStretch(1, 1);
-    grid->setColumnStretch(3, 1);
-
-    lbStream = valueLabel(QStringLiteral("lbStream"));
-    lbStream->setWordWrap(true);
-    lbSong = valueLabel(QStringLiteral("lbSong"));
-    lbSong->setWordWrap(true);
-    lbGenre = valueLabel(QStringLiteral("lbGenre"));
-    lnkStation = named(new QLabel, QStringLiteral("lnkStation"));
-    lnkStream = named(new QLabel, QStringLiteral("lnkStream"));
-    for (QLabel *link : {lnkStation, lnkStream})
-        link->setOpenExternalLinks(true);
-    lbStore = valueLabel(QStringLiteral("lbStore"));
-    lbTime = valueLabel(QStringLiteral("lbTime"));
-    lbBitrate = valueLabel(QStringLiteral("lbBitrate"));
-    lbPackets = valueLabel(QStringLiteral("lbPackets"));
-    Bar = percentBar(QStringLiteral("Bar"));
-
-    int row = 0;
-    const auto wide = [&](const QString &caption, QWidget *value) {
-        grid->addWidget(new QLabel(caption), row, 0);
-        grid->addWidget(value, row++, 1, 1, 3);
-    };
-    wide(QStringLiteral("Status:"), lbStream);
-    wide(QStringLiteral("Song:"), lbSong);
-    wide(QStringLiteral("Genre:"), lbGenre);
-    wide(QStringLiteral("Home page:"), lnkStation);
-    wide(QStringLiteral("Song page:"), lnkStream);
-    addPair(grid, row, QStringLiteral("Stored:"), lbStore, QStringLiteral("Time:"), lbTime);
-    addPair(grid, row, QStringLiteral("Bit rate:"), lbBitrate, QStringLiteral("Metadata:"), lbPackets);
-    wide(QStringLiteral("Limit:"), Bar);
-    return box;
-}
-
-QWidget *FrmTC::buildMonitor()
-{
-    monitorPanel = named(new QGroupBox(QStringLiteral("Monitor")), QStringLiteral("monitorPanel"));
-    auto *grid = new QGridLayout(monitorPanel);
-    grid->setColumnStretch(1, 1);
-    grid->setColumnStretch(3, 1);
-
-    lbBuffer_Current = valueLabel(QStringLiteral("lbBuffer_Current"));
-    lbBuffer_Peak = valueLabel(QStringLiteral("lbBuffer_Peak"));
-    Bar_Buffer = percentBar(QStringLiteral("Bar_Buffer"));
-    lbPacket_Size = valueLabel(QStringLiteral("lbPacket_Size"));
-    lbPacket_Max = valueLabel(QStringLiteral("lbPacket_Max"));
-    lbDCache = valueLabel(QStringLiteral("lbDCache"));
-    Bar_Cache = percentBar(QStringLiteral("Bar_Cache"));
-    lbSyncStat = valueLabel(QStringLiteral("lbSyncStat"));
-    lbRealBytes = valueLabel(QStringLiteral("lbRealBytes"));
-    lbBlock_Writes = valueLabel(QStringLiteral("lbBlock_Writes"));
-    lbValid = named(new QLabel(QStringLiteral("Valid")), QStringLiteral("lbValid"));
-    lbInvalid = named(new QLabel(QStringLiteral("Invalid")), QStringLiteral("lbInvalid"));
-    lbSync = named(new QLabel(QStringLiteral("In sync")), QStringLiteral("lbSync"));
-    lbValid->setStyleSheet(QStringLiteral("color: #1b7f2a; font-weight: bold;"));
-    lbInvalid->setStyleSheet(QStringLiteral("color: #b3261e; font-weight: bold;"));
-    lbSync->setStyleSheet(QStringLiteral("color: #1b7f2a;"));
-    btShow = named(new QPushButton(CaptionShowHeader), QStringLiteral("btShow"));
-    txtMeta = named(new QPlainTextEdit, QStringLiteral("txtMeta"));
-    txtMeta->setReadOnly(true);
-    txtMeta->setMinimumHeight(90);
-    txtMeta->setMaximumHeight(140);
-
-    int row = 0;
-    addPair(grid, row, QStringLiteral("Buffer:"), lbBuffer_Current, QStringLiteral("Peak:"), lbBuffer_Peak);
-    grid->addWidget(Bar_Buffer, row++, 1, 1, 3);
-    addPair(grid, row, QStringLiteral("Packet:"), lbPacket_Size, QStringLiteral("Largest:"), lbPacket_Max);
-    grid->addWidget(new QLabel(QStringLiteral("Disk cache:")), row, 0);
-    grid->addWidget(lbDCache, row++, 1, 1, 3);
-    grid->addWidget(Bar_Cache, row++, 1, 1, 3);
-    addPair(grid, row, QStringLiteral("Written:"), lbRealBytes, QStringLiteral("Block writes:"),
-            lbBlock_Writes);
-    grid->addWidget(new QLabel(QStringLiteral("Sync:")), row, 0);
-    grid->addWidget(lbSyncStat, row++, 1, 1, 3);
-    auto *indicators = new QHBoxLayout;
-    indicators->addWidget(lbValid);
-    indicators->addWidget(lbInvalid);
-    indicators->addWidget(lbSync);
-    indicators->addStretch();
-    indicators->addWidget(btShow);
-    grid->addLayout(indicators, row++, 0, 1, 4);
-    grid->addWidget(txtMeta, row++, 0, 1, 4);
-    return monitorPanel;
-}
-
 void FrmTC::wireControls()
 {
     connect(cmdRecord, &QPushButton::clicked, this, &FrmTC::cmdRecord_Click);
-    connect(cmdMonitor, &QPushButton::clicked, this, &FrmTC::cmdMonitor_Click);
+    // Toggled, not clicked: assistive tools toggle a checkable button.
+    connect(cmdMonitor, &QPushButton::toggled, this, &FrmTC::cmdMonitor_Toggled);
     connect(cmdSchedule, &QPushButton::clicked, this, &FrmTC::cmdSchedule_Click);
     connect(cmdStations, &QPushButton::clicked, this, &FrmTC::stationsRequested);
     connect(btSave, &QPushButton::clicked, this, &FrmTC::btSave_Click);
-    connect(btShow, &QPushButton::clicked, this, &FrmTC::btShow_Click);
+    connect(btShow, &QPushButton::clicked, this, [this] { switchMetaView(m_stream); });
     // At most one power action: checking one box clears the other.
     connect(ChkHibernate, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
@@ -332,10 +108,13 @@ void FrmTC::wireControls()
             ChkHibernate->setChecked(false);
     });
     connect(tmrStats, &QTimer::timeout, this, &FrmTC::tmrStats_Timer);
-    connect(tmrUpdate, &QTimer::timeout, this, &FrmTC::tmrUpdate_Timer);
+    connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_stream, m_output); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunch_Timer);
-    connect(WS, &QTcpSocket::readyRead, this, &FrmTC::onSocketData);
-    connect(WS, &QTcpSocket::disconnected, this, &FrmTC::onSocketClosed);
+    connect(m_connection, &StreamConnection::statusChanged, this,
+            [this](const QString &text) { setLabel(lbStream, text); });
+    connect(m_connection, &StreamConnection::dataReceived, this, &FrmTC::onStreamData);
+    connect(m_connection, &StreamConnection::interrupted, this, &FrmTC::onStreamInterrupted);
+    connect(m_connection, &StreamConnection::failed, this, &FrmTC::stopWithFailure);
     connect(m_fileDL, &FileDL::DownloadComplete, this, &FrmTC::onDownloadComplete);
     connect(m_fileDL, &FileDL::DownloadError, this, &FrmTC::onDownloadError);
 }
@@ -346,40 +125,13 @@ void FrmTC::load()
     m_monitorShown = false;
     if (m_state.LaunchMode) {
         cmdStations->setEnabled(false);
-        applyLaunchSwitches();
+        applyLaunchSwitches(ParseLaunchSwitches(m_state.CommandArg), this);
     }
     if (txtSave->text().isEmpty())
         txtSave->setText(DefaultSaveTemplate);
     tmrStats->start();
     if (m_state.LaunchMode)
         tmrLaunch->start();
-}
-
-void FrmTC::applyLaunchSwitches()
-{
-    const LaunchSwitches switches = ParseLaunchSwitches(m_state.CommandArg);
-    if (switches.Minimised)
-        setWindowState(windowState() | Qt::WindowMinimized);
-    if (switches.Stream)
-        txtStream->setText(*switches.Stream);
-    if (switches.Save)
-        txtSave->setText(*switches.Save);
-    if (switches.Station)
-        LblStation->setText(*switches.Station);
-    if (switches.Minutes)
-        txtBreak[0]->setText(*switches.Minutes);
-    if (switches.Megabytes)
-        txtBreak[1]->setText(*switches.Megabytes);
-    if (switches.SelectedBreak)
-        optBreak[*switches.SelectedBreak]->setChecked(true);
-    if (switches.SingleSong)
-        chkSingleSong->setChecked(true);
-    if (switches.Hibernate)
-        ChkHibernate->setChecked(true);
-    if (switches.ShutDown)
-        ChkShutDown->setChecked(true);
-    for (int i = 0; i < switches.MonitorClicks; ++i)
-        cmdMonitor->click();
 }
 
 void FrmTC::SetMode(bool enabled)
@@ -403,6 +155,8 @@ void FrmTC::cmdRecord_Click()
         SetMode(true);
         cmdRecord->setText(CaptionRecord);
         m_recording = false;
+        if (!m_output.Error().isEmpty())
+            setLabel(lbStream, m_output.Error());
         return;
     }
     cmdRecord->setText(CaptionStop);
@@ -433,12 +187,19 @@ void FrmTC::cmdSchedule_Click()
 
 void FrmTC::StartRecording(const QString &address)
 {
+    const bool singleSong = chkSingleSong->isChecked();
+    m_output.ResetCounters();
     m_output.SetFileName(BuildFileName());
+    if (!singleSong)
+        m_output.RemoveSongPlaceholder();
     if (StopOverwrite())
         return;
-    if (!chkSingleSong->isChecked() && !m_output.OpenFile())
+    if (!singleSong && !m_output.OpenFile()) {
+        stopWithFailure(m_output.Error());
         return;
-    StartStream(address);
+    }
+    if (!StartStream(address))
+        stopWithFailure(lbStream->text());
 }
 
 QString FrmTC::BuildFileName() const
@@ -466,118 +227,66 @@ bool FrmTC::StartStream(const QString &address)
         setLabel(lbStream, QStringLiteral("Invalid stream address: ") + error.description());
         return false;
     }
-    setLabel(lbStream, QStringLiteral("Connecting to: ") + address);
-    WS->abort();
-    WS->connectToHost(target.Host, quint16(target.Port));
     m_stream.Reset();
-    m_output.ResetCounters();
-
-    const quint32 attempt = ++m_attempt;
-    QPointer<FrmTC> self(this);
-    ConnectOutcome outcome = waitForConnection();
-    // The window may have been closed, or the recording stopped, meanwhile.
-    if (!self)
-        return false;
-    m_connectWait = nullptr;
-    if (attempt != m_attempt)
-        return false;
-    // A station that accepts and hangs up at once may already be gone here.
-    if (outcome == ConnectOutcome::Connected && WS->state() != QAbstractSocket::ConnectedState)
-        outcome = ConnectOutcome::PeerClosed;
-    switch (outcome) {
-    case ConnectOutcome::Connected:
-        break;
-    case ConnectOutcome::Failed:
-        setLabel(lbStream, TextNoConnection);
-        return false;
-    case ConnectOutcome::PeerClosed:
-        setLabel(lbStream, TextNotAccepting);
-        return false;
-    case ConnectOutcome::Waiting:
-    case ConnectOutcome::Abandoned:
-        return false;
-    }
-    WS->write(BuildRequest(target));
-    setLabel(lbStream, QStringLiteral("Connected, waiting for the station's answer..."));
+    m_connection->Open(target);
     return true;
-}
-
-FrmTC::ConnectOutcome FrmTC::waitForConnection()
-{
-    ConnectOutcome outcome = ConnectOutcome::Waiting;
-    QEventLoop loop;
-    const auto finish = [&outcome, &loop](ConnectOutcome result) {
-        if (outcome == ConnectOutcome::Waiting) {
-            outcome = result;
-            loop.quit();
-        }
-    };
-    connect(WS, &QTcpSocket::connected, &loop, [&finish] { finish(ConnectOutcome::Connected); });
-    connect(WS, &QTcpSocket::errorOccurred, &loop, [&finish](QAbstractSocket::SocketError error) {
-        finish(error == QAbstractSocket::RemoteHostClosedError ? ConnectOutcome::PeerClosed
-                                                               : ConnectOutcome::Failed);
-    });
-    connect(WS, &QObject::destroyed, &loop, [&finish] { finish(ConnectOutcome::Abandoned); });
-    if (WS->state() == QAbstractSocket::ConnectedState)
-        return ConnectOutcome::Connected;
-    if (WS->state() == QAbstractSocket::UnconnectedState)
-        return ConnectOutcome::Failed;
-    m_connectWait = &loop;
-    loop.exec();
-    // A quit of the whole program ends every loop; the wait is abandoned then.
-    if (outcome == ConnectOutcome::Waiting)
-        outcome = ConnectOutcome::Abandoned;
-    return outcome;
 }
 
 void FrmTC::EndStream()
 {
+    m_connection->Close();
     m_stream.FlushRest();
-    ++m_attempt;
-    if (m_connectWait) {
-        m_connectWait->quit();
-        m_connectWait = nullptr;
-    }
-    {
-        // Our own close is no news from the station.
-        const QSignalBlocker quiet(WS);
-        WS->abort();
-    }
     Cleanup();
 }
 
 // Nothing is held beyond what EndStream has closed; kept as the one place for it.
 void FrmTC::Cleanup() {}
 
-void FrmTC::onSocketData()
+void FrmTC::onStreamData(const QByteArray &bytes)
 {
-    const QByteArray packet = WS->readAll();
     if (!m_recording)
         return;
-    const bool hadHeader = m_stream.HeaderDone();
-    m_stream.OnData(packet);
-    if (hadHeader || !m_stream.HeaderDone())
-        return;
-    // Anything but an ICY or HTTP 200 answer is worth telling: it explains
-    // why nothing will be written.
-    const QString status = m_stream.HeaderText().section(QStringLiteral("\r\n"), 0, 0);
-    if (!status.contains(QStringLiteral(" 200")))
-        setLabel(lbStream, QStringLiteral("Radio Station answered: ") + status);
+    m_stream.OnData(bytes);
+    checkFailures();
 }
 
-void FrmTC::onSocketClosed()
+void FrmTC::onStreamInterrupted()
 {
-    // No reconnection: the recording stays as it is until Stop or its limit.
-    if (m_recording)
-        setLabel(lbStream, TextClosedByStation);
+    if (!m_recording)
+        return;
+    m_stream.Interrupt();
+    checkFailures();
+}
+
+void FrmTC::checkFailures()
+{
+    if (!m_stream.Failure().isEmpty())
+        stopWithFailure(m_stream.Failure());
+    else if (!m_output.Error().isEmpty())
+        stopWithFailure(m_output.Error());
+}
+
+void FrmTC::stopWithFailure(const QString &reason)
+{
+    if (!m_recording)
+        return;
+    cmdRecord->click();
+    setLabel(lbStream, reason);
+    // Out of the socket's or the download's call chain: finishing may close the window.
+    if (m_state.LaunchMode)
+        QTimer::singleShot(0, this, &FrmTC::FinishRecording);
 }
 
 void FrmTC::FetchPlaylist(const QString &address, const QString &tag)
 {
     QString url = address;
     try {
-        if (Playlist::IsDirectoryReference(address))
+        if (Playlist::IsDirectoryReference(address)) {
             url = Playlist::PlaylistServiceAddress(Playlist::DirectoryNumber(address));
+            const QString service = qEnvironmentVariable(PlaylistServiceVariable);
+            if (!service.isEmpty())
+                url.replace(0, Playlist::ServiceHost.size(), service);
+        }
     } catch (const AppError &error) {
         onDownloadError(tag, error.number(), error.description());
         return;
@@ -589,10 +298,10 @@ void FrmTC::onDownloadComplete(const QString &key, const QByteArray &body)
 {
     if (key != TagRecording)
         return;
-    const QString address = Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body));
+    const QString address =
+        Playlist::UsableAddress(Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
     if (address.isEmpty()) {
-        cmdRecord->click();
-        setLabel(lbStream, TextNoPlaylistStream);
+        stopWithFailure(TextNoPlaylistStream);
         return;
     }
     setLabel(lbStream, QStringLiteral("Connecting to: ") + address);
@@ -601,17 +310,15 @@ void FrmTC::onDownloadComplete(const QString &key, const QByteArray &body)
 
 void FrmTC::onDownloadError(const QString &key, int statusCode, const QString &statusText)
 {
-    if (key != TagRecording || !m_recording)
+    if (key != TagRecording)
         return;
-    cmdRecord->click();
-    setLabel(lbStream,
-             QStringLiteral("PLS error: ") + QString::number(statusCode) + QStringLiteral(": ") + statusText);
+    stopWithFailure(QStringLiteral("PLS error: ") + QString::number(statusCode) + QStringLiteral(": ") +
+                    statusText);
 }
 
-void FrmTC::cmdMonitor_Click()
+void FrmTC::cmdMonitor_Toggled(bool shown)
 {
-    m_monitorShown = !m_monitorShown;
-    cmdMonitor->setChecked(m_monitorShown);
+    m_monitorShown = shown;
     // The layout's minimum size follows the panel at once, so the resize is
     // not clamped to the old one.
     const int before = height();
@@ -621,7 +328,7 @@ void FrmTC::cmdMonitor_Click()
         m_monitorGrowth = monitorPanel->sizeHint().height() + MonitorMargin;
         resize(width(), before + m_monitorGrowth);
         tmrUpdate->start();
-        tmrUpdate_Timer();
+        showMonitor(m_stream, m_output);
     } else {
         tmrUpdate->stop();
         monitorPanel->hide();
@@ -637,31 +344,9 @@ void FrmTC::btSave_Click()
         txtSave->setText(path);
 }
 
-void FrmTC::btShow_Click()
-{
-    btShow->setText(btShow->text() == CaptionShowHeader ? CaptionShowMetadata : CaptionShowHeader);
-    showMeta();
-}
-
-void FrmTC::showMeta()
-{
-    QString text = btShow->text() == CaptionShowHeader ? m_stream.LastText() : m_stream.HeaderText();
-    text.remove(QChar(0)); // metadata blocks are padded with zero bytes
-    if (txtMeta->toPlainText() != text)
-        txtMeta->setPlainText(text);
-}
-
 void FrmTC::tmrStats_Timer()
 {
-    setLabel(lbStore, RecorderStats::StoredSizeText(m_stream.BytesTotal()));
-    const std::optional<qint32> elapsed =
-        RecorderStats::ElapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
-    if (elapsed)
-        setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate, m_stream.Bitrate() > 0
-                            ? QString::number(m_stream.Bitrate()) + QStringLiteral(" kbit/s")
-                            : QString());
-    setLabel(lbPackets, QString::number(m_stream.MetaBlocks()) + QStringLiteral(" blocks"));
+    const std::optional<qint32> elapsed = showStatistics(m_stream);
     if (m_recording)
         showLimitProgress(m_output.BytesWritten(), elapsed);
 }
@@ -679,27 +364,6 @@ void FrmTC::showLimitProgress(double bytesWritten, std::optional<qint32> elapsed
     setBar(Bar, *percent);
     if (RecorderStats::LimitReached(percent, limit))
         FinishRecording();
-}
-
-void FrmTC::tmrUpdate_Timer()
-{
-    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(m_stream.ReceiveBufferLength())));
-    setLabel(lbBuffer_Peak, RecorderStats::BytesText(m_stream.PeakBuffer()));
-    if (const auto percent =
-            RecorderStats::BufferBarPercent(m_stream.ReceiveBufferLength(), m_stream.PeakBuffer()))
-        setBar(Bar_Buffer, *percent);
-    setLabel(lbPacket_Size, RecorderStats::BytesText(m_stream.AveragePacket()));
-    setLabel(lbPacket_Max, RecorderStats::BytesText(m_stream.LargestPacket()));
-    setLabel(lbDCache, RecorderStats::DiskCacheText(m_output.DiskCache().size()));
-    setBar(Bar_Cache, RecorderStats::CacheBarPercent(m_output.DiskCache().size()));
-    setLabel(lbSyncStat, RecorderStats::SyncStatText(m_stream.DiscardedBytes(), m_stream.ResyncCount()));
-    setLabel(lbRealBytes, RecorderStats::BytesText(m_output.BytesWritten()));
-    setLabel(lbBlock_Writes, QString::number(m_output.BlockWrites()));
-    const bool valid = IcyStream::IsCleanText(m_stream.LastText());
-    lbValid->setVisible(valid);
-    lbInvalid->setVisible(!valid);
-    lbSync->setVisible(m_stream.ResyncState() == 0);
-    showMeta();
 }
 
 void FrmTC::tmrLaunch_Timer()

@@ -5,6 +5,7 @@
 #include "catalogue/stationnames.h"
 #include "recorder/icystreamhost.h"
 
+#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
@@ -21,6 +22,22 @@ constexpr qsizetype CompactThreshold = 64 * 1024;
 bool isCleanCode(uint code)
 {
     return code == 0 || code == 10 || code == 13 || (code >= 32 && code <= 122);
+}
+
+bool isKeyChar(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+// Where the "='" after a key starting at `at` is, or -1 when no key starts there.
+qsizetype keyEnd(QByteArrayView text, qsizetype at)
+{
+    qsizetype end = at;
+    while (end < text.size() && isKeyChar(text[end]))
+        ++end;
+    if (end == at || !text.sliced(end).startsWith("='"))
+        return -1;
+    return end;
 }
 
 // The value after a header key, without the spaces around it.
@@ -40,9 +57,10 @@ void IcyStream::Reset()
     m_buffer.clear();
     m_offset = 0;
     m_searched = 0;
-    m_rejectedHere = false;
     m_headerDone = false;
     m_lastText.clear();
+    m_lastValid = true;
+    m_failure.clear();
     m_metaBlocks = 0;
     m_bytesTotal = 0;
     m_resyncState = 0;
@@ -56,6 +74,8 @@ void IcyStream::Reset()
 
 void IcyStream::OnData(QByteArrayView packet)
 {
+    if (!m_failure.isEmpty())
+        return;
     if (m_offset == m_buffer.size()) {
         m_buffer.resize(0);
         m_offset = 0;
@@ -67,10 +87,16 @@ void IcyStream::OnData(QByteArrayView packet)
     m_buffer.append(packet);
     updateStatistics(packet.size());
     try {
-        if (m_headerDone)
-            metadataStep();
-        else
+        if (!m_headerDone) {
             headerStep();
+            return;
+        }
+        metadataStep();
+        // A sender faster than one interval per event must not fill memory.
+        if (ReceiveBufferLength() > BacklogLimit) {
+            while (metadataStep()) {
+            }
+        }
     } catch (const AppError &) {
         // The event ends here; what is buffered waits for the next one.
     } catch (const std::exception &) {
@@ -79,12 +105,23 @@ void IcyStream::OnData(QByteArrayView packet)
 
 void IcyStream::FlushRest()
 {
+    if (m_headerDone && m_failure.isEmpty()) {
+        while (metadataStep()) {
+        }
+    }
     const QByteArrayView rest = ReceiveBuffer();
     m_host.WriteToDisk(rest, true);
     m_bytesTotal += static_cast<double>(rest.size());
     m_buffer.clear();
     m_offset = 0;
     m_searched = 0;
+}
+
+void IcyStream::Interrupt()
+{
+    FlushRest();
+    m_headerDone = false;
+    m_resyncState = 0;
 }
 
 void IcyStream::updateStatistics(qsizetype packetLength)
@@ -103,7 +140,14 @@ void IcyStream::consume(qsizetype n)
 {
     m_offset += n;
     m_searched = std::max<qsizetype>(0, m_searched - n);
-    m_rejectedHere = false;
+}
+
+void IcyStream::discard(qsizetype n)
+{
+    consume(n);
+    m_discardedBytes += static_cast<double>(n);
+    m_searchFrom = std::max<qsizetype>(0, m_searchFrom - n);
+    m_rejectedEnd -= n;
 }
 
 void IcyStream::headerStep()
@@ -115,12 +159,23 @@ void IcyStream::headerStep()
         return;
     }
     const qsizetype length = end + HeaderEnd.size();
-    m_lastText = QString::fromLatin1(buffer.first(length));
+    m_lastText = DecodeText(buffer.first(length));
+    m_lastValid = true;
     m_headerText = m_lastText;
     consume(length);
     m_searched = 0;
+    // Each answer says for itself whether it has an interval.
+    m_metaInterval = 0;
     ParseResponseText();
     m_headerDone = true;
+    if (m_metaInterval < 0 || m_metaInterval > MaxMetaInterval) {
+        m_failure = QStringLiteral("The station's metadata interval (%1 bytes) cannot be recorded.")
+                        .arg(m_metaInterval);
+        m_buffer.clear();
+        m_offset = 0;
+    } else if (m_metaInterval == 0) {
+        recordWithoutTitles();
+    }
 }
 
 bool IcyStream::ParseResponseText()
@@ -198,88 +253,135 @@ bool IcyStream::applyTitle(const QString &value)
     return true;
 }
 
+void IcyStream::recordWithoutTitles()
+{
+    if (!m_host.ShownTitle().isEmpty())
+        return;
+    const bool scanning = !m_host.ScanSongText().isEmpty();
+    m_host.ShowWaitScan(scanning);
+    m_host.SetWriteEnabled(!scanning);
+    if (!m_host.IsFileOpen())
+        m_host.SwitchToContinuous();
+}
+
 bool IcyStream::IsCleanText(QByteArrayView block)
 {
     return std::all_of(block.begin(), block.end(), [](char c) { return isCleanCode(static_cast<uchar>(c)); });
 }
 
-bool IcyStream::IsCleanText(QStringView text)
+bool IcyStream::IsWellFormed(QByteArrayView block)
 {
-    return std::all_of(text.begin(), text.end(), [](QChar c) { return isCleanCode(c.unicode()); });
+    qsizetype size = block.size();
+    while (size > 0 && block[size - 1] == '\0')
+        --size;
+    const QByteArrayView text = block.first(size);
+    qsizetype at = 0;
+    do {
+        const qsizetype key = keyEnd(text, at);
+        if (key < 0)
+            return false;
+        // The value ends at the first "';" that is followed by the end or by
+        // the next pair, so a title may hold "';" itself.
+        qsizetype close = text.indexOf("';", key + 2);
+        while (close >= 0 && close + 2 < text.size() && keyEnd(text, close + 2) < 0)
+            close = text.indexOf("';", close + 1);
+        if (close < 0)
+            return false;
+        const QByteArrayView value = text.sliced(key + 2, close - key - 2);
+        if (std::any_of(value.begin(), value.end(), [](char c) { return static_cast<uchar>(c) < 32; }))
+            return false;
+        at = close + 2;
+    } while (at < text.size());
+    return true;
+}
+
+QString IcyStream::DecodeText(QByteArrayView bytes)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = utf8(bytes);
+    return utf8.hasError() ? QString::fromLatin1(bytes) : text;
 }
 
 bool IcyStream::resync(qint32 m)
 {
     const QByteArrayView buffer = ReceiveBuffer();
-    const qsizetype found = buffer.indexOf(TitleMarker, std::max<qsizetype>(0, m_searched - (TitleMarker.size() - 1)));
-    if (found < 0) {
-        m_searched = buffer.size();
-        return false;
-    }
-    // The interval in front of the block starts m+1 bytes before it; further
-    // back, intervals of m+1 bytes (empty blocks) are assumed.
     const qsizetype step = qsizetype(m) + 1;
-    qsizetype p = found - step;
-    if (p >= m)
-        p -= ((p - m) / step + 1) * step;
-    // No place to start from: the marker is at the very front, the interval
-    // would begin before the buffer, or it is the block just rejected. Waiting
-    // would find the same marker forever, so it is dropped and the search goes on.
-    if (found < 1 || p < 0 || (p == 0 && m_rejectedHere)) {
-        m_discardedBytes += static_cast<double>(found + 1);
-        consume(found + 1);
-        m_searched = 0;
+    // A marker nearer the front than that leaves no room for its interval.
+    const qsizetype from = std::max(m_searchFrom, step);
+    const qsizetype found = buffer.indexOf(TitleMarker, from);
+    if (found < 0) {
+        // Only a marker yet to come matters, with its interval in front of it.
+        const qsizetype surplus = buffer.size() - (step + TitleMarker.size() - 1);
+        if (surplus > 0)
+            discard(surplus);
+        m_searchFrom = std::max(m_searchFrom, ReceiveBufferLength() - (TitleMarker.size() - 1));
         return false;
     }
-    m_discardedBytes += static_cast<double>(p);
-    consume(p);
-    m_searched = 0;
+    // The marker opens a block; its length byte is just in front of it and
+    // its interval m bytes before that. Intervals before it that end in an
+    // empty block are kept too, as long as they lie after the rejected block.
+    qsizetype start = found - step;
+    while (start - step >= std::max<qsizetype>(0, m_rejectedEnd) && buffer[start - 1] == '\0')
+        start -= step;
+    discard(start);
     m_resyncState = 0;
     ++m_resyncCount;
     return true;
 }
 
-void IcyStream::metadataStep()
+void IcyStream::writeInterval(QByteArrayView audio, bool titleChanged)
 {
-    const qint32 m = m_metaInterval;
-    if (m < 0)
-        throw AppError::invalidArgument();
-    if (m_resyncState == ResyncLost && !resync(m))
-        return;
-
-    const QByteArrayView buffer = ReceiveBuffer();
-    if (buffer.size() <= m)
-        return;
-    const QByteArrayView audio = buffer.first(m);
-    const qsizetype blockLength = qsizetype(static_cast<uchar>(buffer[m])) * 16;
-    if (blockLength == 0) {
-        m_host.WriteToDisk(audio, false);
-        m_bytesTotal += m;
-        consume(qsizetype(m) + 1);
-        return;
-    }
-    // Deliberately m + L, not m + 1 + L: a block missing only its last byte is
-    // taken one byte short.
-    if (m + blockLength > buffer.size())
-        return;
-    const QByteArrayView block = buffer.sliced(qsizetype(m) + 1).first(std::min(blockLength, buffer.size() - m - 1));
-    if (!IsCleanText(block)) {
-        m_resyncState = ResyncLost;
-        m_rejectedHere = true;
-        m_searched = 0;
-        return;
-    }
-    m_lastText = QString::fromLatin1(block);
-    const bool titleChanged = ParseResponseText();
     m_host.WriteToDisk(audio, titleChanged);
-    m_bytesTotal += m;
+    m_bytesTotal += static_cast<double>(audio.size());
     if (titleChanged) {
         // The interval before the new title ends the old file and also begins the new one.
         m_host.NewSong(m_host.ShownTitle());
         m_host.WriteToDisk(audio, false);
     }
+}
+
+bool IcyStream::metadataStep()
+{
+    const qint32 m = m_metaInterval;
+    if (m == 0) {
+        const QByteArrayView audio = ReceiveBuffer();
+        writeInterval(audio, false);
+        consume(audio.size());
+        return !audio.isEmpty();
+    }
+    if (m_resyncState == ResyncLost && !resync(m))
+        return false;
+
+    const QByteArrayView buffer = ReceiveBuffer();
+    if (buffer.size() <= m)
+        return false;
+    const QByteArrayView audio = buffer.first(m);
+    const qsizetype blockLength = qsizetype(static_cast<uchar>(buffer[m])) * 16;
+    if (blockLength == 0) {
+        recordWithoutTitles();
+        writeInterval(audio, false);
+        consume(qsizetype(m) + 1);
+        return true;
+    }
+    // Deliberately m + L, not m + 1 + L: a block missing only its last byte is
+    // taken one byte short.
+    if (m + blockLength > buffer.size())
+        return false;
+    const QByteArrayView block = buffer.sliced(qsizetype(m) + 1).first(std::min(blockLength, buffer.size() - m - 1));
+    if (!IsWellFormed(block) && !IsCleanText(block)) {
+        m_lastValid = false;
+        m_resyncState = ResyncLost;
+        m_searchFrom = qsizetype(m) + 2;
+        m_rejectedEnd = qsizetype(m) + 1 + blockLength;
+        return false;
+    }
+    m_lastValid = true;
+    m_lastText = DecodeText(block);
+    const bool titleChanged = ParseResponseText();
+    if (m_host.ShownTitle().isEmpty())
+        recordWithoutTitles();
+    writeInterval(audio, titleChanged);
     consume(std::min(qsizetype(m) + 1 + blockLength, buffer.size()));
     ++m_metaBlocks;
-    if (!m_host.IsFileOpen() && m_host.ShownTitle().isEmpty())
-        m_host.SwitchToContinuous();
+    return true;
 }

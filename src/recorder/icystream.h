@@ -13,39 +13,56 @@ class IcyStreamHost;
 //
 // Bytes stay bytes: the receive buffer is a QByteArray consumed from the front
 // through a read offset (compacted now and then), so no step copies the whole
-// buffer. Header and metadata text is decoded as Latin-1, one character per
-// byte, so lengths and positions are byte counts; titles that pass IsCleanText
-// are plain ASCII anyway, and header fields (icy-name, icy-genre) are shown as
-// Latin-1 too.
+// buffer. Header and metadata text is decoded as UTF-8 when it is valid UTF-8,
+// else as Latin-1; lengths and positions are byte counts either way.
+//
+// Memory stays bounded whatever a station sends: a backlog of more than
+// BacklogLimit bytes is worked off within one event, an interval may be at
+// most MaxMetaInterval bytes, and while the position is lost only the bytes a
+// coming block could still need are kept.
 class IcyStream
 {
 public:
     // ResyncState while the metadata position is lost.
     static constexpr quint16 ResyncLost = 65535;
+    static constexpr qsizetype BacklogLimit = 1024 * 1024;
+    static constexpr qint32 MaxMetaInterval = 1024 * 1024;
 
     explicit IcyStream(IcyStreamHost &host);
     IcyStream(const IcyStream &) = delete;
     IcyStream &operator=(const IcyStream &) = delete;
 
     // What a new recording starts from: HeaderDone false, LastText, MetaBlocks,
-    // BytesTotal, ReceiveBuffer, ResyncState, Bitrate and the statistics
-    // cleared. MetaInterval, HeaderText and StationUrl keep their values.
+    // BytesTotal, ReceiveBuffer, ResyncState, Bitrate, Failure and the
+    // statistics cleared. MetaInterval, HeaderText and StationUrl keep their values.
     void Reset();
 
-    // One socket read: appends the packet, updates the statistics and runs
-    // exactly one step (the header step until the header is done, then the
-    // metadata step, which consumes at most one audio interval). A run-time
-    // error inside the step ends this event only; the recording goes on.
-    // While the position is lost, a "StreamTitle" that gives no place to start
-    // from (at the very front, too close to it, or the block just rejected) is
-    // dropped up to its first byte and counted as discarded, so the search
-    // moves on instead of finding the same marker at every event.
+    // One socket read: appends the packet, updates the statistics and runs one
+    // step (the header step until the header is done, then the metadata step,
+    // which consumes one audio interval). Only when more than BacklogLimit
+    // bytes wait does it go on consuming intervals until none is complete.
+    // A run-time error inside the step ends this event only.
+    //
+    // A header without "icy-metaint:" makes the rest plain audio, written as it
+    // comes. A station that names no song (its blocks are empty or carry no
+    // title, or it has no interval) is recorded into one continuous file from
+    // the first audio byte, unless a song scan waits for a title.
     void OnData(QByteArrayView packet);
 
-    // End of a recording: the rest of the receive buffer goes to the output
-    // with flush set, as it stands (even a partial metadata block), and counts
-    // towards BytesTotal; the buffer is emptied.
+    // End of a recording: complete intervals still waiting are parsed as
+    // usual (titles, splits), then the rest goes to the output with flush set,
+    // as it stands, and counts towards BytesTotal; the buffer is emptied.
     void FlushRest();
+
+    // The connection was lost and a new one will bring its own header: what is
+    // held is finished as at a stop, then the parser waits for a header again.
+    // The counters and the title shown stay, so the recording goes on.
+    void Interrupt();
+
+    // Why the stream cannot be recorded (a metadata interval that is negative
+    // or larger than MaxMetaInterval); empty while it can. Once set, data is
+    // ignored until Reset.
+    const QString &Failure() const { return m_failure; }
 
     // Parses LastText as header lines, or as metadata when it has no CR LF.
     // Returns whether the title changed.
@@ -55,9 +72,14 @@ public:
     bool ParseMetadata();
 
     // True when every character is 0, 10, 13 or within 32..122: tells a real
-    // metadata block from audio read at the wrong place.
+    // metadata block from audio read at the wrong place when the block is not
+    // well formed.
     static bool IsCleanText(QByteArrayView block);
-    static bool IsCleanText(QStringView text);
+    // True for one or more "key='value';" pairs and nothing after them but zero
+    // padding; keys are letters, digits and "_", values any bytes from 32 up.
+    static bool IsWellFormed(QByteArrayView block);
+    // UTF-8 when the bytes are valid UTF-8, else Latin-1.
+    static QString DecodeText(QByteArrayView bytes);
 
     void SetLastText(const QString &text) { m_lastText = text; }
 
@@ -67,6 +89,8 @@ public:
 
     bool HeaderDone() const { return m_headerDone; }
     const QString &LastText() const { return m_lastText; }
+    // Whether the last header or block looked at was taken (the sync indicators).
+    bool LastTextValid() const { return m_lastValid; }
     const QString &HeaderText() const { return m_headerText; }
     qint32 MetaInterval() const { return m_metaInterval; }
     qint32 MetaBlocks() const { return m_metaBlocks; }
@@ -87,23 +111,30 @@ public:
 private:
     void updateStatistics(qsizetype packetLength);
     void headerStep();
-    void metadataStep();
+    bool metadataStep();
     bool resync(qint32 m);
     bool applyTitle(const QString &value);
+    void recordWithoutTitles();
     void consume(qsizetype n);
+    void discard(qsizetype n);
+    void writeInterval(QByteArrayView audio, bool titleChanged);
 
     IcyStreamHost &m_host;
     QByteArray m_buffer;
     qsizetype m_offset = 0;
     // Bytes at the front of the unconsumed buffer already searched without a
-    // match, so waiting for a header end or a "StreamTitle" stays linear.
+    // match, so waiting for a header end stays linear.
     qsizetype m_searched = 0;
-    // Set when a block was rejected and nothing has been consumed since.
-    bool m_rejectedHere = false;
+    // While lost: where the next search for a title starts, and where the
+    // rejected block ended (intervals are taken back only after it).
+    qsizetype m_searchFrom = 0;
+    qsizetype m_rejectedEnd = 0;
 
     bool m_headerDone = false;
     QString m_lastText;
+    bool m_lastValid = true;
     QString m_headerText;
+    QString m_failure;
     qint32 m_metaInterval = 0;
     qint32 m_metaBlocks = 0;
     double m_bytesTotal = 0;

@@ -41,7 +41,7 @@ QString BuildFileName(const QString &templ, const QString &station, const QDateT
     return name;
 }
 
-RecordingOutput::RecordingOutput(ErrorHandler onError) : m_onError(std::move(onError))
+RecordingOutput::RecordingOutput()
 {
     m_cache.reserve(CacheLimit * 2);
 }
@@ -50,6 +50,7 @@ void RecordingOutput::ResetCounters()
 {
     m_blockWrites = 0;
     m_bytesWritten = 0;
+    m_error.clear();
 }
 
 bool RecordingOutput::OpenFile()
@@ -59,7 +60,7 @@ bool RecordingOutput::OpenFile()
     // Unbuffered: every cache flush is one write, and a failing one is seen at once.
     if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return true;
-    report(QStringLiteral("Unable to open \"%1\": %2").arg(m_fileName, m_file.errorString()));
+    fail(QStringLiteral("Unable to open \"%1\": %2").arg(m_fileName, m_file.errorString()));
     return false;
 }
 
@@ -90,14 +91,15 @@ void RecordingOutput::WriteToDisk(QByteArrayView data, bool flush)
 
 void RecordingOutput::writeBlock(QByteArrayView block)
 {
-    if (!m_file.isOpen())
+    // After a failure the recording is being stopped: nothing more goes out.
+    if (!m_file.isOpen() || !m_error.isEmpty())
         return;
     const qint64 written = m_file.write(block.data(), block.size());
     if (written > 0)
         m_bytesWritten += static_cast<double>(written);
     ++m_blockWrites;
     if (written != block.size())
-        report(QStringLiteral("Unable to write \"%1\": %2").arg(m_file.fileName(), m_file.errorString()));
+        fail(QStringLiteral("Unable to write \"%1\": %2").arg(m_file.fileName(), m_file.errorString()));
 }
 
 void RecordingOutput::NewSong(const QString &title, bool singleSong, const QString &freshName)
@@ -108,18 +110,23 @@ void RecordingOutput::NewSong(const QString &title, bool singleSong, const QStri
         m_fileName = name;
         OpenFile();
     } else {
-        m_fileName.remove(SongPlaceholder);
+        RemoveSongPlaceholder();
     }
+}
+
+void RecordingOutput::RemoveSongPlaceholder()
+{
+    m_fileName.remove(SongPlaceholder);
 }
 
 void RecordingOutput::SwitchToContinuous()
 {
-    m_fileName.remove(SongPlaceholder);
+    RemoveSongPlaceholder();
     OpenFile();
 }
 
-void RecordingOutput::report(const QString &message)
+void RecordingOutput::fail(const QString &message)
 {
-    if (m_onError)
-        m_onError(message);
+    if (m_error.isEmpty())
+        m_error = message;
 }

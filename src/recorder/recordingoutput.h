@@ -6,8 +6,6 @@
 #include <QFile>
 #include <QString>
 
-#include <functional>
-
 // Expands a file-name template: a leading ".\" (and, off Windows, "./") goes
 // into the recordings folder, which is created; every "%STATION%" becomes the
 // station name as it stands, "%DATE%" the date "yyyy-MM-dd", "%TIME%" the time
@@ -17,18 +15,16 @@ QString BuildFileName(const QString &templ, const QString &station, const QDateT
                       const QString &recordingsFolder);
 
 // The recorder's output stage: one open file, the write cache in front of it
-// and the counters the monitor panel shows. Failures never throw: a file that
-// cannot be opened or written is reported through the error handler (the
-// window shows the text) and the recording goes on; bytes already written stay.
+// and the counters the monitor panel shows. Failures never throw: the first
+// file that cannot be opened or written is kept in Error (the window stops the
+// recording and shows it); bytes already written stay.
 class RecordingOutput
 {
 public:
     // The cache is written out once it holds more than this many bytes.
     static constexpr qsizetype CacheLimit = 64000;
 
-    using ErrorHandler = std::function<void(const QString &message)>;
-
-    explicit RecordingOutput(ErrorHandler onError = {});
+    RecordingOutput();
     RecordingOutput(const RecordingOutput &) = delete;
     RecordingOutput &operator=(const RecordingOutput &) = delete;
 
@@ -44,11 +40,13 @@ public:
     // Block writes are 32 bits so a recording of days cannot overflow them.
     qint32 BlockWrites() const { return m_blockWrites; }
     double BytesWritten() const { return m_bytesWritten; }
-    // What a new recording starts from: both counters zero.
+    // What a new recording starts from: both counters zero, no error.
     void ResetCounters();
+    // Why the output cannot go on: the first open or write that failed; empty while none has.
+    const QString &Error() const { return m_error; }
 
     // Closes any open file, then creates or truncates FileName. Returns false
-    // (and reports) when it cannot be opened; no file is open then.
+    // (and sets Error) when it cannot be opened; no file is open then.
     bool OpenFile();
     // Closes the file; the cache is not flushed (callers flush first).
     void CloseFile();
@@ -64,14 +62,16 @@ public:
     // mode: "%SONG%" is removed from FileName and the file stays open.
     void NewSong(const QString &title, bool singleSong, const QString &freshName);
 
+    // One file for the whole recording: its name does without "%SONG%".
+    void RemoveSongPlaceholder();
     // The station sends no titles: "%SONG%" is removed and the file opened.
     void SwitchToContinuous();
 
 private:
     void writeBlock(QByteArrayView block);
-    void report(const QString &message);
+    void fail(const QString &message);
 
-    ErrorHandler m_onError;
+    QString m_error;
     QString m_fileName;
     QFile m_file;
     QByteArray m_cache;

@@ -3,29 +3,45 @@
 #include "app/apperror.h"
 #include "app/conversions.h"
 
-#include <limits>
-
 namespace {
 
-qint16 portNumber(QStringView text)
+constexpr QStringView SecureScheme = u"https://";
+
+quint16 portNumber(QStringView text)
 {
-    const qint32 port = Convert::ToInt32(text);
-    if (port < std::numeric_limits<qint16>::min() || port > std::numeric_limits<qint16>::max())
-        throw AppError::overflow();
-    return static_cast<qint16>(port);
+    const QString why = QStringLiteral("the port must be a number from 1 to 65535, not \"%1\"").arg(text);
+    qint32 port = 0;
+    try {
+        port = Convert::ToInt32(text);
+    } catch (const AppError &error) {
+        throw AppError(error.number(), why);
+    }
+    if (port < 1 || port > 65535)
+        throw AppError(AppError::Overflow, why);
+    return static_cast<quint16>(port);
 }
 
 } // namespace
 
+QString StreamAddress::Url() const
+{
+    return (Secure ? QStringLiteral("https://") : QStringLiteral("http://")) + Host + u':' +
+           QString::number(Port) + Path;
+}
+
 StreamAddress ParseAddress(const QString &address)
 {
-    QString work = address;
-    if (address.contains(u"icyx://", Qt::CaseInsensitive))
-        work.remove(QStringLiteral("icyx://"), Qt::CaseInsensitive);
-    else
-        work.remove(QStringLiteral("http://"), Qt::CaseInsensitive);
-
     StreamAddress result;
+    QString work = address;
+    if (address.contains(u"icyx://", Qt::CaseInsensitive)) {
+        work.remove(QStringLiteral("icyx://"), Qt::CaseInsensitive);
+    } else if (address.startsWith(SecureScheme, Qt::CaseInsensitive)) {
+        work.remove(0, SecureScheme.size());
+        result.Secure = true;
+    } else {
+        work.remove(QStringLiteral("http://"), Qt::CaseInsensitive);
+    }
+
     qsizetype slash = 0;
     const qsizetype colon = work.indexOf(u':');
     if (colon >= 0) {
@@ -37,7 +53,7 @@ StreamAddress ParseAddress(const QString &address)
         result.Port = portNumber(QStringView(work).mid(colon + 1, slash - colon - 1));
         result.Host = work.left(colon);
     } else {
-        result.Port = 80;
+        result.Port = result.Secure ? 443 : 80;
         slash = work.indexOf(u'/');
         // No port and no "/": there is no end of the host to take.
         if (slash < 0)

@@ -7,18 +7,24 @@
 struct StreamAddress
 {
     QString Host;
-    // Signed 16 bits as the recorder has always kept it: a port above 32767
-    // does not fit and the address is refused (AppError::Overflow).
-    qint16 Port = 0;
+    quint16 Port = 0;
     QString Path;
+    // "https://": the connection is made over TLS.
+    bool Secure = false;
+
+    // The address as a URL again, for resolving a redirect against it.
+    QString Url() const;
 };
 
 // Splits a station address into host, port and path:
 // - every "http://" is removed (any letter case); an address holding "icyx://"
 //   (any case) has every "icyx://" removed instead and keeps its "http://";
+//   one that begins with "https://" (any case) loses it, is Secure and has
+//   the port 443 unless it names one;
 // - "host:port[/path]" takes the port between the first ":" and the first "/"
 //   after it (a "/" is appended when there is none); a port that is not a
-//   number throws AppError::TypeMismatch, one out of 16-bit range AppError::Overflow;
+//   number from 1 to 65535 throws AppError::TypeMismatch (not a number) or
+//   AppError::Overflow (out of range), both saying which ports are valid;
 // - without ":" the port is 80 and the host ends before the first "/"; an
 //   address with neither port nor "/" throws AppError::InvalidArgument, which
 //   ends the start attempt (the address is not mended);

@@ -18,6 +18,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QPushButton>
+#include <QTcpServer>
 #include <QTest>
 #include <QTimer>
 
@@ -153,6 +154,18 @@ TEST_F(LaunchTest, ATerminalRecordingSplitsSongsStopsAtItsLimitAndExits)
             << name.toStdString() << " is not a run of the station's audio";
     }
     EXPECT_GE(total, 1024 * 1024);
+}
+
+TEST_F(LaunchTest, ARecordingWhoseStationRefusesEndsTheProgram)
+{
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
+    const quint16 port = closed.serverPort();
+    closed.close();
+    ASSERT_NO_FATAL_FAILURE(launch(u"-a 127.0.0.1:%1/live -w Loop -s ./%STATION%.mp3 -b 1"_s.arg(port)));
+    ASSERT_TRUE(exited(20000)) << "an unattended recording must not run on for ever";
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
 }
 
 #ifdef Q_OS_UNIX

@@ -54,6 +54,28 @@ TEST_F(FileDLTest, TwoDownloadsAtOnceComeBackByKey)
     EXPECT_EQ(progress.last()[4].toString(), u"Download In Progress.");
 }
 
+TEST_F(FileDLTest, SecureAddressesAreFetchedWhenTheirCertificateHolds)
+{
+    IcyServer::trustTestAuthority();
+    IcyServer secure, expired;
+    secure.pages["/list.pls"] = IcyServer::page("secure body");
+    expired.pages["/list.pls"] = IcyServer::page("never read");
+    ASSERT_TRUE(secure.startTls(u"localhost"_s));
+    ASSERT_TRUE(expired.startTls(u"expired"_s));
+    server.pages["/to-secure"] = IcyServer::redirect(secure.url(u"/list.pls"_s));
+    dl.BeginDownload(QUrl(secure.url(u"/list.pls"_s)), u"direct"_s);
+    begin(u"/to-secure"_s, u"redirected"_s);
+    dl.BeginDownload(QUrl(expired.url(u"/list.pls"_s)), u"expired"_s);
+    waitForEnds(3);
+    QHash<QString, QByteArray> bodies;
+    for (const QList<QVariant> &args : completed)
+        bodies.insert(args[0].toString(), args[1].toByteArray());
+    EXPECT_EQ(bodies,
+              (QHash<QString, QByteArray>{{u"direct"_s, "secure body"}, {u"redirected"_s, "secure body"}}));
+    ASSERT_EQ(failed.size(), 1);
+    EXPECT_EQ(failed.first().first().toString(), u"expired"_s);
+}
+
 TEST_F(FileDLTest, FailuresEndAsErrors)
 {
     QTcpServer closed;

@@ -9,6 +9,7 @@
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QDir>
 #include <QFileInfo>
@@ -27,6 +28,7 @@
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -52,8 +54,8 @@ QByteArray continuousFile(const IcyServer::Sent &sent, int metaInt, qint64 consu
 class RecorderWindow : public ProfileTest
 {
 protected:
+    static void SetUpTestSuite() { IcyServer::trustTestAuthority(); }
     void SetUp() override { ASSERT_TRUE(server.start()); }
-
     void TearDown() override { delete window.data(); }
 
     FrmTC *open()
@@ -64,15 +66,16 @@ protected:
             dialogShownWith = current;
             return dialogAnswer;
         };
+        hooks.connection = {1000ms, {50ms, 100ms, 150ms}};
         window = new FrmTC(state, power, nullptr, hooks);
         return window;
     }
 
     // Fills the inputs as the main window does, for the scripted station.
-    void openFor(const QString &saveTemplate, bool singleSong)
+    void openFor(const QString &saveTemplate, bool singleSong, const QString &address = {})
     {
         open();
-        edit("txtStream")->setText(server.url());
+        edit("txtStream")->setText(address.isEmpty() ? server.url() : address);
         edit("txtSave")->setText(saveTemplate);
         label("LblStation")->setText(u"Loop"_s);
         child<QCheckBox>("chkSingleSong")->setChecked(singleSong);
@@ -90,6 +93,10 @@ protected:
     QLineEdit *edit(const char *name) const { return child<QLineEdit>(name); }
     QPushButton *button(const char *name) const { return child<QPushButton>(name); }
     QString text(const char *name) const { return label(name)->text(); }
+    bool showsStatus(const QString &start) const
+    {
+        return waitUntil([&] { return text("lbStream").startsWith(start); }, Wait);
+    }
 
     // Stops the recording (by Record or by closing the window) once it has
     // taken at least `audio` bytes and holds nothing half-read, so the files
@@ -129,11 +136,14 @@ protected:
 
 TEST_F(RecorderWindow, SingleSongModeWritesOneFilePerTitle)
 {
-    server.songs = {{"Alpha", 3}, {"Beta - Two", 2}, {"Gamma", 60}};
+    // Accented titles as stations send them, in UTF-8 or in Latin-1, named in every block.
+    server.songs = {{"Alpha", 3}, {"Beyonc\xc3\xa9 - Caf\xc3\xa9 Cr\xc3\xa8me", 2}, {"Zo\xeb", 60}};
+    server.repeatTitles = true;
     openFor(u"./%STATION%_%SONG%.mp3"_s, true);
     button("cmdRecord")->click();
     EXPECT_FALSE(edit("txtStream")->isEnabled());
-    ASSERT_TRUE(waitUntil([&] { return text("lbSong") == u"Gamma"; }, Wait));
+    ASSERT_TRUE(waitUntil([&] { return text("lbSong") == u"Zo\u00eb"; }, Wait));
+    EXPECT_GT(server.port(), 32767);
     EXPECT_EQ(server.sent(0).request,
               "GET /stream HTTP/1.0\r\nHost: 127.0.0.1\r\nUser-Agent: WinampMPEG/2.7\r\n"
               "Accept: */*\r\nIcy-MetaData: 1\r\nConnection: Close\r\n\r\n");
@@ -141,7 +151,9 @@ TEST_F(RecorderWindow, SingleSongModeWritesOneFilePerTitle)
     EXPECT_EQ(text("lbGenre"), u"Test"_s);
     EXPECT_TRUE(text("lnkStation").contains(u"http://station.example/"_s));
     auto *meta = child<QPlainTextEdit>("txtMeta");
-    EXPECT_TRUE(waitUntil([&] { return meta->toPlainText().startsWith(u"StreamTitle='Gamma';"_s); }, Wait));
+    EXPECT_TRUE(
+        waitUntil([&] { return meta->toPlainText().startsWith(u"StreamTitle='Zo\u00eb';"_s); }, Wait));
+    EXPECT_TRUE(label("lbValid")->isVisible());
     button("btShow")->click();
     EXPECT_TRUE(meta->toPlainText().contains(u"icy-metaint:8000"_s));
 
@@ -150,11 +162,23 @@ TEST_F(RecorderWindow, SingleSongModeWritesOneFilePerTitle)
     EXPECT_TRUE(
         waitUntil([&] { return text("lbStore") == RecorderStats::StoredSizeText(double(consumed)); }, Wait));
     EXPECT_EQ(text("lbBitrate"), u"128 kbit/s"_s);
+    EXPECT_EQ(window->Stream().ResyncCount(), 0);
 
-    const QStringList names{u"Loop_Alpha.mp3"_s, u"Loop_Beta - Two.mp3"_s, u"Loop_Gamma.mp3"_s};
+    const QStringList names{u"Loop_Alpha.mp3"_s, u"Loop_Beyonc\u00e9 - Caf\u00e9 Cr\u00e8me.mp3"_s,
+                            u"Loop_Zo\u00eb.mp3"_s};
     EXPECT_EQ(recordedNames(), names);
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(recorded(names[i]), server.songFile(0, i, consumed)) << names[i].toStdString();
+}
+
+TEST_F(RecorderWindow, TwoSongsOfTheSameCleanedNameInOneMinuteShareTheFile)
+{
+    server.songs = {{"AC/DC", 2}, {"Interlude", 2}, {"ACDC", 60}};
+    openFor(u"./%SONG%.mp3"_s, true);
+    button("cmdRecord")->click();
+    const qint64 consumed = stopAfter(7 * server.metaInt);
+    EXPECT_EQ(recordedNames(), (QStringList{u"ACDC.mp3"_s, u"Interlude.mp3"_s}));
+    EXPECT_EQ(recorded(u"ACDC.mp3"_s), server.songFile(0, 2, consumed)) << "the second truncated the first";
 }
 
 TEST_F(RecorderWindow, ContinuousModeAsksBeforeOverwritingThenWritesOneFile)
@@ -163,7 +187,8 @@ TEST_F(RecorderWindow, ContinuousModeAsksBeforeOverwritingThenWritesOneFile)
     server.repeatTitles = true;
     const QString name = u"Loop_2024-05-06_07-08.mp3"_s;
     TempProfile::writeFile(recordings() + name, "old");
-    openFor(u".\\%STATION%_%DATE%_%TIME%.mp3"_s, false);
+    // The file is one for the whole recording, so it is named without the song.
+    openFor(u".\\%STATION%_%DATE%_%TIME%%SONG%.mp3"_s, false);
     prompt.answers = {false};
     button("cmdRecord")->click();
     EXPECT_EQ(prompt.texts(), QStringList{FrmTC::OverwriteQuestion});
@@ -182,80 +207,226 @@ TEST_F(RecorderWindow, ContinuousModeAsksBeforeOverwritingThenWritesOneFile)
     EXPECT_EQ(recorded(name), continuousFile(server.sent(0), server.metaInt, consumed));
 }
 
-TEST_F(RecorderWindow, StationWithoutTitlesSwitchesToOneFile)
+TEST_F(RecorderWindow, StationsOnHighPortsOverTlsAndBehindARedirectAreRecorded)
 {
-    server.songs = {{"", 60}};
-    openFor(u"./%STATION% %SONG%.mp3"_s, true);
-    button("cmdRecord")->click();
-    stopAfter(2 * server.metaInt);
-    EXPECT_FALSE(child<QCheckBox>("chkSingleSong")->isChecked());
-    EXPECT_EQ(recordedNames(), QStringList{u"Loop .mp3"_s});
+    IcyServer secure, front;
+    ASSERT_TRUE(secure.startTls(u"localhost"_s));
+    front.pages["/moved"] = IcyServer::redirect(server.url());
+    ASSERT_TRUE(front.start());
+    const struct
+    {
+        QString address;
+        IcyServer *station;
+    } rows[] = {
+        {server.url(), &server},
+        {secure.url(), &secure},
+        {front.url(u"/moved"_s), &server},
+    };
+    openFor(u"./%STATION%.mp3"_s, false);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.address.toStdString());
+        row.station->songs = {{"Song", 60}};
+        prompt.answers = {true};
+        const int client = row.station->clientCount();
+        edit("txtStream")->setText(row.address);
+        button("cmdRecord")->click();
+        const qint64 consumed = stopAfter(3 * server.metaInt);
+        EXPECT_EQ(recorded(u"Loop.mp3"_s),
+                  continuousFile(row.station->sent(client), server.metaInt, consumed));
+    }
 }
 
-TEST_F(RecorderWindow, EveryFailureIsShownAndStopCleansUp)
+TEST_F(RecorderWindow, StationsThatNameNoSongAreRecordedIntoOneFileFromTheFirstByte)
+{
+    const struct
+    {
+        const char *name;
+        QByteArray title;
+        bool titles, interval, singleSong;
+    } rows[] = {
+        {"empty titles", "", true, true, true},
+        {"only empty blocks", "Unsent", false, true, true},
+        {"no interval, continuous", "Unsent", true, false, false},
+        {"no interval, one file per song", "Unsent", true, false, true},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        QDir(recordings()).removeRecursively();
+        server.songs = {{row.title, 60}};
+        server.titles = row.titles;
+        server.announceInterval = row.interval;
+        const int client = server.clientCount();
+        openFor(u"./%STATION% %SONG%.mp3"_s, row.singleSong);
+        button("cmdRecord")->click();
+        const qint64 consumed = stopAfter(3 * server.metaInt);
+        EXPECT_FALSE(child<QCheckBox>("chkSingleSong")->isChecked());
+        EXPECT_EQ(recordedNames(), QStringList{u"Loop .mp3"_s});
+        EXPECT_EQ(recorded(u"Loop .mp3"_s), server.sent(client).audio.left(consumed));
+        EXPECT_LT(window->Stream().PeakBuffer(), 64 * 1024);
+        delete window.data();
+    }
+}
+
+TEST_F(RecorderWindow, PlaylistAddressesLoseTheirLineEndsWhereverTheyAreFound)
+{
+    server.songs = {{"Song", 100}};
+    const QByteArray playlist = "[playlist]\r\nnumberofentries=1\r\nFile1=" + server.url().toLatin1() +
+                                "\r\nTitle1=(#1 - 1/10) Loop\r\nLength1=-1\r\nVersion=2\r\n";
+    for (const QByteArray path : {"/list.pls", "/LIST.PLS", "/get.pls?sid=1",
+                                  "/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"})
+        server.pages[path] = IcyServer::page(playlist);
+    qputenv(FrmTC::PlaylistServiceVariable, u"http://127.0.0.1:%1"_s.arg(server.port()).toLatin1());
+    openFor(u"./%STATION%.mp3"_s, false);
+    for (const QString &address : {server.url(u"/list.pls"_s), server.url(u"/LIST.PLS"_s),
+                                   server.url(u"/get.pls?sid=1"_s), u"ssrn#12345.pls"_s}) {
+        SCOPED_TRACE(address.toStdString());
+        label("lbStream")->clear();
+        prompt.answers = {true};
+        edit("txtStream")->setText(address);
+        button("cmdRecord")->click();
+        ASSERT_TRUE(showsStatus(u"Loopback FM"_s)) << text("lbStream").toStdString();
+        EXPECT_TRUE(server.sent(server.clientCount() - 1).request.startsWith("GET /stream HTTP/1.0\r\n"));
+        button("cmdRecord")->click();
+    }
+    qunsetenv(FrmTC::PlaylistServiceVariable);
+}
+
+TEST_F(RecorderWindow, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
 {
     QTcpServer closed;
-    ASSERT_TRUE(IcyServer::ListenOnLowPort(closed));
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
     const QString refused = u"127.0.0.1:"_s + QString::number(closed.serverPort()) + u'/';
     closed.close();
+    IcyServer expired;
+    ASSERT_TRUE(expired.startTls(u"expired"_s));
     server.songs = {{"Song", 100}};
-    server.pages["/list.pls"] =
-        IcyServer::page("[playlist]\nnumberofentries=1\nFile1=" + server.url().toLatin1() +
-                        "\nTitle1=(#1 - 1/10) Loop\nLength1=-1\nVersion=2\n");
     server.pages["/empty.pls"] = IcyServer::page("[playlist]\nnumberofentries=0\nVersion=2\n\n");
     using enum IcyServer::Fault;
     const QString stream = server.url(), loop = u"Loop"_s, plain = u"./%STATION%.mp3"_s;
-    const QString unable = u"Unable to open"_s;
+    const QString unable = u"Unable to open"_s, invalid = u"Invalid stream address: "_s;
     const struct
     {
         QString address;
         IcyServer::Fault fault;
         QString station, saveTemplate; // single-song mode when the template names the song
-        QString status;                // the beginning of lbStream; alternatives split by '|'
-        bool recording;                // still recording after the status
+        QString status;                // the beginning of lbStream
     } rows[] = {
-        {refused, None, loop, plain, FrmTC::TextNoConnection, true},
-        {u"http://nosuchstation.invalid:8000/live"_s, None, loop, plain, FrmTC::TextNoConnection, true},
-        {u"stationwithoutpath"_s, None, loop, plain, u"Invalid stream address: "_s, true},
-        {server.url(u"/list.pls"_s), None, loop, plain, u"Loopback FM"_s, true},
-        {server.url(u"/empty.pls"_s), None, loop, plain, FrmTC::TextNoPlaylistStream, false},
-        {server.url(u"/missing.pls"_s), None, loop, plain, u"PLS error: 0: An Error Has Occurred."_s, false},
-        // Hung up before or after the request went out, as the timing falls.
-        {stream, CloseAtOnce, loop, plain, FrmTC::TextClosedByStation + u'|' + FrmTC::TextNotAccepting, true},
-        {stream, EndlessHeader, loop, plain, u"Connected, waiting for the station's answer..."_s, true},
-        {stream, None, loop, u"/proc/no/such/folder/%STATION%.mp3"_s, unable, true},
-        {stream, None, u"AC/DC Radio"_s, u"./%STATION% %SONG%.mp3"_s, unable, true},
+        {refused, None, loop, plain, StreamConnection::TextNoConnection},
+        {u"http://nosuchstation.invalid:8000/live"_s, None, loop, plain, StreamConnection::TextNoConnection},
+        {u"stationwithoutpath"_s, None, loop, plain, invalid},
+        {u"host:0/"_s, None, loop, plain, invalid + u"the port must be a number from 1 to 65535"_s},
+        {u"host:65536/"_s, None, loop, plain, invalid + u"the port must be a number from 1 to 65535"_s},
+        {u"host:port/"_s, None, loop, plain, invalid + u"the port must be a number from 1 to 65535"_s},
+        {expired.url(), None, loop, plain, u"Secure connection refused: "_s},
+        {server.url(u"/empty.pls"_s), None, loop, plain, FrmTC::TextNoPlaylistStream},
+        {server.url(u"/missing.pls"_s), None, loop, plain, u"PLS error: 0: An Error Has Occurred."_s},
+        {stream, CloseAtOnce, loop, plain, StreamConnection::TextNotAccepting},
+        {stream, EndlessHeader, loop, plain, StreamConnection::TextNoStream},
+        {stream, None, loop, u"/proc/no/such/folder/%STATION%.mp3"_s, unable},
+        {stream, None, u"AC/DC Radio"_s, u"./%STATION% %SONG%.mp3"_s, unable},
+        {stream, None, loop, u"/dev/full"_s, u"Unable to write \"/dev/full\""_s},
     };
     openFor(plain, false);
     for (const auto &row : rows) {
         SCOPED_TRACE(row.address.toStdString() + ' ' + row.saveTemplate.toStdString());
         QDir(recordings()).removeRecursively();
         server.fault = row.fault;
+        prompt.answers = {true};
         edit("txtStream")->setText(row.address);
         edit("txtSave")->setText(row.saveTemplate);
         label("LblStation")->setText(row.station);
         child<QCheckBox>("chkSingleSong")->setChecked(row.saveTemplate.contains(u"%SONG%"_s));
         button("cmdRecord")->click();
-        const QStringList statuses = row.status.split(u'|');
-        EXPECT_TRUE(waitUntil(
-            [&] {
-                return std::any_of(statuses.begin(), statuses.end(),
-                                   [&](const QString &s) { return text("lbStream").startsWith(s); });
-            },
-            Wait))
-            << text("lbStream").toStdString();
-        EXPECT_EQ(window->Recording(), row.recording);
-        if (row.fault == EndlessHeader) {
-            EXPECT_TRUE(
-                waitUntil([&] { return text("lbBuffer_Peak").section(u' ', 0, 0).toInt() > 20000; }, Wait));
-        }
-        if (window->Recording())
-            button("cmdRecord")->click();
+        EXPECT_TRUE(waitUntil([&] { return !window->Recording(); }, Wait));
+        EXPECT_TRUE(text("lbStream").startsWith(row.status)) << text("lbStream").toStdString();
         EXPECT_EQ(button("cmdRecord")->text(), FrmTC::CaptionRecord);
         EXPECT_TRUE(edit("txtStream")->isEnabled());
         if (row.fault != None) {
             EXPECT_EQ(recorded(u"Loop.mp3"_s), QByteArray()) << "only audio goes to the file";
         }
+        EXPECT_LE(window->Connection().PeakHeader(),
+                  StreamConnection::MaxHeader + StreamConnection::ReadAhead);
+    }
+}
+
+TEST_F(RecorderWindow, AStationThatDropsIsReconnectedAndTheSongGoesOn)
+{
+    server.songs = {{"Alpha", 5}, {"Beta", 100}};
+    server.dropAfter = 3;
+    openFor(u"./%SONG%.mp3"_s, true);
+    button("cmdRecord")->click();
+    ASSERT_TRUE(showsStatus(u"Reconnecting... (try 1 of 3)"_s));
+    server.dropAfter = 0;
+    // The second connection starts the script again: Alpha goes on in its file until Beta comes.
+    ASSERT_TRUE(showsStatus(u"Loopback FM"_s));
+    const qint64 consumed = stopAfter(3 * server.metaInt + 8 * server.metaInt) - 3 * server.metaInt;
+    ASSERT_EQ(server.clientCount(), 2);
+    EXPECT_EQ(recordedNames(), (QStringList{u"Alpha.mp3"_s, u"Beta.mp3"_s}));
+    EXPECT_EQ(recorded(u"Alpha.mp3"_s), server.sent(0).audio + server.sent(1).audio.left(5 * server.metaInt));
+    EXPECT_EQ(recorded(u"Beta.mp3"_s), server.songFile(1, 1, consumed));
+}
+
+TEST_F(RecorderWindow, ALaunchedRecordingWhoseStationIsGoneEndsLikeALimit)
+{
+    server.songs = {{"Song", 100}};
+    server.stallAfter = 2;
+    state.LaunchMode = true;
+    state.CommandArg = u"-a "_s + server.url() + u" -w Loop -s ./%STATION%.mp3 -xs"_s;
+    open();
+    QSignalSpy unloaded(window.data(), &FrmTC::unloaded);
+    window->show();
+    // Silent after two intervals, then no more answers.
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 2; }, Wait));
+    server.stopListening();
+    ASSERT_TRUE(unloaded.wait(Wait));
+    EXPECT_EQ(power.exitCalls, QList<quint32>{12});
+    EXPECT_EQ(recorded(u"Loop.mp3"_s),
+              continuousFile(server.sent(0), server.metaInt, 2 * server.metaInt) + server.sent(1).audio);
+}
+
+TEST_F(RecorderWindow, AFloodKeepsMemoryBounded)
+{
+    server.songs = {{"Song", 1}};
+    server.repeat = true;
+    server.flood = true;
+    server.keepSent = false;
+    openFor(u"./%STATION%.mp3"_s, false);
+    button("cmdRecord")->click();
+    // The buffer never runs dry in a flood: stop wherever it stands.
+    ASSERT_TRUE(waitUntil([&] { return window->Stream().BytesTotal() >= 40 * 1024 * 1024; }, Wait));
+    button("cmdRecord")->click();
+    EXPECT_LE(window->Stream().PeakBuffer(), 2 * 1024 * 1024);
+    EXPECT_EQ(QFileInfo(recordings() + u"Loop.mp3"_s).size(),
+              qint64(window->Stream().BytesTotal()) + server.metaInt);
+}
+
+TEST_F(RecorderWindow, WriteEnabledCarriesOverToTheNextRecordingOfTheWindow)
+{
+    // An interval longer than the test lasts: only what a stop flushes reaches the file.
+    IcyServer slow;
+    slow.metaInt = 64000;
+    slow.bytesPerSecond = 64000;
+    slow.songs = {{"Slow", 10}};
+    ASSERT_TRUE(slow.start());
+    server.songs = {{"Song", 100}};
+    for (const bool recordedBefore : {false, true}) {
+        SCOPED_TRACE(recordedBefore);
+        prompt.answers = {true, true};
+        openFor(u"./%STATION%.mp3"_s, false);
+        if (recordedBefore) {
+            button("cmdRecord")->click();
+            stopAfter(2 * server.metaInt);
+        }
+        const int client = slow.clientCount();
+        edit("txtStream")->setText(slow.url());
+        button("cmdRecord")->click();
+        ASSERT_TRUE(waitUntil([&] { return window->Stream().ReceiveBufferLength() >= 8000; }, Wait));
+        button("cmdRecord")->click();
+        EXPECT_EQ(window->Output().WriteEnabled(), recordedBefore);
+        const QByteArray bytes = recorded(u"Loop.mp3"_s);
+        EXPECT_EQ(bytes.size() >= 8000, recordedBefore);
+        EXPECT_TRUE(slow.sent(client).audio.startsWith(bytes));
+        delete window.data();
     }
 }
 
@@ -264,23 +435,19 @@ TEST_F(RecorderWindow, StopDuringTheConnectWaitEndsTheAttempt)
     // A listener whose one-place queue is taken: the next connect hangs.
     QTcpServer stalled;
     stalled.setListenBacklogSize(0);
-    ASSERT_TRUE(IcyServer::ListenOnLowPort(stalled));
+    ASSERT_TRUE(stalled.listen(QHostAddress::LocalHost, 0));
     stalled.pauseAccepting();
     QTcpSocket filler;
     filler.connectToHost(QHostAddress::LocalHost, stalled.serverPort());
     ASSERT_TRUE(filler.waitForConnected(Wait));
 
-    openFor(u"./%STATION%.mp3"_s, true);
-    edit("txtStream")->setText(u"127.0.0.1:"_s + QString::number(stalled.serverPort()) + u'/');
-    bool stoppedDuringWait = false;
-    QTimer::singleShot(200, window, [&] {
-        stoppedDuringWait = window->Recording();
-        button("cmdRecord")->click();
-    });
+    openFor(u"./%STATION%.mp3"_s, true, u"127.0.0.1:"_s + QString::number(stalled.serverPort()) + u'/');
     button("cmdRecord")->click();
-    EXPECT_TRUE(stoppedDuringWait);
+    const auto &socket = window->Connection().Socket();
+    ASSERT_TRUE(waitUntil([&] { return socket.state() == QAbstractSocket::ConnectingState; }, Wait));
+    button("cmdRecord")->click();
     EXPECT_FALSE(window->Recording());
-    EXPECT_EQ(child<QTcpSocket>("WS")->state(), QAbstractSocket::UnconnectedState);
+    EXPECT_EQ(socket.state(), QAbstractSocket::UnconnectedState);
 }
 
 TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
@@ -341,7 +508,7 @@ TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
     }
 }
 
-TEST_F(RecorderWindow, ControlsKeepTheirRules)
+TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
 {
     open();
     auto *hibernate = child<QCheckBox>("ChkHibernate");
@@ -355,12 +522,52 @@ TEST_F(RecorderWindow, ControlsKeepTheirRules)
     window->show();
     const int height = window->height();
     auto *update = window->findChild<QTimer *>(u"tmrUpdate"_s);
-    button("cmdMonitor")->click();
-    EXPECT_GT(window->height(), height);
-    EXPECT_TRUE(update->isActive());
-    button("cmdMonitor")->click();
-    EXPECT_EQ(window->height(), height);
-    EXPECT_FALSE(update->isActive());
+    auto *monitor = QAccessible::queryAccessibleInterface(button("cmdMonitor"))->actionInterface();
+    ASSERT_NE(monitor, nullptr);
+    // What an assistive tool offers for the button does what a click does.
+    for (const QString &action : monitor->actionNames()) {
+        if (action == QAccessibleActionInterface::setFocusAction())
+            continue;
+        SCOPED_TRACE(action.toStdString());
+        monitor->doAction(action);
+        EXPECT_TRUE(waitUntil([&] { return child<QGroupBox>("monitorPanel")->isVisible(); }, Wait));
+        EXPECT_GT(window->height(), height);
+        EXPECT_TRUE(update->isActive());
+        button("cmdMonitor")->click();
+        EXPECT_EQ(window->height(), height);
+        EXPECT_FALSE(update->isActive());
+    }
+
+    // Fields are named by their captions or for themselves; values are tied to their captions.
+    const std::pair<const char *, QString> fields[] = {
+        {"txtStream", u"Stream address:"_s},          {"txtSave", u"Save as:"_s},
+        {"txtScanSong", u"Wait for song:"_s},         {"txtBreak0", u"Stop after minutes"_s},
+        {"txtBreak1", u"Stop after megabytes"_s},     {"Bar", u"Limit:"_s},
+        {"Bar_Buffer", u"Buffer against its peak"_s}, {"Bar_Cache", u"Disk cache filled"_s},
+        {"txtMeta", u"Header or metadata text"_s},    {"lbStream", u"Status:"_s},
+    };
+    for (const auto &[name, accessibleName] : fields) {
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(child<QWidget>(name))->text(QAccessible::Name),
+                  accessibleName)
+            << name;
+    }
+    const std::pair<const char *, QString> values[] = {
+        {"LblStation", u"Station:"_s},   {"lbSong", u"Song:"_s},
+        {"lbGenre", u"Genre:"_s},        {"lnkStation", u"Home page:"_s},
+        {"lnkStream", u"Song page:"_s},  {"lbStore", u"Stored:"_s},
+        {"lbTime", u"Time:"_s},          {"lbBitrate", u"Bit rate:"_s},
+        {"lbPackets", u"Metadata:"_s},   {"lbBuffer_Current", u"Buffer:"_s},
+        {"lbBuffer_Peak", u"Peak:"_s},   {"lbPacket_Size", u"Packet:"_s},
+        {"lbPacket_Max", u"Largest:"_s}, {"lbDCache", u"Disk cache:"_s},
+        {"lbRealBytes", u"Written:"_s},  {"lbBlock_Writes", u"Block writes:"_s},
+        {"lbSyncStat", u"Sync:"_s},
+    };
+    for (const auto &[name, caption] : values) {
+        const auto labelledBy =
+            QAccessible::queryAccessibleInterface(child<QWidget>(name))->relations(QAccessible::Label);
+        ASSERT_FALSE(labelledBy.isEmpty()) << name;
+        EXPECT_EQ(labelledBy.first().first->text(QAccessible::Name), caption) << name;
+    }
 
     dialogAnswer = u"/music/chosen.mp3"_s;
     button("btSave")->click();

@@ -26,17 +26,23 @@ public:
     void SetWriteEnabled(bool enabled) override { writeEnabled = enabled; }
     void WriteToDisk(QByteArrayView data, bool flush) override
     {
-        written.append(data);
+        if (writeEnabled)
+            written.append(data);
         calls << u"write "_s + QString::fromLatin1(data.first(std::min<qsizetype>(3, data.size()))) +
                      (flush ? u" flush"_s : QString()) + (writeEnabled ? QString() : u" disabled"_s);
     }
     void NewSong(const QString &t) override { calls << u"song "_s + t; }
-    bool IsFileOpen() const override { return true; }
-    void SwitchToContinuous() override { calls << u"continuous"_s; }
+    bool IsFileOpen() const override { return fileOpen; }
+    void SwitchToContinuous() override
+    {
+        fileOpen = true;
+        calls << u"continuous"_s;
+    }
 
     QString title, stream, genre, linkA, linkB, scan;
     bool waitShown = false;
     bool writeEnabled = false;
+    bool fileOpen = true;
     QByteArray written;
     QStringList calls;
 };
@@ -97,26 +103,25 @@ TEST_F(IcyStreamTest, HeaderSplitAcrossPacketsIsConsumedWhenItsEndArrives)
     EXPECT_TRUE(host.calls.isEmpty());
 }
 
-TEST_F(IcyStreamTest, AudioAfterTheHeaderCountsTowardsTheFirstInterval)
+TEST_F(IcyStreamTest, SmallIntervalsTakeOneEventEachAndABacklogIsWorkedOffAtOnce)
 {
     feed(header(8) + "AAAAA");
-    feed("AAA" + QByteArray(1, '\0') + "BB");
-    EXPECT_EQ(host.calls, QStringList{u"write AAA disabled"_s});
-    EXPECT_EQ(host.written, "AAAAAAAA");
-    EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView("BB"));
-    EXPECT_EQ(icy.BytesTotal(), 8);
-    EXPECT_EQ(icy.MetaBlocks(), 0);
-}
-
-TEST_F(IcyStreamTest, TwoIntervalsInOnePacketTakeTwoEvents)
-{
-    start(8);
-    const QByteArray zero(1, '\0');
-    feed(interval("A", 8) + zero + interval("B", 8) + zero);
-    EXPECT_EQ(host.calls.size(), 1);
+    feed("AAA" + QByteArray(1, '\0') + interval("B", 8) + '\0');
+    EXPECT_EQ(icy.BytesTotal(), 8) << "audio after the header counts towards the first interval";
+    EXPECT_EQ(icy.ReceiveBufferLength(), 9);
     icy.OnData({});
-    EXPECT_EQ(host.calls, (QStringList{u"write A.. disabled"_s, u"write B.. disabled"_s}));
     EXPECT_EQ(icy.ReceiveBufferLength(), 0);
+
+    const int m = 16000;
+    RecordingHost flooded;
+    IcyStream stream(flooded);
+    stream.OnData(header(m));
+    const QByteArray unit = interval("A", m) + char(0);
+    const int intervals = 50 * 1000 * 1000 / unit.size();
+    stream.OnData(unit.repeated(intervals));
+    EXPECT_EQ(stream.ReceiveBufferLength(), 0);
+    EXPECT_EQ(stream.BytesTotal(), double(intervals) * m);
+    EXPECT_EQ(flooded.written.size(), qsizetype(intervals) * m);
 }
 
 TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
@@ -142,12 +147,33 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
     }
 }
 
-TEST_F(IcyStreamTest, CleanTextIsTheNarrowRange)
+TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrCleanAndDecodedAsUtf8OrLatin1)
 {
     EXPECT_TRUE(IcyStream::IsCleanText(QByteArrayView("StreamTitle='A - z';\r\n\0\0", 24)));
     for (const char bad : {'{', '|', '~', '\x7f', '\x01', '\xe9'})
         EXPECT_FALSE(IcyStream::IsCleanText(QByteArray("ok").append(bad))) << int(bad);
-    EXPECT_FALSE(IcyStream::IsCleanText(u"Caf\u00e9"_s));
+
+    const struct
+    {
+        QByteArray block;
+        bool wellFormed;
+    } rows[] = {
+        {"StreamTitle='Caf\xc3\xa9 {live} | 100%';\0\0\0"_ba, true},
+        {"StreamTitle='It's ';' here';StreamUrl='';", true},
+        {"StreamTitle='x';", true},
+        {"StreamTitle='x'", false},
+        {"StreamTitle='x';junk", false},
+        {"StreamTitle='x';\0junk"_ba, false},
+        {"Stream Title='x';", false},
+        {"StreamTitle='a\x01';", false},
+        {"='x';", false},
+        {QByteArray(16, '\0'), false},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(IcyStream::IsWellFormed(row.block), row.wellFormed) << row.block.toStdString();
+
+    EXPECT_EQ(IcyStream::DecodeText("Beyonc\xc3\xa9"), u"Beyonc\u00e9"_s);
+    EXPECT_EQ(IcyStream::DecodeText("Beyonc\xe9"), u"Beyonc\u00e9"_s);
 }
 
 TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
@@ -165,39 +191,103 @@ TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
     EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView(";"));
 }
 
-TEST_F(IcyStreamTest, ResyncDropsTheBytesBeforeTheNextGoodTitle)
+TEST_F(IcyStreamTest, ResyncDropsOnlyTheBytesBeforeTheNextGoodBlock)
 {
-    const QByteArray rejected = interval("A", 32) + block("StreamTitle='Caf\xe9';");
+    const int m = 32;
+    // Audio of bytes 1 with its name last: a length byte read in the wrong
+    // place announces a short block of bytes that no block holds.
+    const auto audio = [](char name) -> QByteArray { return QByteArray(m - 1, '\x01') + name; };
+    const QByteArray titled = audio('T') + block("StreamTitle='Next';");
+    const QByteArray malformed = audio('A') + block("StreamTitle='Cut\x01");
     const struct
     {
         const char *name;
         QByteArray stream;
-        int events; // until the position is found again
         qsizetype discarded;
         QByteArray written;
-        const char *title;
     } rows[] = {
-        // Five stray bytes put a byte of audio where the length byte should be.
-        {"stray bytes", QByteArray(37, '\x01') + block("StreamTitle='T';"), 1, 5, QByteArray(64, '\x01'),
-         "T"},
-        {"accented title", rejected + interval("B", 32) + block("StreamTitle='Next';"), 2, rejected.size(),
-         interval("B", 32).repeated(2), "Next"},
+        {"fewer stray bytes than an interval", QByteArray(5, '\x01') + titled, 5, audio('T').repeated(2)},
+        {"an interval of stray bytes", QByteArray(m, '\x01') + titled, m, audio('T').repeated(2)},
+        {"more than an interval", QByteArray(2 * m + 3, '\x01') + titled, 2 * m + 3, audio('T').repeated(2)},
+        // The empty block in front of the title shows where the interval before it began.
+        {"a malformed block", malformed + audio('B') + '\0' + titled, malformed.size(),
+         audio('B') + audio('T').repeated(2)},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         RecordingHost fresh;
+        fresh.title = u"Before"_s;
+        fresh.writeEnabled = true;
         IcyStream stream(fresh);
-        stream.OnData(header(32));
+        stream.OnData(header(m));
         stream.OnData(row.stream);
         EXPECT_EQ(stream.ResyncState(), IcyStream::ResyncLost);
+        EXPECT_FALSE(stream.LastTextValid());
         EXPECT_TRUE(fresh.calls.isEmpty());
-        for (int i = 0; i < row.events; ++i)
-            stream.OnData({});
+        stream.OnData({});
         EXPECT_EQ(stream.ResyncState(), 0);
         EXPECT_EQ(stream.ResyncCount(), 1);
         EXPECT_EQ(stream.DiscardedBytes(), row.discarded);
+        stream.OnData({});
         EXPECT_EQ(fresh.written, row.written);
-        EXPECT_EQ(fresh.title, QString::fromLatin1(row.title));
+        EXPECT_EQ(fresh.title, u"Next"_s);
+    }
+}
+
+TEST_F(IcyStreamTest, WhileLostOnlyWhatAComingBlockNeedsIsKept)
+{
+    start(8000);
+    host.title = u"Before"_s;
+    feed(interval("A", 8000) + block("StreamTitle='Cut\x01"));
+    ASSERT_EQ(icy.ResyncState(), IcyStream::ResyncLost);
+    const QByteArray noise(64 * 1024, '\x01');
+    for (int i = 0; i < 80; ++i) {
+        feed(noise);
+        ASSERT_LE(icy.ReceiveBufferLength(), 8001 + 10 + noise.size());
+    }
+    feed(interval("T", 8000) + block("StreamTitle='Back';"), 2);
+    EXPECT_EQ(icy.ResyncState(), 0);
+    EXPECT_EQ(host.title, u"Back"_s);
+    EXPECT_EQ(host.written, interval("T", 8000).repeated(2));
+}
+
+TEST_F(IcyStreamTest, StationsThatNameNoSongAreRecordedFromTheFirstAudioByte)
+{
+    const QByteArray audio = interval("A", 16) + interval("B", 16) + interval("C", 16);
+    const struct
+    {
+        const char *name;
+        QByteArray stream;
+        QString scan;
+        QByteArray written;
+    } rows[] = {
+        {"empty titles",
+         "icy-metaint:16\r\n\r\n" + interval("A", 16) + block("StreamTitle='';") + interval("B", 16) +
+             block("StreamTitle='';") + interval("C", 16) + '\0',
+         {},
+         audio},
+        {"empty blocks",
+         "icy-metaint:16\r\n\r\n" + interval("A", 16) + '\0' + interval("B", 16) + '\0' + interval("C", 16) +
+             '\0',
+         {},
+         audio},
+        {"no interval", "\r\n" + audio, {}, audio},
+        {"a song scan waits", "\r\n" + audio, u"wanted"_s, {}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        RecordingHost fresh;
+        fresh.fileOpen = false;
+        fresh.scan = row.scan;
+        IcyStream stream(fresh);
+        stream.OnData(QByteArray("ICY 200 OK\r\nicy-br:128\r\n" + row.stream));
+        for (int i = 0; i < 3; ++i)
+            stream.OnData({});
+        EXPECT_EQ(fresh.calls.value(0), u"continuous"_s);
+        EXPECT_EQ(fresh.calls.count(u"continuous"_s), 1);
+        EXPECT_EQ(fresh.written, row.written);
+        EXPECT_EQ(fresh.waitShown, !row.scan.isEmpty());
+        EXPECT_EQ(stream.BytesTotal(), audio.size());
     }
 }
 
@@ -212,6 +302,38 @@ TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
     EXPECT_EQ(host.calls,
               (QStringList{u"write A.. flush disabled"_s, u"song Queen - Flash"_s, u"write A.. disabled"_s,
                            u"write B.. flush"_s, u"song The BEATLES - Help"_s, u"write B.."_s}));
+}
+
+TEST_F(IcyStreamTest, AHeaderLikeBlockNamesTheSong)
+{
+    start(8);
+    feed(interval("A", 8) + block("icy-name:Header Song\r\nicy-genre:Rock\r\n"));
+    EXPECT_EQ(host.title, u"Header Song"_s);
+    EXPECT_EQ(host.stream, u"Radio X") << "the station's name stays";
+    EXPECT_EQ(host.genre, u"Rock");
+    EXPECT_EQ(host.calls, (QStringList{u"write A.. flush"_s, u"song Header Song"_s, u"write A.."_s}));
+}
+
+TEST_F(IcyStreamTest, StopAndReconnectionFinishWhatIsHeld)
+{
+    start(8);
+    // Three intervals wait, the last block carrying a new title, then half an interval.
+    feed(interval("A", 8) + block("StreamTitle='One';") + interval("B", 8) + '\0' + interval("C", 8) +
+         block("StreamTitle='Two';") + "DDDD");
+    icy.Interrupt();
+    EXPECT_EQ(host.calls,
+              (QStringList{u"write A.. flush"_s, u"song One"_s, u"write A.."_s, u"write B.."_s,
+                           u"write C.. flush"_s, u"song Two"_s, u"write C.."_s, u"write DDD flush"_s}));
+    EXPECT_EQ(icy.BytesTotal(), 28);
+    EXPECT_FALSE(icy.HeaderDone());
+
+    // The new connection tells the same title: the song goes on in the same file.
+    host.calls.clear();
+    feed(header(8));
+    feed(interval("E", 8) + block("StreamTitle='Two';"));
+    EXPECT_EQ(host.calls, QStringList{u"write E.."_s});
+    EXPECT_EQ(icy.BytesTotal(), 36);
+    EXPECT_EQ(icy.MetaBlocks(), 3) << "empty blocks are not counted";
 }
 
 TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
@@ -232,24 +354,21 @@ TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
     EXPECT_EQ(icy.ReceiveBufferLength(), 0);
 }
 
-TEST_F(IcyStreamTest, ErrorInAStepEndsOnlyThatEvent)
+TEST_F(IcyStreamTest, AnIntervalThatCannotBeRecordedFailsTheStream)
 {
-    icy.OnData("ICY 200 OK\r\nicy-metaint:-5\r\nicy-br:99999\r\n\r\nAUDIO");
-    EXPECT_NO_THROW(icy.OnData("MORE"));
-    EXPECT_EQ(icy.Bitrate(), 0);
-    EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView("AUDIOMORE"));
-}
-
-TEST_F(IcyStreamTest, LargeBacklogIsConsumedWithoutMovingItPerStep)
-{
-    const int m = 16000;
-    start(m);
-    const QByteArray unit = interval("A", m) + char(0);
-    const int intervals = 50 * 1000 * 1000 / unit.size();
-    feed(unit.repeated(intervals), intervals);
-    EXPECT_EQ(icy.BytesTotal(), double(intervals) * m);
-    EXPECT_EQ(icy.ReceiveBufferLength(), 0);
-    EXPECT_LE(icy.Compactions(), 12);
+    for (const QByteArray interval : {"-5", "1048577"}) {
+        SCOPED_TRACE(interval.toStdString());
+        RecordingHost fresh;
+        IcyStream stream(fresh);
+        stream.OnData(QByteArray("ICY 200 OK\r\nicy-metaint:" + interval + "\r\nicy-br:99999\r\n\r\nAUDIO"));
+        stream.OnData(QByteArray(4096, 'x'));
+        EXPECT_EQ(stream.Bitrate(), 0) << "a number that does not fit leaves its field";
+        EXPECT_TRUE(stream.Failure().contains(QString::fromLatin1(interval)))
+            << stream.Failure().toStdString();
+        EXPECT_EQ(stream.ReceiveBufferLength(), 0);
+        stream.Reset();
+        EXPECT_TRUE(stream.Failure().isEmpty());
+    }
 }
 
 } // namespace

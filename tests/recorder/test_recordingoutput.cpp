@@ -3,7 +3,6 @@
 #include "support/tempprofile.h"
 
 #include <QFileInfo>
-#include <QStringList>
 
 #include <gtest/gtest.h>
 
@@ -25,8 +24,7 @@ protected:
         out.SetWriteEnabled(true);
     }
 
-    QStringList errors;
-    RecordingOutput out{[this](const QString &message) { errors << message; }};
+    RecordingOutput out;
 };
 
 TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
@@ -66,7 +64,7 @@ TEST_F(RecordingOutputTest, CacheGoesOutPast64000BytesOrOnFlush)
     out.WriteToDisk("dropped", true);
     out.CloseFile();
     EXPECT_EQ(TempProfile::readFile(path(u"a.mp3"_s)), chunk.repeated(4) + "bcd");
-    EXPECT_TRUE(errors.isEmpty());
+    EXPECT_TRUE(out.Error().isEmpty());
 }
 
 TEST_F(RecordingOutputTest, NewSongOpensACleanedFileInSingleSongMode)
@@ -103,11 +101,27 @@ TEST_F(RecordingOutputTest, WithoutAnOpenFileWritesAreDroppedAndTheOldFileKept)
     out.WriteToDisk("kept", true);
     out.NewSong(u"x"_s, true, path(u"missing/folder/%SONG%.mp3"_s));
     EXPECT_FALSE(out.IsFileOpen());
-    ASSERT_EQ(errors.size(), 1);
-    EXPECT_TRUE(errors[0].contains(u"missing/folder/x.mp3"_s));
+    EXPECT_TRUE(out.Error().startsWith(u"Unable to open"_s)) << out.Error().toStdString();
+    EXPECT_TRUE(out.Error().contains(u"missing/folder/x.mp3"_s));
     out.WriteToDisk("nowhere", true);
     EXPECT_EQ(out.BlockWrites(), 1);
     EXPECT_EQ(TempProfile::readFile(path(u"kept.mp3"_s)), "kept");
+    out.ResetCounters();
+    EXPECT_TRUE(out.Error().isEmpty());
+}
+
+TEST_F(RecordingOutputTest, AFullDiskIsKeptAsTheErrorAndEndsTheWrites)
+{
+    out.SetFileName(u"/dev/full"_s);
+    ASSERT_TRUE(out.OpenFile());
+    out.SetWriteEnabled(true);
+    out.WriteToDisk("first", true);
+    EXPECT_TRUE(out.Error().startsWith(u"Unable to write \"/dev/full\""_s)) << out.Error().toStdString();
+    EXPECT_EQ(out.BytesWritten(), 0);
+    const QString first = out.Error();
+    out.WriteToDisk("second", true);
+    EXPECT_EQ(out.BlockWrites(), 1) << "nothing goes out once a write failed";
+    EXPECT_EQ(out.Error(), first);
 }
 
 } // namespace

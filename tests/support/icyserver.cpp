@@ -1,10 +1,15 @@
 #include "support/icyserver.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QHostAddress>
-#include <QRandomGenerator>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
+
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -24,10 +29,14 @@ namespace {
 
 const QByteArray Header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
                           "icy-genre:Test\r\nicy-url:http://station.example/\r\ncontent-type:audio/mpeg\r\n"
-                          "icy-pub:1\r\nicy-br:128\r\nicy-metaint:";
+                          "icy-pub:1\r\nicy-br:128\r\n";
 
 // A header line repeated for ever never makes the empty line that ends a header.
 const QByteArray EndlessLine = "icy-notice1:still going\r\n";
+
+// What a flood writes per turn of the loop, and how much may wait unsent.
+constexpr qint64 FloodPiece = 512 * 1024;
+constexpr qint64 FloodBacklog = 2 * 1024 * 1024;
 
 // Varied enough that a misplaced copy shows, cheap enough for long runs.
 char audioByte(qint64 position)
@@ -35,11 +44,16 @@ char audioByte(qint64 position)
     return char((quint64(position) * 2654435761u) >> 13);
 }
 
+QByteArray tlsFile(const QString &name)
+{
+    QFile file(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/tests/recorder/tls/"_s + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 IcyServer::IcyServer(QObject *parent) : QObject(parent), m_server(new QTcpServer(this))
 {
-    connect(m_server, &QTcpServer::newConnection, this, &IcyServer::onNewConnection);
     connect(&m_timer, &QTimer::timeout, this, [this] {
         for (auto &client : m_clients) {
             if (client->streaming && client->socket && !client->sent.finished)
@@ -52,21 +66,42 @@ IcyServer::~IcyServer() = default;
 
 bool IcyServer::start()
 {
-    if (!ListenOnLowPort(*m_server))
+    return listen();
+}
+
+bool IcyServer::startTls(const QString &certificate)
+{
+    auto *server = new QSslServer(this);
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setLocalCertificate(QSslCertificate(tlsFile(certificate + u".pem"_s)));
+    tls.setPrivateKey(QSslKey(tlsFile(u"server.key"_s), QSsl::Ec));
+    server->setSslConfiguration(tls);
+    delete m_server;
+    m_server = server;
+    m_tls = true;
+    return !tls.localCertificate().isNull() && !tls.privateKey().isNull() && listen();
+}
+
+void IcyServer::trustTestAuthority()
+{
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.addCaCertificate(QSslCertificate(tlsFile(u"ca.pem"_s)));
+    QSslConfiguration::setDefaultConfiguration(tls);
+}
+
+bool IcyServer::listen()
+{
+    connect(m_server, &QTcpServer::pendingConnectionAvailable, this, &IcyServer::onNewConnection);
+    if (!m_server->listen(QHostAddress::LocalHost, 0))
         return false;
     // A paced stream needs a steady tick; an unpaced one a fast one.
     m_timer.start(bytesPerSecond > 0 ? 20 : 1);
     return true;
 }
 
-bool IcyServer::ListenOnLowPort(QTcpServer &server)
+void IcyServer::stopListening()
 {
-    const int first = QRandomGenerator::global()->bounded(12768);
-    for (int i = 0; i < 200; ++i) {
-        if (server.listen(QHostAddress::LocalHost, quint16(20000 + (first + i * 61) % 12768)))
-            return true;
-    }
-    return false;
+    m_server->close();
 }
 
 quint16 IcyServer::port() const
@@ -76,12 +111,17 @@ quint16 IcyServer::port() const
 
 QString IcyServer::url(const QString &path) const
 {
-    return u"http://127.0.0.1:"_s + QString::number(port()) + path;
+    return (m_tls ? u"https://localhost:"_s : u"http://127.0.0.1:"_s) + QString::number(port()) + path;
 }
 
 QByteArray IcyServer::page(const QByteArray &body)
 {
     return "HTTP/1.0 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+}
+
+QByteArray IcyServer::redirect(const QString &location)
+{
+    return "HTTP/1.0 302 Found\r\nLocation: " + location.toLatin1() + "\r\nContent-Length: 0\r\n\r\n";
 }
 
 QByteArray IcyServer::metadataBlock(const QByteArray &text)
@@ -118,6 +158,8 @@ void IcyServer::onNewConnection()
         c.socket = socket;
         connect(socket, &QTcpSocket::readyRead, this, [this, &c] { onReadyRead(c); });
         connect(socket, &QTcpSocket::disconnected, this, [&c] { c.socket = nullptr; });
+        if (socket->bytesAvailable() > 0)
+            onReadyRead(c);
     }
 }
 
@@ -139,10 +181,13 @@ void IcyServer::onReadyRead(Client &client)
         client.socket->disconnectFromHost();
         return;
     }
-    if (fault == Fault::EndlessHeader)
+    if (fault == Fault::EndlessHeader) {
         client.socket->write("ICY 200 OK\r\n");
-    else if (fault == Fault::None)
-        client.socket->write(Header + QByteArray::number(metaInt) + "\r\n\r\n");
+    } else {
+        const QByteArray interval =
+            announceInterval ? "icy-metaint:" + QByteArray::number(metaInt) + "\r\n" : QByteArray();
+        client.socket->write(Header + interval + "\r\n");
+    }
     client.streaming = true;
     client.clock.start();
 }
@@ -152,7 +197,9 @@ void IcyServer::pump(Client &client)
     // Unpaced writes stop at each metadata block, so the reader's buffer
     // empties whenever it keeps up.
     qint64 due = qMin<qint64>(2000, metaInt - client.audioPos % metaInt);
-    if (bytesPerSecond > 0)
+    if (flood)
+        due = client.socket->bytesToWrite() < FloodBacklog ? FloodPiece : 0;
+    else if (bytesPerSecond > 0)
         due = bytesPerSecond * client.clock.elapsed() / 1000 - client.audioPos;
     if (due <= 0)
         return;
@@ -166,25 +213,28 @@ void IcyServer::pump(Client &client)
 
 void IcyServer::sendAudio(Client &client, qint64 count)
 {
-    const qint64 total = scriptIntervals() * metaInt;
-    if (!repeat)
-        count = qMin(count, total - client.audioPos);
+    const int stopAt = dropAfter > 0 ? dropAfter : stallAfter;
+    qint64 end = repeat ? std::numeric_limits<qint64>::max() : scriptIntervals() * metaInt;
+    if (stopAt > 0)
+        end = qMin(end, qint64(stopAt) * metaInt);
+    count = qMin(count, end - client.audioPos);
     QByteArray wire;
-    wire.reserve(count + 64);
+    wire.reserve(count + count / metaInt * 64 + 64);
     const qint64 begin = client.audioPos;
     while (count > 0) {
-        const qint64 n = qMin(count, metaInt - client.audioPos % metaInt);
+        const qint64 n = announceInterval ? qMin(count, metaInt - client.audioPos % metaInt) : count;
         for (qint64 i = 0; i < n; ++i)
             wire += audioByte(client.audioPos + i);
         client.audioPos += n;
         count -= n;
-        if (client.audioPos % metaInt != 0)
+        if (!announceInterval || client.audioPos % metaInt != 0)
             continue;
         const QByteArray title = titleAfterInterval(client.audioPos / metaInt - 1);
-        const bool changed = !client.announced || title != client.lastTitle;
+        const bool changed = titles && (!client.announced || title != client.lastTitle);
         if (changed && keepSent)
             client.sent.marks.append({client.audioPos, title});
-        wire += changed || repeatTitles ? metadataBlock("StreamTitle='" + title + "';") : QByteArray(1, '\0');
+        wire += changed || (titles && repeatTitles) ? metadataBlock("StreamTitle='" + title + "';")
+                                                    : QByteArray(1, '\0');
         client.announced = true;
         client.lastTitle = title;
     }
@@ -193,7 +243,9 @@ void IcyServer::sendAudio(Client &client, qint64 count)
             client.sent.audio += audioByte(p);
     }
     client.socket->write(wire);
-    client.sent.finished = !repeat && client.audioPos >= total;
+    client.sent.finished = client.audioPos >= end;
+    if (client.sent.finished && dropAfter > 0)
+        client.socket->disconnectFromHost();
 }
 
 QByteArray IcyServer::titleAfterInterval(qint64 interval) const

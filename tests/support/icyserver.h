@@ -9,14 +9,16 @@
 #include <memory>
 #include <vector>
 
+class QSslCertificate;
 class QTcpServer;
 
 // A scripted station on 127.0.0.1 ("Loopback FM", genre "Test", metadata every
 // metaInt audio bytes, 128 kbit/s): answers a request with an ICY header, then
 // sends audio with the title changing as the script says. It remembers, per
 // client, the exact audio it sent and where each title was announced, so tests
-// can compute the files a recorder must have written. It can also misbehave,
-// and answer plain HTTP requests by path.
+// can compute the files a recorder must have written. Every client hears the
+// script from its start. It can also misbehave, answer plain HTTP requests by
+// path, and speak TLS with one of the test certificates.
 class IcyServer : public QObject
 {
     Q_DISABLE_COPY_MOVE(IcyServer)
@@ -53,24 +55,37 @@ public:
     explicit IcyServer(QObject *parent = nullptr);
     ~IcyServer() override;
 
-    // Listens on a free port of 127.0.0.1 below 32768: the recorder keeps
-    // ports in signed 16 bits and refuses higher ones.
+    // Listens on a free port of 127.0.0.1 chosen by the system (ports from
+    // 32768 up on Linux, so stations on high ports are what tests meet).
     bool start();
-    static bool ListenOnLowPort(QTcpServer &server);
+    // The same over TLS, with tests/recorder/tls/<certificate>.pem:
+    // "localhost", "expired" (ended in 2021) or "otherhost" (other.example).
+    bool startTls(const QString &certificate);
+    // Makes the test authority that signed those trusted by this process.
+    static void trustTestAuthority();
+    // Stops listening: further connections are refused.
+    void stopListening();
     quint16 port() const;
+    // http://127.0.0.1:port/..., or https://localhost:port/... over TLS.
     QString url(const QString &path = QStringLiteral("/stream")) const;
 
     // The script; change it before clients connect.
     QList<Song> songs;
     bool repeat = false;       // start the songs again after the last; else stop sending
     bool repeatTitles = false; // send the title in every block, not only on a change
+    bool titles = true;        // false: every block is empty (length 0)
+    bool announceInterval = true; // false: no "icy-metaint:", the stream is plain audio
     int metaInt = 8000;
     qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
+    bool flood = false;        // unpaced and in large pieces: faster than a reader takes it
+    int dropAfter = 0;         // closes each connection after so many intervals (0: never)
+    int stallAfter = 0;        // falls silent after so many intervals, connection kept (0: never)
     Fault fault = Fault::None;
     bool keepSent = true; // false: remember nothing (long runs)
     // Whole HTTP answers by path; other ".pls" paths get a 404.
     QMap<QByteArray, QByteArray> pages;
     static QByteArray page(const QByteArray &body);
+    static QByteArray redirect(const QString &location);
 
     // A metadata block as it goes on the wire: length byte, then padded text.
     static QByteArray metadataBlock(const QByteArray &text);
@@ -86,6 +101,7 @@ public:
 private:
     struct Client;
 
+    bool listen();
     void onNewConnection();
     void onReadyRead(Client &client);
     void pump(Client &client);
@@ -94,6 +110,7 @@ private:
     qint64 scriptIntervals() const;
 
     QTcpServer *m_server;
+    bool m_tls = false;
     QTimer m_timer;
     std::vector<std::unique_ptr<Client>> m_clients;
 };

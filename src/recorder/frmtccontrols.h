@@ -1,0 +1,99 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+class IcyStream;
+class QCheckBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+class QWidget;
+class RecordingOutput;
+struct LaunchSwitches;
+
+// The recorder window's controls, their layout and how they show a recording,
+// kept apart from what the window does with them. Every control carries its
+// design name as objectName; every field and value is tied to its caption (a
+// buddy) or named for assistive tools where it has none. Labels and bars are
+// written only when their content changes, so nothing flickers.
+class FrmTCControls
+{
+public:
+    static inline const QString CaptionRecord = QStringLiteral("Record");
+    static inline const QString CaptionShowHeader = QStringLiteral("Show Header");
+    static inline const QString CaptionShowMetadata = QStringLiteral("Show Metadata");
+
+    // Builds the controls into the window; the monitor panel starts hidden.
+    void setupControls(QWidget *window);
+    // Fills the inputs from a launch command line; "-m" clicks cmdMonitor and
+    // "-v" minimises the window.
+    void applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window);
+
+    // tmrStats: stored size, time, bit rate and blocks. Gives the elapsed
+    // seconds, when the bit rate tells them.
+    std::optional<qint32> showStatistics(const IcyStream &stream);
+    // tmrUpdate: the monitor panel.
+    void showMonitor(const IcyStream &stream, const RecordingOutput &output);
+    // btShow: switches txtMeta between the header and the latest metadata.
+    void switchMetaView(const IcyStream &stream);
+
+    static void setLabel(QLabel *label, const QString &text);
+    static void setBar(QProgressBar *bar, int value);
+
+    QLineEdit *txtStream = nullptr;
+    QLabel *LblStation = nullptr;
+    QLineEdit *txtSave = nullptr;
+    QPushButton *btSave = nullptr;
+    QCheckBox *chkSingleSong = nullptr;
+    QRadioButton *optBreak[2] = {};
+    QLineEdit *txtBreak[2] = {};
+    QCheckBox *ChkHibernate = nullptr;
+    QCheckBox *ChkShutDown = nullptr;
+    QLineEdit *txtScanSong = nullptr;
+    QLabel *lblWaitScan = nullptr;
+
+    QLabel *lbStream = nullptr;
+    QLabel *lbSong = nullptr;
+    QLabel *lbGenre = nullptr;
+    QLabel *lnkStation = nullptr;
+    QLabel *lnkStream = nullptr;
+    QLabel *lbStore = nullptr;
+    QLabel *lbTime = nullptr;
+    QLabel *lbBitrate = nullptr;
+    QLabel *lbPackets = nullptr;
+    QProgressBar *Bar = nullptr;
+
+    QPushButton *cmdRecord = nullptr;
+    QPushButton *cmdMonitor = nullptr;
+    QPushButton *cmdStations = nullptr;
+    QPushButton *cmdSchedule = nullptr;
+
+    QGroupBox *monitorPanel = nullptr;
+    QLabel *lbBuffer_Current = nullptr;
+    QLabel *lbBuffer_Peak = nullptr;
+    QProgressBar *Bar_Buffer = nullptr;
+    QLabel *lbPacket_Size = nullptr;
+    QLabel *lbPacket_Max = nullptr;
+    QLabel *lbDCache = nullptr;
+    QProgressBar *Bar_Cache = nullptr;
+    QLabel *lbSyncStat = nullptr;
+    QLabel *lbRealBytes = nullptr;
+    QLabel *lbBlock_Writes = nullptr;
+    QLabel *lbValid = nullptr;
+    QLabel *lbInvalid = nullptr;
+    QLabel *lbSync = nullptr;
+    QPushButton *btShow = nullptr;
+    QPlainTextEdit *txtMeta = nullptr;
+
+private:
+    void showMeta(const IcyStream &stream);
+    QWidget *buildInputs();
+    QWidget *buildStatus();
+    QWidget *buildMonitor();
+};
