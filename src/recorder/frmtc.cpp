@@ -7,6 +7,7 @@
 #include "app/prompt.h"
 #include "catalogue/filedl.h"
 #include "catalogue/playlist.h"
+#include "controls/roundedframe.h"
 #include "recorder/launchswitches.h"
 #include "recorder/modshutdown.h"
 #include "recorder/recorderstats.h"
@@ -16,7 +17,6 @@
 #include <QCloseEvent>
 #include <QFile>
 #include <QFileDialog>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>

@@ -1,5 +1,8 @@
 #include "recorder/frmtccontrols.h"
 
+#include "controls/roundedframe.h"
+#include "controls/themedprogressbar.h"
+
 #include "recorder/icystream.h"
 #include "recorder/launchswitches.h"
 #include "recorder/recorderstats.h"
@@ -8,12 +11,10 @@
 #include <QCheckBox>
 #include <QFormLayout>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -34,15 +35,29 @@ QLabel *caption(const QString &text, QWidget *buddy)
     return label;
 }
 
-QProgressBar *percentBar(const QString &name, const QString &accessibleName = {})
+ThemedProgressBar *percentBar(const QString &name, const QString &accessibleName = {})
 {
-    auto *bar = named(new QProgressBar, name);
+    auto *bar = named(new ThemedProgressBar, name);
     bar->setRange(0, 100);
     bar->setValue(0);
     bar->setFormat(QStringLiteral("%p%"));
     if (!accessibleName.isEmpty())
         bar->setAccessibleName(accessibleName);
     return bar;
+}
+
+// The sync indicators: a coloured mark before text in the window's own colour,
+// so the words stay readable in either theme and the mark tells good from bad.
+constexpr QColor Good(0x2f, 0xa8, 0x4f);
+constexpr QColor Bad(0xe0, 0x4f, 0x45);
+
+QLabel *indicator(const QString &name, const QString &text, const QColor &mark)
+{
+    auto *label = named(new QLabel, name);
+    label->setTextFormat(Qt::RichText);
+    label->setText(QStringLiteral("<span style=\"color:%1\">&#x25CF;</span> <b>%2</b>").arg(mark.name(), text));
+    label->setAccessibleName(text);
+    return label;
 }
 
 QLabel *valueLabel(const QString &name)
@@ -184,7 +199,7 @@ void FrmTCControls::setupControls(QWidget *window)
 
 QWidget *FrmTCControls::buildInputs()
 {
-    auto *box = new QGroupBox(QStringLiteral("Recording"));
+    auto *box = new RoundedFrame(QStringLiteral("Recording"));
     auto *form = new QFormLayout(box);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
@@ -248,7 +263,7 @@ QWidget *FrmTCControls::buildInputs()
 
 QWidget *FrmTCControls::buildStatus()
 {
-    auto *box = new QGroupBox(QStringLiteral("Now recording"));
+    auto *box = new RoundedFrame(QStringLiteral("Now recording"));
     auto *grid = new QGridLayout(box);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
@@ -282,7 +297,7 @@ QWidget *FrmTCControls::buildStatus()
 
 QWidget *FrmTCControls::buildMonitor()
 {
-    monitorPanel = named(new QGroupBox(QStringLiteral("Monitor")), QStringLiteral("monitorPanel"));
+    monitorPanel = named(new RoundedFrame(QStringLiteral("Monitor")), QStringLiteral("monitorPanel"));
     auto *grid = new QGridLayout(monitorPanel);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
@@ -297,12 +312,9 @@ QWidget *FrmTCControls::buildMonitor()
     lbSyncStat = valueLabel(QStringLiteral("lbSyncStat"));
     lbRealBytes = valueLabel(QStringLiteral("lbRealBytes"));
     lbBlock_Writes = valueLabel(QStringLiteral("lbBlock_Writes"));
-    lbValid = named(new QLabel(QStringLiteral("Valid")), QStringLiteral("lbValid"));
-    lbInvalid = named(new QLabel(QStringLiteral("Invalid")), QStringLiteral("lbInvalid"));
-    lbSync = named(new QLabel(QStringLiteral("In sync")), QStringLiteral("lbSync"));
-    lbValid->setStyleSheet(QStringLiteral("color: #1b7f2a; font-weight: bold;"));
-    lbInvalid->setStyleSheet(QStringLiteral("color: #b3261e; font-weight: bold;"));
-    lbSync->setStyleSheet(QStringLiteral("color: #1b7f2a;"));
+    lbValid = indicator(QStringLiteral("lbValid"), QStringLiteral("Valid"), Good);
+    lbInvalid = indicator(QStringLiteral("lbInvalid"), QStringLiteral("Invalid"), Bad);
+    lbSync = indicator(QStringLiteral("lbSync"), QStringLiteral("In sync"), Good);
     btShow = named(new QPushButton(CaptionShowHeader), QStringLiteral("btShow"));
     txtMeta = named(new QPlainTextEdit, QStringLiteral("txtMeta"));
     txtMeta->setAccessibleName(QStringLiteral("Header or metadata text"));

@@ -6,11 +6,11 @@
 
 class IcyStream;
 class QCheckBox;
-class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QProgressBar;
+class RoundedFrame;
 class QPushButton;
 class QRadioButton;
 class QWidget;
@@ -74,7 +74,7 @@ public:
     QPushButton *cmdStations = nullptr;
     QPushButton *cmdSchedule = nullptr;
 
-    QGroupBox *monitorPanel = nullptr;
+    RoundedFrame *monitorPanel = nullptr;
     QLabel *lbBuffer_Current = nullptr;
     QLabel *lbBuffer_Peak = nullptr;
     QProgressBar *Bar_Buffer = nullptr;

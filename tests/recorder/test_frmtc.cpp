@@ -13,7 +13,6 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFileInfo>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -484,7 +483,7 @@ TEST_F(RecorderWindow, LaunchRecordsToItsLimitThenActs)
         open();
         EXPECT_FALSE(button("cmdStations")->isEnabled());
         EXPECT_TRUE(child<QRadioButton>(minutes ? "optBreak0" : "optBreak1")->isChecked());
-        EXPECT_TRUE(child<QGroupBox>("monitorPanel")->isVisibleTo(window));
+        EXPECT_TRUE(child<QWidget>("monitorPanel")->isVisibleTo(window));
         EXPECT_TRUE(window->windowState() & Qt::WindowMinimized);
         QSignalSpy unloaded(window.data(), &FrmTC::unloaded);
         window->show();
@@ -530,7 +529,7 @@ TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
             continue;
         SCOPED_TRACE(action.toStdString());
         monitor->doAction(action);
-        EXPECT_TRUE(waitUntil([&] { return child<QGroupBox>("monitorPanel")->isVisible(); }, Wait));
+        EXPECT_TRUE(waitUntil([&] { return child<QWidget>("monitorPanel")->isVisible(); }, Wait));
         EXPECT_GT(window->height(), height);
         EXPECT_TRUE(update->isActive());
         button("cmdMonitor")->click();
