@@ -4,6 +4,7 @@
 #include "app/prompt.h"
 #include "controls/lynxgrid.h"
 #include "ui/frmstations.h"
+#include "ui/qtmediaplayer.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -88,7 +89,7 @@ struct MainWindow
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
         state.catalogue.Load(prompt, AppState::AppTitle);
-        window = std::make_unique<FrmStations>(state);
+        window = std::make_unique<FrmStations>(state, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
         grid = window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));

@@ -3,6 +3,7 @@
 #include "app/appstate.h"
 #include "app/startup.h"
 #include "recorder/frmtc.h"
+#include "ui/qtmediaplayer.h"
 #include "ui/frmstations.h"
 
 #include <QApplication>
@@ -18,7 +19,7 @@ void QtAppWindows::InitCommonControls()
 
 void QtAppWindows::LoadMainWindow()
 {
-    auto *window = new FrmStations(m_state);
+    auto *window = new FrmStations(m_state, QtMediaPlayer::Create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "ui/mediaplayer.h"
+
 #include <QWidget>
 
 class AppState;
+class FrmListen;
 class LynxGrid;
 class QBoxLayout;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
 class StationPlayer;
+class ucPlayBar;
 
 // The main window: the station catalogue in a grid, four filters, a text
 // search and in-place editing of the stations.
@@ -37,10 +41,16 @@ public:
         ColumnCount
     };
 
-    explicit FrmStations(AppState &state, QWidget *parent = nullptr);
+    // players makes the media players of the window's own player and of its
+    // listening windows.
+    FrmStations(AppState &state, MediaPlayerFactory players, QWidget *parent = nullptr);
 
-    // The player behind the play handle in column 0; none until there is one.
-    void SetPlayer(StationPlayer *player) { m_player = player; }
+    // A new listening window, not yet shown, whose played stations reach StationPlayed.
+    FrmListen *CreateListenWindow();
+    // A listening window's news: kind 1 means the station of row started to
+    // play on date, which becomes its LastDate.
+    void StationPlayed(int kind, int row, const QString &date);
+    StationPlayer &Player() const { return *m_player; }
 
 signals:
     // The window has unloaded: edited cells are back in the catalogue and its
@@ -68,7 +78,10 @@ private:
     void LynxGrid1_RequestUpdate(int row, int col, QString &value, bool &cancel);
     void LynxGrid1_CellUpdated(int row, int col);
 
+    void buildPlayer();
+
     AppState &m_state;
+    MediaPlayerFactory m_players;
     StationPlayer *m_player = nullptr;
     bool m_unloaded = false;
 
@@ -80,4 +93,5 @@ private:
     QComboBox *m_cmbRating = nullptr;
     QLineEdit *m_txtSearch = nullptr;
     QBoxLayout *m_playBarSlot = nullptr;
+    ucPlayBar *m_playBar = nullptr;
 };

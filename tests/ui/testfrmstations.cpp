@@ -5,6 +5,7 @@
 #include "app/settingsstore.h"
 #include "app/startup.h"
 #include "controls/lynxgrid.h"
+#include "scriptedplayer.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
@@ -62,7 +63,7 @@ protected:
     // Opens the main window; closing it runs the program's real closing step.
     void open()
     {
-        window = std::make_unique<FrmStations>(*state);
+        window = std::make_unique<FrmStations>(*state, ScriptedPlayer::Factory(players));
         startup = std::make_unique<Startup>(*state, windows);
         QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
         window->show();
@@ -111,6 +112,7 @@ protected:
     QuietWindows windows;
     std::unique_ptr<AppState> state;
     std::unique_ptr<Startup> startup;
+    QList<ScriptedPlayer *> players;
     std::unique_ptr<FrmStations> window;
     LynxGrid *grid = nullptr;
 };
