@@ -199,7 +199,13 @@ TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)
     window.Play();
     ASSERT_TRUE(reaches(window.MPlayer(), MediaPlayer::Paused)) << window.MPlayer().status().toStdString();
     QMediaPlayer &media = qtPlayer(window);
-    EXPECT_TRUE(waitUntil([&] { return media.hasVideo(); }, OpenTimeout)) << "the video decodes";
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            return media.mediaStatus() == QMediaPlayer::LoadedMedia ||
+                   media.mediaStatus() == QMediaPlayer::BufferedMedia;
+        },
+        OpenTimeout))
+        << "the clip is made ready";
     EXPECT_EQ(media.playbackState(), QMediaPlayer::PausedState);
     EXPECT_EQ(media.loops(), FrmListen::WarmUpPlayCount);
     EXPECT_FALSE(window.isVisible());
