@@ -3,6 +3,7 @@
 #include "app/appstate.h"
 #include "catalogue/filedl.h"
 #include "ui/playlistfetch.h"
+#include "ui/themepalette.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -38,6 +39,8 @@ FrmListen::FrmListen(AppState &state, const MediaPlayerFactory &players, QWidget
 {
     setObjectName(QStringLiteral("FrmListen"));
     setWindowTitle(AppState::AppTitle);
+    setPalette(ThemePalette(m_state.skinParam.Colors()));
+    setAutoFillBackground(true);
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
     m_player->view()->setObjectName(QStringLiteral("MPlayer"));
     m_player->view()->setAccessibleName(tr("Player"));
