@@ -38,7 +38,6 @@ public:
     // pressedGlyph, when given, stands for the pressed state instead of glyph
     // (a toggle whose pressed look differs, such as a crossed-out speaker).
     void SetGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph = {});
-    bool Toggle() const { return isCheckable(); }
     void SetToggle(bool toggle) { setCheckable(toggle); }
 
     void SetThemeColors(const ThemeColors &colors) override;

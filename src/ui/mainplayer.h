@@ -35,9 +35,6 @@ public:
     void SetScanning(bool scanning) override { m_scanning = scanning; }
     void Silence() override;
 
-    const QString &PlayingAddress() const { return m_playingAddress; }
-    const QString &PlayingName() const { return m_playingName; }
-
 private:
     // True when something was started (a stream, or the fetch of its playlist).
     bool StartCurrentStation();

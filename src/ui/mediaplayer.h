@@ -58,7 +58,6 @@ public:
     virtual int volume() const = 0;
     virtual void setVolume(int volume) = 0;
     // How many times the media plays through; 1 plays it once.
-    virtual int playCount() const = 0;
     virtual void setPlayCount(int count) = 0;
 
     virtual bool fullScreen() const = 0;

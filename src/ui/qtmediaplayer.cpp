@@ -210,9 +210,9 @@ int QtMediaPlayer::stateNow() const
 {
     if (m_url.isEmpty())
         return Stopped;
-    const QMediaPlayer::MediaStatus status = m_player->mediaStatus();
     if (m_failed)
         return Ready;
+    const QMediaPlayer::MediaStatus status = m_player->mediaStatus();
     switch (m_player->playbackState()) {
     case QMediaPlayer::PausedState:
         return Paused;

@@ -38,7 +38,6 @@ public:
     void setMute(bool mute) override;
     int volume() const override { return m_volume; }
     void setVolume(int volume) override;
-    int playCount() const override { return m_playCount; }
     void setPlayCount(int count) override;
 
     bool fullScreen() const override;

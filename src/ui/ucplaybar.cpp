@@ -157,11 +157,6 @@ void ucPlayBar::SetState(const QString &state)
         showPlaying();
 }
 
-int ucPlayBar::VolumeValue() const
-{
-    return ucSlider1->value();
-}
-
 void ucPlayBar::SetThemeColors(const ThemeColors &colors)
 {
     for (ucPictureButton *button : {cmdDSPlay, cmdDSPause, cmdDSStop, cmdDSMute})

@@ -31,7 +31,6 @@ public:
     // "stop" or "play" in any letter case sets that look; other texts change
     // nothing. Raises no event.
     void SetState(const QString &state);
-    int VolumeValue() const;
 
     void SetThemeColors(const ThemeColors &colors) override;
 

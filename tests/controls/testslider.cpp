@@ -62,19 +62,6 @@ TEST_F(SliderTest, DraggingShowsTheValueInATipThatGoesOnRelease)
     EXPECT_FALSE(tip->isVisible());
 }
 
-TEST_F(SliderTest, KeysStepThroughTheRangeWithoutATip)
-{
-    slider.setFocus();
-    const std::pair<Qt::Key, int> steps[] = {
-        {Qt::Key_Right, 51}, {Qt::Key_Left, 50}, {Qt::Key_PageUp, 60}, {Qt::Key_End, 100}, {Qt::Key_Home, 0}};
-    slider.setPageStep(10);
-    for (const auto &[key, value] : steps) {
-        QTest::keyClick(&slider, key);
-        EXPECT_EQ(slider.value(), value) << QKeySequence(key).toString().toStdString();
-    }
-    EXPECT_FALSE(tip->isVisible());
-}
-
 TEST_F(SliderTest, ScreenReadersSeeASliderWithItsValue)
 {
     QAccessibleInterface *access = QAccessible::queryAccessibleInterface(&slider);

@@ -63,7 +63,6 @@ void ScriptedPlayer::stop()
 void ScriptedPlayer::setPlayCount(int count)
 {
     log << QStringLiteral("playCount=") + QString::number(count);
-    m_playCount = count;
 }
 
 void ScriptedPlayer::setFullScreen(bool on)

@@ -44,7 +44,6 @@ public:
     void setMute(bool mute) override { m_mute = mute; }
     int volume() const override { return m_volume; }
     void setVolume(int volume) override { m_volume = volume; }
-    int playCount() const override { return m_playCount; }
     void setPlayCount(int count) override;
     bool fullScreen() const override { return m_fullScreen; }
     void setFullScreen(bool on) override;
@@ -56,6 +55,5 @@ private:
     int m_state = Undefined;
     bool m_mute = false;
     int m_volume = 100;
-    int m_playCount = 1;
     bool m_fullScreen = false;
 };

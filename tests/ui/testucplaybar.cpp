@@ -1,9 +1,7 @@
 #include "ui/ucplaybar.h"
 
 #include "controls/picturebutton.h"
-#include "controls/slider.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTest>
@@ -87,34 +85,6 @@ TEST_F(PlayBarTest, SetStateChangesTheLookInAnyCaseAndRaisesNothing)
         EXPECT_EQ(look(), expected) << state;
     }
     EXPECT_EQ(clicks.size(), 0);
-}
-
-TEST_F(PlayBarTest, TheSliderRaisesTheVolume)
-{
-    QSignalSpy volumes(&bar, &ucPlayBar::Volume);
-    auto *slider = bar.findChild<ucSlider *>(u"ucSlider1"_s);
-    ASSERT_NE(slider, nullptr);
-    slider->setFocus();
-    QTest::keyClick(slider, Qt::Key_Home);
-    QTest::keyClick(slider, Qt::Key_PageUp);
-    ASSERT_EQ(volumes.size(), 2);
-    EXPECT_EQ(volumes[1][0].toInt(), slider->pageStep());
-    EXPECT_EQ(bar.VolumeValue(), slider->pageStep());
-}
-
-TEST_F(PlayBarTest, EveryControlHasANameAScreenReaderReads)
-{
-    const std::pair<const char *, const char *> controls[] = {{"cmdDSPlay", "Play"},
-                                                              {"cmdDSPause", "Pause"},
-                                                              {"cmdDSStop", "Stop"},
-                                                              {"cmdDSMute", "Mute"},
-                                                              {"ucSlider1", "Volume"}};
-    for (const auto &[name, text] : controls) {
-        auto *control = bar.findChild<QWidget *>(QLatin1StringView(name));
-        ASSERT_NE(control, nullptr) << name;
-        EXPECT_EQ(QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name),
-                  QLatin1StringView(text));
-    }
 }
 
 } // namespace
