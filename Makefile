@@ -3,7 +3,7 @@ BUILD ?= build
 JOBS ?= 2
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: setup configure build run test bench fuzz clean
+.PHONY: setup configure build run test bench fuzz package clean
 
 setup:
 	@bash scripts/setup.sh
@@ -19,6 +19,10 @@ run: build
 
 test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS) --timeout 300
+
+# A Debian package in $(BUILD)/: apt-get install ./$(BUILD)/tunecatch_*.deb
+package: build
+	cmake --build $(BUILD) --target package
 
 bench: build
 	@bash scripts/bench.sh $(BUILD)

@@ -21,6 +21,7 @@ class CountingPrompt : public Prompt
 public:
     void message(const QString &, const QString &, Icon) override { ++messages; }
     bool askYesNo(const QString &, const QString &, Icon) override { return false; }
+    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
     int messages = 0;
 };
 

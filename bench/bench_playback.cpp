@@ -3,9 +3,12 @@
 // how much memory a playing main window adds to the process.
 #include "app/apppaths.h"
 #include "app/appstate.h"
+#include "app/desktopshell.h"
+#include "app/keystate.h"
 #include "app/prompt.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
+#include "recorder/logindpowercontrol.h"
 #include "support/eventwait.h"
 #include "support/icecaststation.h"
 #include "support/tempprofile.h"
@@ -37,6 +40,7 @@ class SilentPrompt : public Prompt
 public:
     void message(const QString &, const QString &, Icon) override {}
     bool askYesNo(const QString &, const QString &, Icon) override { return false; }
+    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
 };
 
 double residentMegabytes()
@@ -72,7 +76,8 @@ struct PlayingWindow
                                                                      "Loopback|Speech|128|mp3||o|True|3|||") +
                                                       station->url() + QStringLiteral("|i\r\n")));
         state.catalogue.Load(prompt, AppState::AppTitle);
-        window = std::make_unique<FrmStations>(state, QtMediaPlayer::Create);
+        window = std::make_unique<FrmStations>(state, StationCommands::Services{shell, keys, power},
+                                               QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
         window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->SetRow(0);
@@ -90,6 +95,9 @@ struct PlayingWindow
 
     SilentPrompt prompt;
     AppState state;
+    DesktopShell shell;
+    KeyState keys;
+    LogindPowerControl power;
     std::unique_ptr<FrmStations> window;
 };
 

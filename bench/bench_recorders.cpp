@@ -42,6 +42,7 @@ class SilentPrompt : public Prompt
 public:
     void message(const QString &, const QString &, Icon) override {}
     bool askYesNo(const QString &, const QString &, Icon) override { return true; }
+    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
 };
 
 // No stop limit is set, so no power action is ever asked for.

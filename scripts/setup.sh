@@ -7,13 +7,19 @@ packages=(
   # build
   cmake make g++ pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
+  # the skin engine checks style sheets with Qt's own parser
+  qt6-base-private-dev
   # playback backend of Qt Multimedia
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   icecast2 ezstream lame espeak-ng ffmpeg mpg123
+  # scheduled recordings: systemd-analyze checks the units, systemd-escape their names
+  systemd
   # make fuzz: libFuzzer from clang
   clang libclang-rt-14-dev
+  # the icon, the desktop entry and `make package`
+  librsvg2-bin desktop-file-utils dpkg-dev file
   # screenshots and readable text under a virtual display
   xvfb xauth fonts-dejavu-core
 )

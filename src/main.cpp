@@ -3,16 +3,63 @@
 #include "app/qtappwindows.h"
 #include "app/startup.h"
 #include "app/terminationwatcher.h"
+#include "skin/themeapplier.h"
 
 #include <QApplication>
+#include <QFileInfo>
+#include <QIcon>
+
+namespace {
+
+// Whether a display server seems to be there: a Wayland socket, or an X
+// display whose local socket exists (a remote one is taken on trust).
+bool displayReachable()
+{
+    const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (!wayland.isEmpty()) {
+        const QString socket = QFileInfo(wayland).isAbsolute()
+                                   ? wayland
+                                   : qEnvironmentVariable("XDG_RUNTIME_DIR") + u'/' + wayland;
+        if (QFileInfo::exists(socket))
+            return true;
+    }
+    const QString display = qEnvironmentVariable("DISPLAY");
+    if (display.isEmpty())
+        return false;
+    if (!display.startsWith(u':'))
+        return true;
+    const QString number = display.mid(1).section(u'.', 0, 0);
+    return QFileInfo::exists(QStringLiteral("/tmp/.X11-unix/X") + number);
+}
+
+// A command argument of two characters or more starts a recording at once.
+bool startsRecording(int argc, char *argv[])
+{
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    return words.join(u' ').trimmed().size() >= 2;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
+    // A scheduled recording may be started by a user service manager that
+    // knows no display: record without windows rather than fail to start.
+    if (startsRecording(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !displayReachable())
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
     QApplication app(argc, argv);
     QApplication::setApplicationName(AppState::AppTitle);
+    QApplication::setDesktopFileName(QStringLiteral("tunecatch"));
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("tunecatch"), QIcon(QCoreApplication::applicationDirPath() + QStringLiteral("/tunecatch.png"))));
 
     MessageBoxPrompt prompt;
+    ThemeApplier themeApplier;
     AppState state(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
+    state.skinParam.SetListener(&themeApplier);
     QtAppWindows windows(state);
     Startup startup(state, windows);
     windows.setStartup(&startup);

@@ -1,6 +1,7 @@
 #include "app/messageboxprompt.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QMessageBox>
 
 namespace {
@@ -32,4 +33,9 @@ bool MessageBoxPrompt::askYesNo(const QString &text, const QString &title, Icon 
 {
     QMessageBox box(toIcon(icon), title, text, QMessageBox::Yes | QMessageBox::No, QApplication::activeWindow());
     return box.exec() == QMessageBox::Yes;
+}
+
+QString MessageBoxPrompt::chooseOpenFile(const QString &title, const QString &folder, const QString &filter)
+{
+    return QFileDialog::getOpenFileName(QApplication::activeWindow(), title, folder, filter);
 }

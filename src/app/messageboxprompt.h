@@ -4,10 +4,12 @@
 
 class QWidget;
 
-// The program's questions and messages as message boxes, over the active window.
+// The program's questions and messages as message boxes, and the file-open
+// dialog, over the active window.
 class MessageBoxPrompt : public Prompt
 {
 public:
     void message(const QString &text, const QString &title, Icon icon) override;
     bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
 };

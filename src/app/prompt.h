@@ -2,8 +2,8 @@
 
 #include <QString>
 
-// Message boxes and questions go through this seam so that tests can answer
-// them without a modal loop.
+// Message boxes, questions and the file-open dialog go through this seam so
+// that tests can answer them without a modal loop.
 class Prompt
 {
 public:
@@ -14,4 +14,8 @@ public:
     virtual void message(const QString &text, const QString &title, Icon icon) = 0;
     // True for Yes.
     virtual bool askYesNo(const QString &text, const QString &title, Icon icon) = 0;
+    // The path of an existing file the user chose, starting in folder (the
+    // last one used when empty); empty when cancelled. filter lists the file
+    // types as "Playlists (*.pls);;All files (*)".
+    virtual QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) = 0;
 };

@@ -1,5 +1,6 @@
 #include "app/qtappwindows.h"
 
+#include "app/accessibility.h"
 #include "app/appstate.h"
 #include "app/startup.h"
 #include "recorder/frmtc.h"
@@ -10,16 +11,20 @@
 
 #include <utility>
 
-QtAppWindows::QtAppWindows(AppState &state) : m_state(state) {}
+QtAppWindows::QtAppWindows(AppState &state) : m_state(state)
+{
+    QCoreApplication::instance()->installEventFilter(&m_keys);
+}
 
 void QtAppWindows::InitCommonControls()
 {
     QApplication::setStyle(QStringLiteral("Fusion"));
+    Accessibility::Install();
 }
 
 void QtAppWindows::LoadMainWindow()
 {
-    auto *window = new FrmStations(m_state, QtMediaPlayer::Create);
+    auto *window = new FrmStations(m_state, {m_shell, m_keys, m_power}, QtMediaPlayer::Create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/appwindows.h"
+#include "app/desktopshell.h"
+#include "app/keystate.h"
 #include "recorder/logindpowercontrol.h"
 
 #include <QList>
@@ -11,7 +13,9 @@ class AppState;
 class Startup;
 
 // The program's windows as start-up shows them. Every window it creates ends
-// the program through the closing procedure when it is closed.
+// the program through the closing procedure when it is closed. It owns the
+// platform parts the windows work with: power control, the desktop shell and
+// the state of the modifier keys.
 class QtAppWindows : public AppWindows
 {
 public:
@@ -34,6 +38,8 @@ private:
     AppState &m_state;
     Startup *m_startup = nullptr;
     LogindPowerControl m_power;
+    DesktopShell m_shell;
+    KeyState m_keys;
     QPointer<QWidget> m_mainWindow;
     QList<QPointer<QWidget>> m_loaded;
 };

@@ -8,8 +8,13 @@
 #include "app/settingsstore.h"
 #include "catalogue/stationnames.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <optional>
 
 namespace {
 
@@ -28,6 +33,44 @@ void copyOver(const QString &from, const QString &to)
 {
     QFile::remove(to);
     QFile::copy(from, to);
+}
+
+std::optional<QByteArray> readWhole(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return bytes;
+}
+
+// Written beside the target and renamed over it: the old file stays whole
+// until the new one is complete.
+bool writeWhole(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
+QByteArray identityOf(const QByteArray &bytes)
+{
+    return QByteArray::number(bytes.size()) + ' ' +
+           QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+}
+
+// Backups are never overwritten: one that holds another list stays, and this
+// list goes to the first free numbered name after it ("name.2", "name.3", ...).
+bool keepBackup(const QString &base, const QByteArray &bytes)
+{
+    for (int n = 1;; ++n) {
+        const QString path = n == 1 ? base : base + u'.' + QString::number(n);
+        if (!QFileInfo::exists(path))
+            return writeWhole(path, bytes);
+        if (readWhole(path) == bytes)
+            return true;
+    }
 }
 
 } // namespace
@@ -103,8 +146,6 @@ void Startup::prepareDataFolder()
 {
     const QString data = m_state.DataFolder;
     const QString install = m_state.InstallFolder + u'/';
-    const QString catalogue = data + u'/' + AppState::CatalogueFileName;
-    const QString installed = install + AppState::CatalogueFileName;
 
     // A data folder that is not there yet marks the first start after installation.
     bool firstStart = false;
@@ -114,36 +155,70 @@ void Startup::prepareDataFolder()
 
     int version = 0;
     tolerate([&] { version = SettingsStore::GetNumber(SettingsStore::V, 27); });
+    const bool upgrade = !firstStart && IsUpgradeVersion(version);
 
     if (firstStart) {
         tolerate([&] {
             copyOver(install + QStringLiteral("sample.mp3"), data + QStringLiteral("/Rec/sample.mp3"));
         });
         tolerate([&] {
-            copyOver(install + QStringLiteral("laudAndClear.mp3"), data + QStringLiteral("/Rec/laudAndClear.mp3"));
+            copyOver(install + QStringLiteral("laudAndClear.mp3"),
+                     data + QStringLiteral("/Rec/laudAndClear.mp3"));
         });
-        // A new profile is already current: without the marker the next start
-        // would take it for an old one and move its catalogue aside.
-        tolerate([&] { SettingsStore::SaveNumber(SettingsStore::V, UpgradedVersion); });
-    } else if (IsUpgradeVersion(version)) {
-        tolerate([&] { copyOver(catalogue, data + QStringLiteral("/Stations.vn.bak31")); });
-        tolerate([&] { QFile::remove(catalogue); });
-        tolerate([&] { QFile::copy(installed, catalogue); });
-        tolerate([&] { SettingsStore::SaveNumber(SettingsStore::V, UpgradedVersion); });
     }
+    tolerate([&] { takeOverInstalledList(upgrade); });
+    // A new profile is current at once: without the marker the next start
+    // would take it for an old one.
+    if (firstStart || upgrade)
+        tolerate([&] { SettingsStore::SaveNumber(SettingsStore::V, UpgradedVersion); });
+}
 
-    if (AppPaths::FileExists(installed)) {
-        if (!AppPaths::FileExists(catalogue)) {
-            tolerate([&] { QFile::copy(installed, catalogue); });
-            m_state.trace.Trace(QStringLiteral("8: Main Init - stations installed"));
-        } else {
-            tolerate([&] { copyOver(catalogue, data + QStringLiteral("/Stations.vn.bak")); });
-            tolerate([&] { QFile::remove(catalogue); });
-            tolerate([&] { QFile::copy(installed, catalogue); });
-            m_state.trace.Trace(QStringLiteral("8: Main Init - stations updated"));
-        }
-        tolerate([&] { QFile::remove(installed); });
+// The rules for an installed station list, all in one place:
+// - each installed file is taken over once: its identity is remembered in the
+//   data folder, so a copy the installation folder cannot lose (a read-only
+//   folder) is never taken over again;
+// - the user's list is replaced only after a backup holds it;
+// - the installed copy is deleted once taken over, where the folder allows it;
+// - an old data folder (upgrade) only names its backup apart; without a new
+//   installed list it keeps its own.
+void Startup::takeOverInstalledList(bool upgrade)
+{
+    const QString installedPath = m_state.InstallFolder + u'/' + AppState::CatalogueFileName;
+    const std::optional<QByteArray> installed = readWhole(installedPath);
+    if (!installed)
+        return;
+    const QByteArray identity = identityOf(*installed);
+    const QString takenPath = m_state.DataFolder + u'/' + TakenOverFileName;
+    const QByteArray taken = readWhole(takenPath).value_or(QByteArray());
+    if (!taken.split('\n').contains(identity)) {
+        if (!replaceCatalogue(*installed, upgrade) || !writeWhole(takenPath, taken + identity + '\n'))
+            return;
     }
+    QFile::remove(installedPath);
+}
+
+// True when the data folder's list is the installed one and whatever it held
+// before is in a backup.
+bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
+{
+    const QString data = m_state.DataFolder + u'/';
+    const QString cataloguePath = data + AppState::CatalogueFileName;
+    const bool existed = AppPaths::FileExists(cataloguePath);
+    const std::optional<QByteArray> own = readWhole(cataloguePath);
+    if (existed && !own)
+        return false; // a list that cannot be read cannot be backed up either
+    if (own == installed)
+        return true;
+    // An upgrade from an old version keeps its backup apart from an installer's.
+    const QString backup =
+        data + (upgrade ? QStringLiteral("Stations.vn.bak31") : QStringLiteral("Stations.vn.bak"));
+    if (own && !keepBackup(backup, *own))
+        return false;
+    if (!writeWhole(cataloguePath, installed))
+        return false;
+    m_state.trace.Trace(own ? QStringLiteral("8: Main Init - stations updated")
+                            : QStringLiteral("8: Main Init - stations installed"));
+    return true;
 }
 
 void Startup::loadStartupSettings()

@@ -14,6 +14,9 @@ public:
     static inline const QString FatalTitle = QStringLiteral("Tunecatch about to Terminate!");
     // The versions whose catalogue the upgrade replaces, and the marker it leaves.
     static constexpr int UpgradedVersion = 32;
+    // In the data folder: one line (size and SHA-256) per installed station list
+    // taken over, so that no installed file is ever taken over twice.
+    static inline const QString TakenOverFileName = QStringLiteral("Stations.taken");
 
     // Prepares everything and shows the main window, or the recorder window
     // when commandLine holds two characters or more after trimming. Returns
@@ -33,6 +36,8 @@ public:
 
 private:
     void prepareDataFolder();
+    void takeOverInstalledList(bool upgrade);
+    bool replaceCatalogue(const QByteArray &installed, bool upgrade);
     void loadStartupSettings();
 
     AppState &m_state;

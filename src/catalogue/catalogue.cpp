@@ -124,6 +124,11 @@ int Catalogue::Append(Station station)
     return StationCount();
 }
 
+void Catalogue::RemoveAll()
+{
+    m_stations = std::vector<Station>(1);
+}
+
 void Catalogue::Load(Prompt &prompt, const QString &appTitle)
 {
     // A fresh array rather than a cleared one: the old capacity is given back

@@ -50,6 +50,9 @@ public:
     const Station &at(int index) const { return m_stations.at(static_cast<std::size_t>(index)); }
     // Appends at StationCount() + 1 and returns that index. Amortised: no copy of the whole array.
     int Append(Station station);
+    // Empties the array (count 0). Version, separator, categories and the
+    // changed flag stay as they are.
+    void RemoveAll();
 
     QString Version;
     QString Separator;

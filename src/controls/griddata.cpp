@@ -1,7 +1,6 @@
 #include "controls/griddata.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace {
 
@@ -167,12 +166,8 @@ int GridData::displayOf(int row) const
     return static_cast<int>(std::lower_bound(m_display.begin(), m_display.end(), row) - m_display.begin());
 }
 
-std::vector<int> GridData::sortItems(const RowLess &less)
+std::vector<int> GridData::reorder(const std::vector<int> &order)
 {
-    std::vector<int> order(m_items.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::stable_sort(order.begin(), order.end(), less);
-
     std::vector<GridItem> sorted;
     sorted.reserve(m_items.size());
     std::vector<int> newRowOf(m_items.size());

@@ -5,7 +5,6 @@
 #include <QString>
 #include <QWidget>
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -121,10 +120,9 @@ public:
     // The display row of an item; -1 when it is hidden or does not exist.
     int displayOf(int row) const;
 
-    // Less-than on two rows' cells in one column.
-    using RowLess = std::function<bool(int rowA, int rowB)>;
-    // Stable sort of the items; returns where each old row went (old row -> new row).
-    std::vector<int> sortItems(const RowLess &less);
+    // Puts the items in the order given (new row -> old row); returns where
+    // each old row went (old row -> new row).
+    std::vector<int> reorder(const std::vector<int> &order);
 
 private:
     void displayChanged() { m_displayValid = false; }

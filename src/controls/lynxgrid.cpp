@@ -2,14 +2,25 @@
 
 #include "controls/grideditbox.h"
 #include "controls/gridheader.h"
+#include "controls/lynxgridaccessible.h"
 #include "skin/skinparam.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QScrollBar>
+
+#include <cstring>
+#include <type_traits>
 
 LynxGrid::LynxGrid(QWidget *parent)
     : QAbstractScrollArea(parent), m_header(new GridHeader(*this)), m_editBox(new GridEditBox(*this, viewport()))
 {
+    // Every grid is a table to screen readers, whoever hosts it.
+    static const bool accessible = [] {
+        QAccessible::installFactory(&LynxGridAccessible::Factory);
+        return true;
+    }();
+    Q_UNUSED(accessible);
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -38,6 +49,7 @@ int LynxGrid::AddColumn(const QString &heading, int width, Qt::Alignment alignme
     const int index = m_data.addColumn(std::move(column));
     if (m_col < 0 && m_row >= 0)
         m_col = 0;
+    rearranged();
     layoutChanged();
     return index;
 }
@@ -63,6 +75,7 @@ int LynxGrid::AddItem(const QString &text, int row)
         for (int col = 0; col < parts.size() && col < Cols(); ++col)
             m_data.cell(row, col).text = parts.at(col);
     }
+    rearranged();
     emit ItemCountChanged();
     layoutChanged();
     return row;
@@ -75,6 +88,7 @@ void LynxGrid::RemoveItem(int row)
     if (m_editing && m_editRow >= row)
         CancelEdit();
     m_data.removeItem(row);
+    rearranged();
     const int last = m_data.itemCount() - 1;
     const int oldRow = m_row;
     if (m_row > row || m_row > last)
@@ -91,9 +105,13 @@ void LynxGrid::Clear()
 {
     CancelEdit();
     m_data.clear();
+    rearranged();
     const bool hadRow = m_row >= 0;
     m_row = -1;
     m_anchor = -1;
+    // New items come in their own order: no heading may claim a sort they never had.
+    m_sortIndex = -1;
+    m_sortOrder = GridSortOrder::Ascending;
     verticalScrollBar()->setValue(0);
     emit ItemCountChanged();
     if (hadRow)
@@ -333,6 +351,7 @@ void LynxGrid::SetColPosition(int index, int position)
     // The current cell stays on its column wherever that column goes.
     const int currentIndex = m_data.validPosition(m_col) ? m_data.indexAt(m_col) : -1;
     m_data.moveColumn(index, position);
+    rearranged();
     if (currentIndex >= 0)
         m_col = m_data.positionOf(currentIndex);
     layoutChanged();
@@ -944,17 +963,37 @@ void LynxGrid::SetImageList(const QList<QIcon> &images)
     refresh();
 }
 
+namespace {
+
+// Which of the program's themes a set of colours is; -1 for colours of no theme.
+int themeIndexOf(const ThemeColors &colors)
+{
+    static_assert(std::has_unique_object_representations_v<ThemeColors>, "compared byte by byte");
+    const auto same = [&colors](const ThemeColors &theme) {
+        return std::memcmp(&colors, &theme, sizeof colors) == 0;
+    };
+    if (same(cSkinParam::PaleBlueColors()))
+        return cSkinParam::PaleBlue;
+    if (same(cSkinParam::BlackNightColors()))
+        return cSkinParam::BlackNight;
+    return -1;
+}
+
+} // namespace
+
 void LynxGrid::SetThemeColor(int themeIndex)
 {
-    m_themeIndex = themeIndex;
     if (themeIndex == cSkinParam::PaleBlue)
         SetThemeColors(cSkinParam::PaleBlueColors());
     else if (themeIndex == cSkinParam::BlackNight)
         SetThemeColors(cSkinParam::BlackNightColors());
+    else
+        m_themeIndex = themeIndex;
 }
 
 void LynxGrid::SetThemeColors(const ThemeColors &colors)
 {
+    m_themeIndex = themeIndexOf(colors);
     const auto color = [](quint32 argb) { return QColor::fromRgba(argb); };
     m_look.back = color(colors.Back);
     m_look.backAlt = color(colors.BackAlt);
@@ -996,8 +1035,30 @@ void LynxGrid::SetScrollTrack(bool on)
 void LynxGrid::SetRedraw(bool on)
 {
     m_redraw = on;
-    if (on)
+    if (on) {
+        // What changed while drawing was off reaches screen readers at once.
+        rearranged();
         RefreshView();
+    }
+}
+
+void LynxGrid::rearranged()
+{
+    ++m_arrangement;
+    if (m_redraw && QAccessible::isActive()) {
+        QAccessibleTableModelChangeEvent event(this, QAccessibleTableModelChangeEvent::ModelReset);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+void LynxGrid::announceCurrent()
+{
+    if (!hasFocus() || !QAccessible::isActive())
+        return;
+    QAccessibleEvent event(this, QAccessible::Focus);
+    if (m_data.validRow(m_row) && m_data.validPosition(m_col))
+        event.setChild(LynxGridAccessible::ChildIndex(*this, m_row, m_col));
+    QAccessible::updateAccessibility(&event);
 }
 
 void LynxGrid::RefreshView()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/griddata.h"
+#include "controls/themedcontrol.h"
 
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
@@ -43,7 +44,7 @@ enum GridEditTrigger : int {
 // grid and must be connected directly (the default for receivers on the grid's
 // thread); a queued connection would lose the answer. Key codes are Qt::Key
 // values; a shift state is 1 for Shift, 2 for Ctrl and 4 for Alt, added up.
-class LynxGrid : public QAbstractScrollArea
+class LynxGrid : public QAbstractScrollArea, public ThemedControl
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(LynxGrid)
@@ -301,11 +302,13 @@ public:
     void SetFont(const QFont &font);
     const QList<QIcon> &ImageList() const { return m_images; }
     void SetImageList(const QList<QIcon> &images);
-    // The program's colour theme index (0 "Pale Blue", 1 "Black Night").
+    // The program's colour theme index (0 "Pale Blue", 1 "Black Night"), also
+    // when the theme came as colours; -1 for colours of no theme. Another
+    // index is kept and leaves the colours as they are.
     int ThemeColor() const { return m_themeIndex; }
     void SetThemeColor(int themeIndex);
     // Takes every colour of a theme at once.
-    void SetThemeColors(const ThemeColors &colors);
+    void SetThemeColors(const ThemeColors &colors) override;
     // Flat or shaded headings.
     GridThemeStyle ThemeStyle() const { return m_themeStyle; }
     void SetThemeStyle(GridThemeStyle style);
@@ -377,6 +380,8 @@ protected:
 private:
     friend class GridEditBox;
     friend class GridHeader;
+    friend class LynxGridAccessible;
+    friend class LynxGridCellAccessible;
 
     struct Look
     {
@@ -387,6 +392,10 @@ private:
 
     bool validCell(int row, int col) const { return m_data.validRow(row) && m_data.validPosition(col); }
     void refresh();
+    // Rows or columns moved, came or went: cells known by their place are stale.
+    void rearranged();
+    // Tells a screen reader which cell is current.
+    void announceCurrent();
     void setLook(QColor &field, const QColor &value);
     void layoutChanged();
     void updateScrollBars();
@@ -420,6 +429,7 @@ private:
 
     void paintRow(QPainter &p, int row, int displayRow, int y, const QRect &clip) const;
     void paintCell(QPainter &p, int row, int col, const QRect &rect, bool selected) const;
+    void paintFocus(QPainter &p, const QRect &rect, const QColor &color, int width) const;
     void paintCheck(QPainter &p, const QRect &box, bool checked, const QColor &color) const;
     void paintHeader(QPainter &p, int width, int hotCol, int dropCol) const;
 
@@ -473,6 +483,7 @@ private:
     GridThemeStyle m_themeStyle = GridThemeStyle::Gradient;
     bool m_redraw = true;
     int m_lastPaintedRows = 0;
+    quint32 m_arrangement = 0;
 
     Qt::MouseButtons m_pressButtons;
     bool m_pressedOnCurrent = false;

@@ -4,6 +4,7 @@
 #include "app/conversions.h"
 #include "controls/grideditbox.h"
 #include "controls/gridheader.h"
+#include "controls/progresspainter.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -14,6 +15,8 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QScrollBar>
+
+#include <numeric>
 
 namespace {
 
@@ -265,6 +268,10 @@ void LynxGrid::paintEvent(QPaintEvent *event)
             }
         }
     }
+
+    // Focus without a current row (tabbing into the grid): the whole view is framed.
+    if (hasFocus() && m_focusMode != GridFocusMode::None && m_data.displayOf(m_row) < 0)
+        paintFocus(p, viewport()->rect(), m_look.focusRect, 2);
 }
 
 void LynxGrid::paintRow(QPainter &p, int row, int display, int y, const QRect &clip) const
@@ -302,13 +309,25 @@ void LynxGrid::paintRow(QPainter &p, int row, int display, int y, const QRect &c
 
     if (row != m_row || m_focusMode == GridFocusMode::None || !hasFocus() || m_editing)
         return;
-    QRect focus = m_focusMode == GridFocusMode::Row || m_fullRowSelect
-                      ? QRect(-xOffset(), y, contentWidth(), m_rowHeight)
-                      : cellRect(row, m_col);
-    QPen pen(m_look.focusRect, 1, m_focusStyle == GridFocusStyle::Dotted ? Qt::DotLine : Qt::SolidLine);
-    p.setPen(pen);
+    if (m_focusMode == GridFocusMode::Row) {
+        paintFocus(p, QRect(-xOffset(), y, contentWidth(), m_rowHeight), m_look.focusRect, 1);
+        return;
+    }
+    // The current cell is framed even when the whole row is selected: F2, Enter
+    // and Space act on it, so the user must see which one it is.
+    const QColor color = selected && !m_alphaBlend ? m_look.foreSel : m_look.focusRect;
+    paintFocus(p, cellRect(row, m_col), color, 2);
+}
+
+void LynxGrid::paintFocus(QPainter &p, const QRect &rect, const QColor &color, int width) const
+{
+    p.save();
+    p.setPen(QPen(color, width, m_focusStyle == GridFocusStyle::Dotted ? Qt::DotLine : Qt::SolidLine,
+                  Qt::SquareCap, Qt::MiterJoin));
     p.setBrush(Qt::NoBrush);
-    p.drawRect(focus.adjusted(0, 0, -1, -1));
+    const int inset = width / 2;
+    p.drawRect(rect.adjusted(inset, inset, -inset - 1, -inset - 1));
+    p.restore();
 }
 
 void LynxGrid::paintCheck(QPainter &p, const QRect &box, bool checked, const QColor &color) const
@@ -381,9 +400,10 @@ void LynxGrid::paintCell(QPainter &p, int row, int col, const QRect &rect, bool 
     }
 
     if (extra && extra->progress >= 0) {
-        const QRect bar = area.adjusted(0, 3, 0, -3);
-        p.fillRect(bar, blend(m_look.progress, m_look.back, 0.2));
-        p.fillRect(QRect(bar.left(), bar.top(), bar.width() * extra->progress / 100, bar.height()), m_look.progress);
+        // The same bar as the program's progress bars, in the grid's own colours.
+        const ProgressColors colors{blend(m_look.progress, m_look.back, 0.2), m_look.progress, m_look.grid,
+                                    m_look.fore, m_look.foreSel};
+        PaintProgress(p, area.adjusted(0, 3, 0, -3), extra->progress / 100.0, QString(), colors);
     }
 
     const QString text = displayText(row, col);
@@ -478,6 +498,7 @@ void LynxGrid::setCurrent(int row, int col)
     m_row = row;
     m_col = col;
     refresh();
+    announceCurrent();
     emit RowColChanged();
     emit EnterCell(row, col);
 }
@@ -533,6 +554,22 @@ void LynxGrid::moveCurrent(int display, int col, Qt::KeyboardModifiers mods)
 
 // ---- Sorting ----
 
+namespace {
+
+// Orders rows by keys worked out once per row, not once per comparison;
+// equal keys keep their order either way.
+template <typename Key>
+void orderByKeys(std::vector<int> &rows, const std::vector<Key> &keys, bool descending)
+{
+    const auto key = [&keys](int row) -> const Key & { return keys[static_cast<std::size_t>(row)]; };
+    if (descending)
+        std::stable_sort(rows.begin(), rows.end(), [&key](int a, int b) { return key(b) < key(a); });
+    else
+        std::stable_sort(rows.begin(), rows.end(), [&key](int a, int b) { return key(a) < key(b); });
+}
+
+} // namespace
+
 void LynxGrid::Sort(int col, GridSortOrder order)
 {
     if (!m_data.validPosition(col))
@@ -540,49 +577,53 @@ void LynxGrid::Sort(int col, GridSortOrder order)
     CancelEdit();
     const int index = m_data.indexAt(col);
     const bool descending = order == GridSortOrder::Descending;
-    const auto text = [this, index](int row) -> const QString & {
-        return m_data.item(row).cells[static_cast<std::size_t>(index)].text;
+    const auto cell = [this, index](int row) -> const GridCell & {
+        return m_data.item(row).cells[static_cast<std::size_t>(index)];
     };
-    // Keys are worked out once per row, not once per comparison.
-    std::vector<double> keys;
-    const auto numberKeys = [&](auto &&keyOf) {
-        keys.resize(static_cast<std::size_t>(ItemCount()));
+    const auto keysOf = [this](auto &&keyOf) {
+        std::vector<std::decay_t<decltype(keyOf(0))>> keys;
+        keys.reserve(static_cast<std::size_t>(ItemCount()));
         for (int row = 0; row < ItemCount(); ++row)
-            keys[static_cast<std::size_t>(row)] = keyOf(row);
+            keys.push_back(keyOf(row));
+        return keys;
     };
-    GridData::RowLess less;
+    std::vector<int> rows(static_cast<std::size_t>(ItemCount()));
+    std::iota(rows.begin(), rows.end(), 0);
+
     switch (m_data.column(col).type) {
     case GridColumnType::Number:
-        numberKeys([&](int row) { return Convert::LeadingNumber(text(row)); });
+        orderByKeys(rows, keysOf([&](int row) { return Convert::LeadingNumber(cell(row).text); }),
+                    descending);
         break;
     case GridColumnType::Date:
-        numberKeys([&](int row) {
-            const QDateTime when = readDate(text(row));
-            return when.isValid() ? double(when.toMSecsSinceEpoch()) : -1e300;
-        });
+        orderByKeys(rows, keysOf([&](int row) {
+                        const QDateTime when = readDate(cell(row).text);
+                        return when.isValid() ? double(when.toMSecsSinceEpoch()) : -1e300;
+                    }),
+                    descending);
         break;
     case GridColumnType::CheckBox:
-        numberKeys([&](int row) {
-            return (m_data.item(row).cells[static_cast<std::size_t>(index)].flags & GridCell::Checked) ? 1.0 : 0.0;
-        });
-        break;
-    case GridColumnType::Custom:
-        less = [this, col, &text](int a, int b) {
-            int result = 0;
-            emit CustomSort(col, text(a), text(b), result);
-            return result < 0;
-        };
+        orderByKeys(rows, keysOf([&](int row) { return (cell(row).flags & GridCell::Checked) ? 1 : 0; }),
+                    descending);
         break;
     case GridColumnType::Text:
-        less = [&text](int a, int b) { return QString::compare(text(a), text(b), Qt::CaseInsensitive) < 0; };
+        // Folded once, compared as they stand: the order of a comparison
+        // without regard to case, at the cost of a plain one.
+        orderByKeys(rows, keysOf([&](int row) { return cell(row).text.toCaseFolded(); }), descending);
+        break;
+    case GridColumnType::Custom:
+        std::stable_sort(rows.begin(), rows.end(), [&](int a, int b) {
+            int result = 0;
+            if (descending)
+                std::swap(a, b);
+            emit CustomSort(col, cell(a).text, cell(b).text, result);
+            return result < 0;
+        });
         break;
     }
-    if (!less)
-        less = [&keys](int a, int b) { return keys[static_cast<std::size_t>(a)] < keys[static_cast<std::size_t>(b)]; };
-    const GridData::RowLess ordered = descending ? GridData::RowLess([&less](int a, int b) { return less(b, a); })
-                                                 : less;
 
-    const std::vector<int> moved = m_data.sortItems(ordered);
+    const std::vector<int> moved = m_data.reorder(rows);
+    rearranged();
     if (m_row >= 0)
         m_row = moved[static_cast<std::size_t>(m_row)];
     if (m_anchor >= 0)
@@ -988,6 +1029,7 @@ void LynxGrid::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
     refresh();
+    announceCurrent();
 }
 
 void LynxGrid::focusOutEvent(QFocusEvent *event)

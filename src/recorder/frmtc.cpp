@@ -150,8 +150,6 @@ void FrmTC::buildControls()
     cmdMonitor = named(new QPushButton(QStringLiteral("Monitor")), QStringLiteral("cmdMonitor"));
     cmdMonitor->setCheckable(true);
     cmdSchedule = named(new QPushButton(QStringLiteral("Schedule...")), QStringLiteral("cmdSchedule"));
-    cmdSchedule->setEnabled(false);
-    cmdSchedule->setToolTip(QStringLiteral("Scheduling recordings comes in a later version."));
     cmdStations = named(new QPushButton(QStringLiteral("Stations")), QStringLiteral("cmdStations"));
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdRecord);
@@ -320,6 +318,7 @@ void FrmTC::wireControls()
 {
     connect(cmdRecord, &QPushButton::clicked, this, &FrmTC::cmdRecord_Click);
     connect(cmdMonitor, &QPushButton::clicked, this, &FrmTC::cmdMonitor_Click);
+    connect(cmdSchedule, &QPushButton::clicked, this, &FrmTC::cmdSchedule_Click);
     connect(cmdStations, &QPushButton::clicked, this, &FrmTC::stationsRequested);
     connect(btSave, &QPushButton::clicked, this, &FrmTC::btSave_Click);
     connect(btShow, &QPushButton::clicked, this, &FrmTC::btShow_Click);
@@ -414,6 +413,22 @@ void FrmTC::cmdRecord_Click()
         FetchPlaylist(address, TagRecording);
     else
         StartRecording(address);
+}
+
+// The recording as set up here, repeated by a task an hour from now.
+void FrmTC::cmdSchedule_Click()
+{
+    RecordingInputs inputs;
+    inputs.Station = LblStation->text();
+    inputs.SaveLocation = txtSave->text();
+    inputs.StreamAddress = txtStream->text();
+    inputs.SingleSong = chkSingleSong->isChecked();
+    inputs.Hibernate = ChkHibernate->isChecked();
+    inputs.ShutDown = ChkShutDown->isChecked();
+    inputs.SelectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
+    inputs.BreakValues[0] = txtBreak[0]->text();
+    inputs.BreakValues[1] = txtBreak[1]->text();
+    ScheduleRecording(inputs, m_hooks.now, m_state.prompt, m_hooks.scheduling, this);
 }
 
 void FrmTC::StartRecording(const QString &address)

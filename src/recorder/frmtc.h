@@ -3,6 +3,7 @@
 #include "recorder/icystream.h"
 #include "recorder/icystreamhost.h"
 #include "recorder/recordingoutput.h"
+#include "schedule/schedulingsetup.h"
 
 #include <QDateTime>
 #include <QWidget>
@@ -35,12 +36,14 @@ class FrmTC : public QWidget, private IcyStreamHost
 
 public:
     // What the window asks of the world besides the state it is given: the
-    // clock that names files, and the save dialog of btSave (the current
-    // template in, the chosen path out, empty when cancelled).
+    // clock that names files, the save dialog of btSave (the current
+    // template in, the chosen path out, empty when cancelled), and where
+    // cmdSchedule registers its tasks.
     struct Hooks
     {
         std::function<QDateTime()> now;
         std::function<QString(QWidget *parent, const QString &current)> chooseSavePath;
+        SchedulingSetup scheduling;
     };
 
     static inline const QString CaptionRecord = QStringLiteral("Record");
@@ -122,6 +125,7 @@ private:
 
     void cmdRecord_Click();
     void cmdMonitor_Click();
+    void cmdSchedule_Click();
     void btSave_Click();
     void btShow_Click();
     void tmrStats_Timer();

@@ -3,26 +3,27 @@
 #include "app/apppaths.h"
 #include "app/conversions.h"
 #include "app/settingsstore.h"
+#include "skin/engine/zelvanef.h"
 
-#include <QLibrary>
+#include <QFile>
 
-namespace {
-
-using SkinStartFn = int (*)(const char *skinFile, int options);
-using SkinRemoveFn = void (*)();
-
-QString enginePath(const QString &installFolder)
+ModAppSkin::ModAppSkin(QString installFolder)
+    : m_installFolder(std::move(installFolder)), m_engine(m_installFolder + QStringLiteral("/zelvanef"))
 {
-    return installFolder + QStringLiteral("/zelvanef");
 }
-
-} // namespace
-
-ModAppSkin::ModAppSkin(QString installFolder) : m_installFolder(std::move(installFolder)) {}
 
 QString ModAppSkin::DefaultSkinFile() const
 {
     return m_installFolder + QStringLiteral("/Zelvane.urf");
+}
+
+template <typename Fn> Fn ModAppSkin::engineFunction(const char *name)
+{
+    // A file that is no loadable library (another architecture, damaged) or
+    // lacks the export counts as no engine at all.
+    if (!m_engine.isLoaded() && !m_engine.load())
+        return nullptr;
+    return reinterpret_cast<Fn>(m_engine.resolve(name));
 }
 
 bool ModAppSkin::SkinStartup()
@@ -39,25 +40,35 @@ bool ModAppSkin::SkinStartup()
 
 void ModAppSkin::StartSkinWithFile(const QString &skinFile)
 {
-    QLibrary engine(enginePath(m_installFolder));
-    if (AppPaths::FileExists(skinFile) && engine.load()) {
-        if (auto start = reinterpret_cast<SkinStartFn>(engine.resolve("SkinStart"));
-            start && start(skinFile.toLocal8Bit().constData(), 0) == 0) {
+    if (AppPaths::FileExists(skinFile)) {
+        if (auto start = engineFunction<Zelvanef::SkinStartFn>("SkinStart");
+            start && start(QFile::encodeName(skinFile).constData(), Zelvanef::StartOptions) == 0) {
             m_running = true;
+            m_skinOn = true;
+            m_skinFile = skinFile;
             SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
             SettingsStore::SaveSetting(SettingsStore::AppSkinFile, skinFile);
             return;
         }
     }
-    SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, false);
+    // A skin that was running before the failed switch goes too, so that the
+    // look and the stored setting agree.
+    SkinOff();
 }
 
 void ModAppSkin::RemoveSkin()
 {
     if (!m_running)
         return;
-    QLibrary engine(enginePath(m_installFolder));
-    if (auto remove = reinterpret_cast<SkinRemoveFn>(engine.resolve("SkinRemove")))
+    if (auto remove = engineFunction<Zelvanef::SkinRemoveFn>("SkinRemove"))
         remove();
     m_running = false;
+    m_skinFile.clear();
+}
+
+void ModAppSkin::SkinOff()
+{
+    RemoveSkin();
+    m_skinOn = false;
+    SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, false);
 }

@@ -16,6 +16,10 @@ void cSkinParam::SetTheme(qint32 index)
         m_colors = PaleBlueColors();
     else if (index == BlackNight)
         m_colors = BlackNightColors();
+    else
+        return;
+    if (m_listener)
+        m_listener->ThemeColorsChanged(m_colors);
 }
 
 ThemeColors cSkinParam::PaleBlueColors()

@@ -5,6 +5,7 @@
 #include "app/conversions.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
+#include "skin/skincommand.h"
 #include "ui/frmlisten.h"
 #include "ui/mainplayer.h"
 #include "ui/stationplayer.h"
@@ -101,12 +102,15 @@ QIcon playIcon(const QColor &color)
 
 } // namespace
 
-FrmStations::FrmStations(AppState &state, MediaPlayerFactory players, QWidget *parent)
+FrmStations::FrmStations(AppState &state, StationCommands::Services services, MediaPlayerFactory players,
+                         QWidget *parent)
     : QWidget(parent), m_state(state), m_players(std::move(players))
 {
     setObjectName(QStringLiteral("FrmStations"));
     setWindowTitle(AppState::AppTitle);
+    m_commands = new StationCommands(state, *this, services, this);
     buildControls();
+    setAccessibleNames();
     buildPlayer();
 
     // Load, in its fixed order.
@@ -160,8 +164,9 @@ void FrmStations::StationPlayed(int kind, int row, const QString &date)
 {
     if (kind != FrmListen::PlayedKind || row < 0 || row >= m_grid->ItemCount())
         return;
-    m_state.catalogue.at(m_grid->ItemData(row)).LastDate = date;
-    m_grid->SetCellText(row, pos(ColLastDate), date);
+    const int index = m_grid->ItemData(row);
+    m_state.catalogue.at(index).LastDate = date;
+    FillRow(row, index);
     m_state.catalogue.Dirty = true;
 }
 
@@ -226,7 +231,6 @@ void FrmStations::buildControls()
         {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
         {"cmdAbout", tr("About")},
     };
-    QPushButton *cmdSettings = nullptr;
     for (const auto &[name, text] : commandButtons) {
         if (!name) {
             commands->addSpacing(14);
@@ -234,15 +238,12 @@ void FrmStations::buildControls()
         }
         QPushButton *button = newButton(gfxOption, name, text);
         commands->addWidget(button);
-        if (button->objectName() == u"cmdSettings") {
-            cmdSettings = button;
-            continue;
-        }
+    }
+    for (const char *later : {"cmdListen", "cmdReplay", "cmdSkin"}) {
+        auto *button = gfxOption->findChild<QPushButton *>(QLatin1StringView(later));
         button->setEnabled(false);
         button->setToolTip(LaterTip);
     }
-    cmdSearchWww->setEnabled(false);
-    cmdSearchWww->setToolTip(LaterTip);
     commands->addStretch(1);
     outer->addWidget(gfxOption);
 
@@ -271,7 +272,25 @@ void FrmStations::buildControls()
     connect(cmdFilter, &QPushButton::clicked, this, &FrmStations::cmdFilter_Click);
     connect(cmdSearch, &QPushButton::clicked, this, &FrmStations::cmdSearch_Click);
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
-    connect(cmdSettings, &QPushButton::clicked, this, &FrmStations::cmdSettings_Click);
+    connect(cmdSearchWww, &QPushButton::clicked, this,
+            [this] { m_commands->SearchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
+    const auto command = [gfxOption](const char *name) {
+        return gfxOption->findChild<QPushButton *>(QLatin1StringView(name));
+    };
+    connect(command("cmdSettings"), &QPushButton::clicked, this, &FrmStations::cmdSettings_Click);
+    connect(command("cmdRecord"), &QPushButton::clicked, m_commands, &StationCommands::Record);
+    connect(command("cmdCopy"), &QPushButton::clicked, m_commands, &StationCommands::Copy);
+    connect(command("cmdDel"), &QPushButton::clicked, m_commands, &StationCommands::Delete);
+    connect(command("cmdInfo"), &QPushButton::clicked, m_commands, &StationCommands::Info);
+    connect(command("cmdLoadPls"), &QPushButton::clicked, m_commands, &StationCommands::LoadPls);
+    connect(command("cmdTrim"), &QPushButton::clicked, m_commands, &StationCommands::Trim);
+    connect(command("cmdAbout"), &QPushButton::clicked, m_commands, &StationCommands::About);
+    auto *cmdSkin = command("cmdSkin");
+    cmdSkin->setEnabled(true);
+    cmdSkin->setToolTip({});
+    connect(cmdSkin, &QPushButton::clicked, this, [this] {
+        SkinCommand(m_state.skin, m_state.skinParam).Run(this, [this] { applyTheme(); });
+    });
     // The grid hands answers back through references: these must stay direct connections.
     connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
@@ -279,6 +298,19 @@ void FrmStations::buildControls()
 
     // The grid's width is read when the columns are made: give it its real size first.
     outer->activate();
+}
+
+// Names for screen readers where a control's caption does not say what it is:
+// a drop-down would otherwise be read as its chosen entry.
+void FrmStations::setAccessibleNames()
+{
+    m_txtSearch->setAccessibleName(tr("Search stations"));
+    m_cmbGenre->setAccessibleName(tr("Genre"));
+    m_cmbCategory->setAccessibleName(tr("Category"));
+    m_cmbType->setAccessibleName(tr("Type"));
+    m_cmbRating->setAccessibleName(tr("Rating"));
+    m_cboRating->setAccessibleName(tr("Rating"));
+    m_grid->setAccessibleName(tr("Stations"));
 }
 
 void FrmStations::applyTheme()
@@ -326,9 +358,8 @@ int FrmStations::pos(Column column) const
 void FrmStations::FillGrid()
 {
     // A refill drops the cells' changed marks, which are what tells the
-    // closing step to save: carry their news over into the catalogue's flag.
-    if (SweepChangedCells() > 0)
-        m_state.catalogue.Dirty = true;
+    // closing step to save: keep their count for it.
+    CommitEdits();
     m_grid->Clear();
     m_grid->SetRedraw(false);
 
@@ -339,10 +370,7 @@ void FrmStations::FillGrid()
     const double rating = Convert::LeadingNumber(m_state.RatingFilter);
 
     const Catalogue &catalogue = m_state.catalogue;
-    int at[ColumnCount];
-    for (int column = 0; column < ColumnCount; ++column)
-        at[column] = pos(static_cast<Column>(column));
-
+    const Positions at = positions();
     for (int index = 1; index <= catalogue.StationCount(); ++index) {
         const Station &s = catalogue.at(index);
         if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
@@ -357,22 +385,43 @@ void FrmStations::FillGrid()
 
         const int row = m_grid->AddItem();
         m_grid->SetItemData(row, index);
-        m_grid->SetCellText(row, at[ColStation], s.Name);
-        m_grid->SetCellText(row, at[ColGenre], s.Genre);
-        m_grid->SetCellText(row, at[ColBit], s.BitRate);
-        m_grid->SetCellText(row, at[ColType], s.Format);
-        m_grid->SetCellText(row, at[ColCategory], s.Category);
-        m_grid->SetCellText(row, at[ColOutput], s.OutputFile);
-        m_grid->SetCellText(row, at[ColSingle], Convert::BooleanText(s.SingleSong));
-        if (s.SingleSong)
-            m_grid->SetCellChecked(row, at[ColSingle], true);
-        m_grid->SetCellText(row, at[ColRating], QString::number(s.Rating));
-        m_grid->SetCellText(row, at[ColLastDate], s.LastDate);
-        m_grid->SetCellText(row, at[ColSign], s.CallSign);
-        m_grid->SetCellText(row, at[ColStreamUrl], s.StreamURL);
-        m_grid->SetCellText(row, at[ColInfoUrl], s.InfoUrl);
+        fillRow(row, s, at);
     }
     m_grid->SetRedraw(true);
+}
+
+void FrmStations::FillRow(int row, int index)
+{
+    fillRow(row, m_state.catalogue.at(index), positions());
+}
+
+FrmStations::Positions FrmStations::positions() const
+{
+    Positions at;
+    for (int column = 0; column < ColumnCount; ++column)
+        at[static_cast<std::size_t>(column)] = pos(static_cast<Column>(column));
+    return at;
+}
+
+// The cells in the record's field order, each under its heading wherever the user dragged it.
+void FrmStations::fillRow(int row, const Station &s, const Positions &at)
+{
+    const auto set = [this, row, &at](Column column, const QString &text) {
+        m_grid->SetCellText(row, at[column], text);
+    };
+    set(ColStation, s.Name);
+    set(ColGenre, s.Genre);
+    set(ColBit, s.BitRate);
+    set(ColType, s.Format);
+    set(ColCategory, s.Category);
+    set(ColOutput, s.OutputFile);
+    set(ColSingle, Convert::BooleanText(s.SingleSong));
+    m_grid->SetCellChecked(row, at[ColSingle], s.SingleSong);
+    set(ColRating, QString::number(s.Rating));
+    set(ColLastDate, s.LastDate);
+    set(ColSign, s.CallSign);
+    set(ColStreamUrl, s.StreamURL);
+    set(ColInfoUrl, s.InfoUrl);
 }
 
 void FrmStations::WriteBack(int row, int index)
@@ -468,9 +517,15 @@ void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
     }
 }
 
-void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &)
+void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &cancel)
 {
-    if (col == pos(ColRating))
+    if (col != pos(ColRating))
+        return;
+    // Leaving the drop-down without choosing keeps the rating as it was,
+    // also one outside 1 to 5 that the list cannot show.
+    if (m_cboRating->currentIndex() < 0)
+        cancel = true;
+    else
         value = m_cboRating->currentText();
 }
 
@@ -488,12 +543,24 @@ int FrmStations::SweepChangedCells()
             if (m_grid->CellChanged(row, col)) {
                 ++changed;
                 rowChanged = true;
+                m_grid->SetCellChanged(row, col, false);
             }
         }
         if (rowChanged)
             WriteBack(row, m_grid->ItemData(row));
     }
     return changed;
+}
+
+void FrmStations::CommitEdits()
+{
+    m_sweptEdits += SweepChangedCells();
+}
+
+void FrmStations::ForgetEdits()
+{
+    m_sweptEdits = 0;
+    m_grid->Clear();
 }
 
 void FrmStations::closeEvent(QCloseEvent *event)
@@ -506,10 +573,12 @@ void FrmStations::closeEvent(QCloseEvent *event)
     m_grid->CommitEdit();
 
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const int changed = SweepChangedCells();
+    const int changed = SweepChangedCells() + m_sweptEdits;
     QGuiApplication::restoreOverrideCursor();
 
     if (changed > 0)
         m_state.catalogue.Dirty = true;
+    // The recordings started from the list end with it, their files complete.
+    m_commands->CloseRecorders();
     emit unloaded();
 }

@@ -1,11 +1,15 @@
 #pragma once
 
 #include "ui/mediaplayer.h"
+#include "ui/stationcommands.h"
 
 #include <QWidget>
 
+#include <array>
+
 class AppState;
 class FrmListen;
+struct Station;
 class LynxGrid;
 class QBoxLayout;
 class QComboBox;
@@ -15,8 +19,8 @@ class StationPlayer;
 class ucPlayBar;
 
 // The main window: the station catalogue in a grid, four filters, a text
-// search and in-place editing of the stations.
-class FrmStations : public QWidget
+// search, in-place editing of the stations, and the commands on them.
+class FrmStations : public QWidget, private StationListHost
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(FrmStations)
@@ -43,7 +47,8 @@ public:
 
     // players makes the media players of the window's own player and of its
     // listening windows.
-    FrmStations(AppState &state, MediaPlayerFactory players, QWidget *parent = nullptr);
+    FrmStations(AppState &state, StationCommands::Services services, MediaPlayerFactory players,
+                QWidget *parent = nullptr);
 
     // A new listening window, not yet shown, whose played stations reach StationPlayed.
     FrmListen *CreateListenWindow();
@@ -65,11 +70,23 @@ private:
     void applyTheme();
     void createColumns();
     void fillFilterLists();
-    void FillGrid();
-    void WriteBack(int row, int index);
-    // Writes every row with a changed cell back into its station; returns the changed cells.
+    void setAccessibleNames();
+
+    // StationListHost
+    LynxGrid &Grid() override { return *m_grid; }
+    void FillGrid() override;
+    void WriteBack(int row, int index) override;
+    void FillRow(int row, int index) override;
+    void CommitEdits() override;
+    void ForgetEdits() override;
+
+    // Writes every row with a changed cell back into its station and clears
+    // the marks; returns the changed cells.
     int SweepChangedCells();
     int pos(Column column) const;
+    using Positions = std::array<int, ColumnCount>;
+    Positions positions() const;
+    void fillRow(int row, const Station &station, const Positions &at);
 
     void cmdFilter_Click();
     void cmdSearch_Click();
@@ -83,7 +100,11 @@ private:
     AppState &m_state;
     MediaPlayerFactory m_players;
     StationPlayer *m_player = nullptr;
+    StationCommands *m_commands = nullptr;
     bool m_unloaded = false;
+    // Changed cells swept out of the grid before a refill: they count at
+    // closing like the changed cells still in it.
+    int m_sweptEdits = 0;
 
     LynxGrid *m_grid = nullptr;
     QComboBox *m_cboRating = nullptr;

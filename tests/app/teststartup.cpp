@@ -6,10 +6,19 @@
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSettings>
 
 #include <gtest/gtest.h>
+
+#ifdef __linux__
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -43,6 +52,34 @@ QByteArray catalogueBytes(const QString &stationName)
                                   "\u00B1\u00B1\u00B1http://a.example:8000/\u00B1http://a.example/\r\n"_s);
 }
 
+// Root writes into any folder whatever its permission bits. For its lifetime
+// this gives up that override on the calling thread, so that a read-only
+// folder refuses the test as it refuses an ordinary user.
+class PermissionBitsBindRoot
+{
+public:
+    PermissionBitsBindRoot() { setOverride(false); }
+    ~PermissionBitsBindRoot() { setOverride(true); }
+    PermissionBitsBindRoot(const PermissionBitsBindRoot &) = delete;
+    PermissionBitsBindRoot &operator=(const PermissionBitsBindRoot &) = delete;
+
+private:
+    static void setOverride(bool on)
+    {
+#ifdef __linux__
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        __user_cap_data_struct caps[_LINUX_CAPABILITY_U32S_3] = {};
+        if (syscall(SYS_capget, &header, caps) != 0)
+            return;
+        const __u32 bit = 1u << CAP_DAC_OVERRIDE;
+        caps[0].effective = on ? caps[0].effective | (caps[0].permitted & bit) : caps[0].effective & ~bit;
+        syscall(SYS_capset, &header, caps);
+#else
+        Q_UNUSED(on);
+#endif
+    }
+};
+
 void removeSetting(const char *key)
 {
     QSettings(QSettings::NativeFormat, QSettings::UserScope, u"Tunecatch"_s, u"Tunecatch"_s)
@@ -71,6 +108,21 @@ protected:
 
     QString data(const char *name) const { return profile.dataFolder() + QLatin1StringView(name); }
     QByteArray dataFile(const char *name) const { return TempProfile::readFile(data(name)); }
+
+    QStringList backups() const
+    {
+        return QDir(profile.dataFolder()).entryList({u"Stations.vn.bak*"_s}, QDir::Files, QDir::Name);
+    }
+    QStringList stationTraces() const { return trace.filter(QRegularExpression(u"^8: "_s)); }
+
+    // The data folder as a profile that never saw a station list, and no installed one.
+    void forgetStationFiles()
+    {
+        QDir folder(profile.dataFolder());
+        for (const QString &name : folder.entryList({u"Stations*"_s}, QDir::Files))
+            folder.remove(name);
+        QFile::remove(profile.installFolder() + u"/Stations.txt"_s);
+    }
 
     RecordedWindows windows;
     ScriptedPrompt prompt;
@@ -120,38 +172,147 @@ TEST_F(StartupTest, FirstStartPreparesTheDataFolderAndTakesOverTheInstalledCatal
     EXPECT_EQ(dataFile("Stations.txt"), catalogueBytes(u"Jazz One"_s));
 }
 
-TEST_F(StartupTest, AnInstalledCatalogueReplacesTheUsersOneAndOnlySixOldMarkersUpgrade)
+TEST_F(StartupTest, TheInstalledListIsTakenOverOncePerFileAndNeverWithoutABackup)
 {
     ASSERT_TRUE(start()); // makes the data folder: later starts are not first starts
     const QByteArray mine = catalogueBytes(u"Mine"_s);
     const QByteArray shipped = catalogueBytes(u"Shipped"_s);
-    // An upgrade moves the old catalogue aside and takes the installed one; the
-    // installed one then finds a catalogue in place, so the backup holds its own copy.
-    const std::pair<const char *, bool> rows[] = {
-        {"21", true},  {"23", true},     {"25", true},    {"26", true},  {"27", true},
-        {"31", true},  {"22", false},    {"24", false},   {"28", false}, {"30", false},
-        {"32", false}, {"27 old", true}, {nullptr, true}, // reads as 27
-        {"40", false},
+    enum class Own
+    {
+        None,
+        Mine,
+        Shipped
     };
-    for (const auto &[marker, upgrades] : rows) {
-        SCOPED_TRACE(marker ? marker : "no marker");
-        QFile::remove(data("Stations.vn.bak31"));
-        TempProfile::writeFile(data("Stations.txt"), mine);
-        install(u"Stations.txt"_s, shipped);
-        if (marker)
-            SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(marker));
+    enum class Installed
+    {
+        None,
+        New,
+        TakenBefore
+    };
+    struct Row
+    {
+        const char *what;
+        const char *version; // nullptr: the settings file was deleted, so V reads 27
+        Own own;
+        Installed installed;
+        bool becomesShipped;
+        const char *backupOfMine; // the one backup afterwards, holding the user's list
+        const char *traced;       // the "8: Main Init - " line, if any
+    };
+    const Row rows[] = {
+        {"nothing installed", "32", Own::Mine, Installed::None, false, nullptr, nullptr},
+        {"settings deleted, nothing installed", nullptr, Own::Mine, Installed::None, false, nullptr, nullptr},
+        {"first list", "32", Own::None, Installed::New, true, nullptr, "stations installed"},
+        {"new list", "32", Own::Mine, Installed::New, true, "Stations.vn.bak", "stations updated"},
+        {"old folder, new list", "27", Own::Mine, Installed::New, true, "Stations.vn.bak31",
+         "stations updated"},
+        {"settings deleted, new list", nullptr, Own::Mine, Installed::New, true, "Stations.vn.bak31",
+         "stations updated"},
+        {"list taken before", "32", Own::Mine, Installed::TakenBefore, false, nullptr, nullptr},
+        {"settings deleted, list taken before", nullptr, Own::Mine, Installed::TakenBefore, false, nullptr,
+         nullptr},
+        {"own list is the new one", "32", Own::Shipped, Installed::New, true, nullptr, nullptr},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        forgetStationFiles();
+        if (row.installed == Installed::TakenBefore) {
+            install(u"Stations.txt"_s, shipped);
+            ASSERT_TRUE(start());
+        }
+        if (row.installed != Installed::None)
+            install(u"Stations.txt"_s, shipped);
+        if (row.own != Own::None)
+            TempProfile::writeFile(data("Stations.txt"), row.own == Own::Mine ? mine : shipped);
+        if (row.version)
+            SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(row.version));
         else
             removeSetting("V");
+
         ASSERT_TRUE(start());
-        EXPECT_EQ(dataFile("Stations.vn.bak31"), upgrades ? mine : QByteArray());
-        EXPECT_EQ(dataFile("Stations.vn.bak"), upgrades ? shipped : mine);
-        EXPECT_EQ(dataFile("Stations.txt"), shipped);
+        EXPECT_EQ(dataFile("Stations.txt"), row.becomesShipped ? shipped : mine);
+        EXPECT_EQ(backups(),
+                  row.backupOfMine ? QStringList{QString::fromLatin1(row.backupOfMine)} : QStringList());
+        if (row.backupOfMine) {
+            EXPECT_EQ(dataFile(row.backupOfMine), mine);
+        }
+        EXPECT_EQ(stationTraces(), row.traced
+                                       ? QStringList{u"8: Main Init - "_s + QLatin1StringView(row.traced)}
+                                       : QStringList());
         EXPECT_FALSE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
-        EXPECT_TRUE(trace.contains(u"8: Main Init - stations updated"_s));
+        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), u"32"_s);
+
+        // The same file placed again is not taken over a second time.
+        const QByteArray now = dataFile("Stations.txt");
+        const QByteArray edited = now + now;
+        TempProfile::writeFile(data("Stations.txt"), edited);
+        install(u"Stations.txt"_s, shipped);
+        ASSERT_TRUE(start());
+        EXPECT_EQ(dataFile("Stations.txt"), row.installed == Installed::None ? shipped : edited);
+    }
+}
+
+TEST_F(StartupTest, OnlySixOldMarkersNameTheBackupOfAnUpgradeAndStoreTheCurrentOne)
+{
+    ASSERT_TRUE(start());
+    const std::pair<const char *, bool> rows[] = {
+        {"21", true},  {"23", true},  {"25", true},     {"26", true},  {"27", true},
+        {"31", true},  {"22", false}, {"24", false},    {"28", false}, {"30", false},
+        {"32", false}, {"40", false}, {"27 old", true}, // the leading number counts
+    };
+    for (const auto &[marker, upgrades] : rows) {
+        SCOPED_TRACE(marker);
+        forgetStationFiles();
+        TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
+        install(u"Stations.txt"_s, catalogueBytes(u"Shipped"_s));
+        SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(marker));
+        ASSERT_TRUE(start());
+        EXPECT_EQ(backups(), QStringList{upgrades ? u"Stations.vn.bak31"_s : u"Stations.vn.bak"_s});
         EXPECT_EQ(state->catalogue.at(1).Name, u"Shipped"_s);
         EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V),
                   upgrades ? u"32"_s : QString::fromLatin1(marker));
     }
+}
+
+TEST_F(StartupTest, AReadOnlyInstallationKeepsItsListAndTheUsersListSurvivesEveryStart)
+{
+    ASSERT_TRUE(start());
+    const QByteArray mine = catalogueBytes(u"Mine"_s);
+    TempProfile::writeFile(data("Stations.txt"), mine);
+    const QString folder = profile.installFolder();
+    const auto installReadOnly = [&](const QByteArray &bytes) {
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        install(u"Stations.txt"_s, bytes);
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup |
+                                          QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
+    };
+    const auto restore = qScopeGuard(
+        [&] { QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner); });
+    const PermissionBitsBindRoot bound;
+
+    installReadOnly(catalogueBytes(u"Shipped"_s));
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(QFile::exists(folder + u"/Stations.txt"_s)) << "the folder should have refused the deletion";
+    EXPECT_EQ(stationTraces(), QStringList{u"8: Main Init - stations updated"_s});
+    EXPECT_EQ(dataFile("Stations.vn.bak"), mine);
+
+    // The user's edits outlive every later start with the same installed file.
+    const QByteArray edited = catalogueBytes(u"Mine, edited"_s);
+    TempProfile::writeFile(data("Stations.txt"), edited);
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(start());
+        EXPECT_EQ(dataFile("Stations.txt"), edited);
+        EXPECT_TRUE(stationTraces().isEmpty());
+    }
+
+    // A new version's list is taken once more; the older backup stays as it was.
+    installReadOnly(catalogueBytes(u"Shipped 2"_s));
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(start());
+    EXPECT_EQ(state->catalogue.at(1).Name, u"Shipped 2"_s);
+    EXPECT_EQ(backups(), QStringList({u"Stations.vn.bak"_s, u"Stations.vn.bak.2"_s}));
+    EXPECT_EQ(dataFile("Stations.vn.bak"), mine);
+    EXPECT_EQ(dataFile("Stations.vn.bak.2"), edited);
 }
 
 TEST_F(StartupTest, AnArgumentOfTwoCharactersOpensTheRecorderWithoutLoadingTheCatalogue)
@@ -210,6 +371,19 @@ TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkippe
     EXPECT_EQ(prompt.texts(), QStringList({Catalogue::DamagedMessage, u"Main Error: 76 : Path not found"_s}));
     EXPECT_FALSE(windows.calls.contains(u"main"_s));
     windows.failLoad = false;
+
+    // A backup that cannot be written: the user's list stays, and the
+    // installed one waits for a later start.
+    const QByteArray mine = catalogueBytes(u"Mine"_s);
+    TempProfile::writeFile(data("Stations.txt"), mine);
+    ASSERT_TRUE(QFile::link(profile.root() + u"/gone/Stations.vn.bak"_s, data("Stations.vn.bak")));
+    install(u"Stations.txt"_s, catalogueBytes(u"Shipped"_s));
+    ASSERT_TRUE(start());
+    EXPECT_EQ(dataFile("Stations.txt"), mine);
+    EXPECT_TRUE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
+    QFile::remove(data("Stations.vn.bak"));
+    ASSERT_TRUE(start());
+    EXPECT_EQ(dataFile("Stations.vn.bak"), mine);
 
     // An unusable data folder still shows the main window.
     TempProfile::writeFile(profile.root() + u"/not-a-folder"_s, "x");

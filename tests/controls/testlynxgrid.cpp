@@ -1,6 +1,8 @@
 #include "controls/gridheader.h"
 #include "controls/lynxgrid.h"
+#include "skin/skinparam.h"
 
+#include <QAccessible>
 #include <QLineEdit>
 #include <QTest>
 
@@ -337,6 +339,90 @@ TEST_F(GridTest, CellsOutsideTheGridAnswerEmptyAndRemovalKeepsTheCurrentItem)
     EXPECT_EQ(grid.ItemCount(), 0);
     EXPECT_EQ(grid.Row(), -1);
     EXPECT_EQ(grid.Cols(), 3);
+}
+
+TEST_F(GridTest, ScreenReadersSeeATableOfHeadingsCellsAndTheCurrentCell)
+{
+    QAccessibleInterface *table = QAccessible::queryAccessibleInterface(&grid);
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->role(), QAccessible::Table);
+    QAccessibleTableInterface *cells = table->tableInterface();
+    ASSERT_NE(cells, nullptr);
+    EXPECT_EQ(cells->rowCount(), 3);
+    EXPECT_EQ(cells->columnCount(), 3);
+    EXPECT_EQ(table->childCount(), 12);
+    EXPECT_EQ(cells->columnDescription(1), u"Count"_s);
+    EXPECT_EQ(table->child(1)->role(), QAccessible::ColumnHeader);
+    EXPECT_EQ(table->child(1)->text(QAccessible::Name), u"Count"_s);
+
+    QAccessibleInterface *cell = cells->cellAt(2, 0);
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(cell->role(), QAccessible::Cell);
+    EXPECT_EQ(cell->text(QAccessible::Name), u"gamma"_s);
+    EXPECT_EQ(table->indexOfChild(cell), 9);
+    EXPECT_EQ(cell->parent(), table);
+    EXPECT_EQ(cell->tableCellInterface()->columnHeaderCells().value(0)->text(QAccessible::Name), u"Name"_s);
+    const QRect shown = cell->rect();
+    EXPECT_EQ(table->childAt(shown.center().x(), shown.center().y()), cell);
+    EXPECT_EQ(cells->cellAt(3, 0), nullptr);
+
+    grid.setFocus();
+    QApplication::setActiveWindow(&grid);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
+    grid.GotoCell(1, 2);
+    QAccessibleInterface *current = table->focusChild();
+    ASSERT_NE(current, nullptr);
+    EXPECT_EQ(current->text(QAccessible::Name), u"y"_s);
+    EXPECT_TRUE(current->state().focused);
+    EXPECT_TRUE(current->state().selected);
+    EXPECT_EQ(cells->selectedRows(), QList<int>{1});
+
+    // Sorting moves the items: the cells are asked for anew and tell the new texts.
+    grid.Sort(0, GridSortOrder::Descending);
+    EXPECT_FALSE(cell->isValid());
+    EXPECT_EQ(cells->cellAt(2, 0)->text(QAccessible::Name), u"Alpha"_s);
+    EXPECT_EQ(table->focusChild()->text(QAccessible::Name), u"y"_s);
+}
+
+TEST_F(GridTest, TheCurrentCellIsFramedInsideItsSelectedRowAndAFocusedEmptyPlaceFramesTheView)
+{
+    grid.SetFullRowSelect(true);
+    grid.SetFocusRectStyle(GridFocusStyle::Solid);
+    QApplication::setActiveWindow(&grid);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
+    grid.setFocus();
+    ASSERT_TRUE(grid.hasFocus());
+    const auto pixel = [this](QPoint at) { return grid.viewport()->grab().toImage().pixelColor(at); };
+    const QPoint edge(1, grid.RowHeight() / 2);
+    EXPECT_EQ(pixel(edge), grid.FocusRectColor()) << "tabbed into the grid before any row is current";
+
+    grid.GotoCell(1, 1);
+    const int top = grid.RowTop(1);
+    // The frame runs along the current cell's left edge; the row's other cells have none.
+    EXPECT_EQ(pixel({grid.ColLeft(1) + 1, top + grid.RowHeight() / 2}), grid.ForeColorSel());
+    EXPECT_EQ(pixel({grid.ColLeft(2) + 1, top + grid.RowHeight() / 2}), grid.BackColorSel());
+    EXPECT_EQ(pixel(edge), grid.BackColor()) << "the view frame goes once a row is current";
+}
+
+TEST_F(GridTest, ThemeColorFollowsTheColoursAndClearForgetsTheSort)
+{
+    for (const int theme : {cSkinParam::BlackNight, cSkinParam::PaleBlue}) {
+        grid.SetThemeColors(theme == cSkinParam::PaleBlue ? cSkinParam::PaleBlueColors()
+                                                          : cSkinParam::BlackNightColors());
+        EXPECT_EQ(grid.ThemeColor(), theme);
+    }
+    ThemeColors own = cSkinParam::PaleBlueColors();
+    own.Grid = 0xff000000;
+    grid.SetThemeColors(own);
+    EXPECT_EQ(grid.ThemeColor(), -1);
+
+    grid.Sort(1, GridSortOrder::Descending);
+    grid.Clear();
+    EXPECT_EQ(grid.SortColumn(), -1);
+    grid.AddItem(u"b"_s);
+    grid.AddItem(u"a"_s);
+    QTest::mouseClick(header, Qt::LeftButton, {}, {20, header->height() / 2});
+    EXPECT_EQ(column(0), u"a,b"_s) << "the first click after a refill sorts ascending";
 }
 
 } // namespace

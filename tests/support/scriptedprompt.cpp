@@ -11,6 +11,12 @@ bool ScriptedPrompt::askYesNo(const QString &text, const QString &title, Icon ic
     return answers.isEmpty() ? false : answers.takeFirst();
 }
 
+QString ScriptedPrompt::chooseOpenFile(const QString &, const QString &folder, const QString &)
+{
+    fileFolders.append(folder);
+    return files.isEmpty() ? QString() : files.takeFirst();
+}
+
 QStringList ScriptedPrompt::texts() const
 {
     QStringList result;

@@ -5,7 +5,8 @@
 #include <QList>
 #include <QStringList>
 
-// Answers questions from a script and remembers every message shown.
+// Answers questions and file dialogs from a script and remembers every
+// message shown and every dialog opened.
 class ScriptedPrompt : public Prompt
 {
 public:
@@ -18,10 +19,15 @@ public:
 
     void message(const QString &text, const QString &title, Icon icon) override;
     bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
 
     // Answers for the next questions, in order; an unscripted question is answered No.
     QList<bool> answers;
     QList<Shown> shown;
+    // Paths the next file dialogs choose, in order; an unscripted dialog is cancelled.
+    QStringList files;
+    // The starting folder of every file dialog opened.
+    QStringList fileFolders;
 
     QStringList texts() const;
 };

@@ -1,13 +1,7 @@
-#include "ui/frmstations.h"
+#include "stationwindow.h"
 
-#include "app/appstate.h"
-#include "app/appwindows.h"
 #include "app/settingsstore.h"
-#include "app/startup.h"
 #include "controls/lynxgrid.h"
-#include "scriptedplayer.h"
-#include "support/scriptedprompt.h"
-#include "support/tempprofile.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -20,102 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using StationsTest = StationWindowTest;
 using Col = FrmStations::Column;
-
-// Five stations in the order the window shows them with no filter.
-const QString Catalogue5 =
-    u"Rock One|Rock|128|mp3|Rock|.\\%STATION%.mp3|True|3|||http://127.0.0.1:8000/a|i\r\n"
-    "Classic Hits|Classic rock|128|MP3|Hard rock|o|False|0|||http://127.0.0.1:8000/b|i\r\n"
-    "Jazz Cafe|Jazz|128|ogg|Lounge|o|False|5|||http://127.0.0.1:8000/c|i\r\n"
-    "Talk Radio|Talk|128|mp3|News|o|True|2|||http://127.0.0.1:8000/d|i\r\n"
-    "Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i\r\n"_s;
-const QString AllFive = u"Rock One,Classic Hits,Jazz Cafe,Talk Radio,Rockabilly"_s;
-
-// Start-up's windows side as the closing step needs it; ending the process is the one thing not done.
-class QuietWindows : public AppWindows
-{
-public:
-    void InitCommonControls() override {}
-    void LoadMainWindow() override {}
-    void ShowMainWindow() override {}
-    void ShowRecorderWindow() override {}
-    void ProcessEvents() override {}
-    void UnloadAllWindows() override {}
-    void EndProcess() override { ended = true; }
-    bool ended = false;
-};
-
-class StationsTest : public ProfileTest
-{
-protected:
-    void SetUp() override { writeCatalogue(Catalogue5); }
-
-    void writeCatalogue(const QString &stations)
-    {
-        TempProfile::writeFile(
-            cataloguePath(), TempProfile::utf16File(u"2.1\r\n|\r\n# versions\r\n# format\r\n"_s + stations));
-        state = std::make_unique<AppState>(profile.installFolder(), prompt);
-        state->catalogue.Load(prompt, AppState::AppTitle);
-    }
-
-    QString cataloguePath() const { return profile.dataFolder() + AppState::CatalogueFileName; }
-
-    // Opens the main window; closing it runs the program's real closing step.
-    void open()
-    {
-        window = std::make_unique<FrmStations>(*state, ScriptedPlayer::Factory(players));
-        startup = std::make_unique<Startup>(*state, windows);
-        QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-        grid = window->findChild<LynxGrid *>(u"LynxGrid1"_s);
-        ASSERT_NE(grid, nullptr);
-    }
-
-    template <typename T = QWidget> T *child(const char *name) const
-    {
-        T *found = window->findChild<T *>(QLatin1StringView(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-
-    int pos(Col column) const { return grid->ColPosition(column); }
-
-    // A column's texts as shown, joined by commas.
-    QString shown(Col column = Col::ColStation) const
-    {
-        QStringList texts;
-        for (int row = 0; row < grid->ItemCount(); ++row)
-            texts << grid->CellText(row, pos(column));
-        return texts.join(u',');
-    }
-
-    void filter(const char *genre, const char *category, const char *type, const char *rating)
-    {
-        child<QComboBox>("cmbGenre")->setCurrentText(QLatin1StringView(genre));
-        child<QComboBox>("cmbCategory")->setCurrentText(QLatin1StringView(category));
-        child<QComboBox>("cmbType")->setCurrentText(QLatin1StringView(type));
-        child<QComboBox>("cmbRating")->setCurrentText(QLatin1StringView(rating));
-        child<QPushButton>("cmdFilter")->click();
-    }
-
-    void editText(int row, Col column, const QString &text)
-    {
-        ASSERT_TRUE(grid->EditCell(row, pos(column)));
-        auto *box = grid->viewport()->findChild<QLineEdit *>();
-        box->selectAll();
-        QTest::keyClicks(box, text);
-        QTest::keyClick(box, Qt::Key_Return);
-    }
-
-    ScriptedPrompt prompt;
-    QuietWindows windows;
-    std::unique_ptr<AppState> state;
-    std::unique_ptr<Startup> startup;
-    QList<ScriptedPlayer *> players;
-    std::unique_ptr<FrmStations> window;
-    LynxGrid *grid = nullptr;
-};
 
 TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
 {
@@ -229,6 +129,19 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     QTest::keyClick(cboRating, Qt::Key_Escape);
     EXPECT_EQ(state->catalogue.at(1).Rating, 3);
 
+    // Leaving the drop-down without a choice (the focus moving away ends the
+    // edit as an update) keeps a rating it cannot show, and an unset one.
+    for (const auto &[rating, text] : {std::pair{7, "7"}, {0, "0"}}) {
+        state->catalogue.at(4).Rating = rating;
+        grid->SetCellText(3, pos(Col::ColRating), QLatin1StringView(text));
+        ASSERT_TRUE(grid->EditCell(3, pos(Col::ColRating)));
+        EXPECT_EQ(cboRating->currentIndex(), -1);
+        EXPECT_FALSE(grid->CommitEdit());
+        EXPECT_EQ(grid->CellText(3, pos(Col::ColRating)), QLatin1StringView(text));
+        EXPECT_EQ(state->catalogue.at(4).Rating, rating);
+        EXPECT_FALSE(grid->CellChanged(3, pos(Col::ColRating)));
+    }
+
     grid->GotoCell(2, pos(Col::ColSingle));
     grid->setFocus();
     QTest::keyClick(grid, Qt::Key_Space);
@@ -270,6 +183,7 @@ TEST_F(StationsTest, EditsSurviveARefillBeforeClosing)
     ASSERT_NO_FATAL_FAILURE(open());
     editText(2, Col::ColStation, u"Jazz Corner"_s);
     filter("Talk", "", "", "");
+    EXPECT_FALSE(state->catalogue.Dirty) << "a refill marks nothing itself; the edit counts at closing";
     window->close();
     EXPECT_TRUE(TempProfile::readFile(cataloguePath()).contains(TempProfile::utf16File(u"\nJazz Corner|Jazz|"_s).mid(2)));
 }

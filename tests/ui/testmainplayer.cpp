@@ -1,17 +1,13 @@
 #include "ui/mainplayer.h"
 
-#include "app/appstate.h"
 #include "catalogue/filedl.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
 #include "controls/slider.h"
-#include "scriptedplayer.h"
+#include "stationwindow.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
-#include "support/scriptedprompt.h"
-#include "support/tempprofile.h"
 #include "ui/frmlisten.h"
-#include "ui/frmstations.h"
 #include "ui/ucplaybar.h"
 
 #include <QComboBox>
@@ -31,43 +27,34 @@ enum Row
     NoAddress,
     Listed,
     Empty,
-    Gone,
-    Directory
+    Gone
 };
 
 // The main window's player, driven through the play bar and the grid's play
 // cell, with a scripted wmp1 and playlists served on 127.0.0.1.
-class MainPlayerTest : public ProfileTest
+class MainPlayerTest : public StationWindowTest
 {
 protected:
     void SetUp() override
     {
+        StationWindowTest::SetUp();
         server.pages["/list.PLS"] =
             IcyServer::page("[playlist]\r\nnumberofentries=1\r\nFile1=http://one.test/s\r\n"
                             "Title1=(#1 - 1/100) One\r\nLength1=-1\r\nVersion=2\r\n");
         server.pages["/empty.pls"] = IcyServer::page("[playlist]\r\nnumberofentries=0\r\n\r\n\r\n");
         ASSERT_TRUE(server.start());
-        const QString stations[] = {
-            u"Direct FM|Rock|128|mp3||o|True|3|||http://127.0.0.1:9/direct|i\r\n"_s,
-            u"No Address|Rock|128|mp3||o|True|3|||||i\r\n"_s,
-            u"Listed FM|Pop|128|mp3||o|True|3|||%1|i\r\n"_s.arg(server.url(u"/list.PLS"_s)),
-            u"Empty List|Pop|128|mp3||o|True|3|||%1|i\r\n"_s.arg(server.url(u"/empty.pls"_s)),
-            u"Gone FM|Pop|128|mp3||o|True|3|||%1|i\r\n"_s.arg(server.url(u"/gone.pls"_s)),
-        };
-        TempProfile::writeFile(
-            profile.dataFolder() + AppState::CatalogueFileName,
-            TempProfile::utf16File(u"2.1\r\n|\r\n# versions\r\n# format\r\n"_s +
-                                   QStringList(std::begin(stations), std::end(stations)).join(QString())));
-        state.catalogue.Load(prompt, AppState::AppTitle);
-
-        window = std::make_unique<FrmStations>(state, ScriptedPlayer::Factory(players));
-        window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+        writeCatalogue(u"Direct FM|Rock|128|mp3||o|True|3|||http://127.0.0.1:9/direct|i\r\n"
+                       "No Address|Rock|128|mp3||o|True|3|||||i\r\n"
+                       "Listed FM|Pop|128|mp3||o|True|3|||%1|i\r\n"
+                       "Empty List|Pop|128|mp3||o|True|3|||%2|i\r\n"
+                       "Gone FM|Pop|128|mp3||o|True|3|||%3|i\r\n"_s.arg(server.url(u"/list.PLS"_s),
+                                                                        server.url(u"/empty.pls"_s),
+                                                                        server.url(u"/gone.pls"_s)));
+        state->trace = TraceHook([this](const QString &line) { traced << line; });
+        ASSERT_NO_FATAL_FAILURE(open());
         ASSERT_EQ(players.size(), 2) << "the window's own player and the warm-up's";
         wmp1 = players[0];
-        grid = window->findChild<LynxGrid *>(u"LynxGrid1"_s);
-        bar = window->findChild<ucPlayBar *>(u"ucPlayBar1"_s);
-        ASSERT_TRUE(grid && bar);
+        bar = child<ucPlayBar>("ucPlayBar1");
     }
 
     ucPictureButton *button(const char *name) const
@@ -83,14 +70,8 @@ protected:
     }
 
     IcyServer server;
-    ScriptedPrompt prompt;
     QStringList traced;
-    AppState state{profile.installFolder(), prompt,
-                   TraceHook([this](const QString &line) { traced << line; })};
-    QList<ScriptedPlayer *> players;
-    std::unique_ptr<FrmStations> window;
     ScriptedPlayer *wmp1 = nullptr;
-    LynxGrid *grid = nullptr;
     ucPlayBar *bar = nullptr;
 };
 
@@ -216,10 +197,10 @@ TEST_F(MainPlayerTest, ThePlayCellPlaysItsRowAndShowsThePlayingLook)
 
 TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
 {
-    state.catalogue.Dirty = false;
+    state->catalogue.Dirty = false;
     window->StationPlayed(2, int(Listed), u"2030-01-01"_s);
     window->StationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
-    EXPECT_FALSE(state.catalogue.Dirty) << "other kinds and rows change nothing";
+    EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
 
     FrmListen *listen = window->CreateListenWindow();
     listen->ListenRow = int(Listed);
@@ -227,9 +208,9 @@ TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     listen->Play();
     players.last()->enter(MediaPlayer::Playing);
     const QString today = QDate::currentDate().toString(Qt::ISODate);
-    EXPECT_EQ(state.catalogue.at(int(Listed) + 1).LastDate, today);
+    EXPECT_EQ(state->catalogue.at(int(Listed) + 1).LastDate, today);
     EXPECT_EQ(grid->CellText(int(Listed), grid->ColPosition(FrmStations::ColLastDate)), today);
-    EXPECT_TRUE(state.catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.Dirty);
     listen->close();
 }
 

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QColor>
+
+// amountOfA of a blended with the rest of b, channel by channel; opaque.
+QColor MixColors(const QColor &a, const QColor &b, qreal amountOfA);

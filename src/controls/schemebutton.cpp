@@ -1,0 +1,80 @@
+#include "controls/schemebutton.h"
+
+#include "controls/colormix.h"
+#include "controls/hovertracker.h"
+#include "skin/skinparam.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+
+constexpr qreal Radius = 5;
+
+} // namespace
+
+SchemeButton::SchemeButton(const QString &text, QWidget *parent)
+    : QPushButton(text, parent), m_hover(new HoverTracker(this))
+{
+    SetThemeColors(cSkinParam::PaleBlueColors());
+    connect(m_hover, &HoverTracker::HoverChanged, this, qOverload<>(&QWidget::update));
+}
+
+void SchemeButton::SetThemeColors(const ThemeColors &colors)
+{
+    const auto color = [](quint32 argb) { return QColor::fromRgba(argb); };
+    m_window = color(colors.Window);
+    m_face = color(colors.BackFixed);
+    m_text = color(colors.ForeFixed);
+    m_accentFace = color(colors.BackSel);
+    m_accentText = color(colors.ForeSel);
+    m_faceHover = MixColors(m_face, m_accentFace, 0.75);
+    m_border = MixColors(m_face, color(colors.Fore), 0.7);
+    m_focus = color(colors.FocusRect);
+    update();
+}
+
+void SchemeButton::SetAccent(bool accent)
+{
+    m_accent = accent;
+    update();
+}
+
+bool SchemeButton::IsHovered() const
+{
+    return m_hover->IsHovered();
+}
+
+QColor SchemeButton::FaceColor() const
+{
+    if (!isEnabled())
+        return MixColors(m_accent ? m_accentFace : m_face, m_window, 0.45);
+    if (isDown() || isChecked())
+        return m_accent ? m_accentFace.darker(125) : m_accentFace;
+    if (m_accent)
+        return IsHovered() ? m_accentFace.lighter(115) : m_accentFace;
+    return IsHovered() ? m_faceHover : m_face;
+}
+
+QColor SchemeButton::TextColor() const
+{
+    const bool onAccent = m_accent || (isEnabled() && (isDown() || isChecked()));
+    const QColor text = onAccent ? m_accentText : m_text;
+    return isEnabled() ? text : MixColors(text, FaceColor(), 0.45);
+}
+
+void SchemeButton::paintEvent(QPaintEvent *)
+{
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QRectF face = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    QPainterPath path;
+    path.addRoundedRect(face, Radius, Radius);
+    p.fillPath(path, FaceColor());
+    p.setPen(QPen(hasFocus() ? m_focus : m_border, hasFocus() ? 2 : 1));
+    p.drawPath(path);
+
+    const QRect content = rect().adjusted(6, 2, -6, -2);
+    p.setPen(TextColor());
+    p.drawText(content, Qt::AlignCenter | Qt::TextShowMnemonic, text());
+}

@@ -1,0 +1,25 @@
+#include "controls/themedprogressbar.h"
+
+#include "skin/skinparam.h"
+
+#include <QPainter>
+
+ThemedProgressBar::ThemedProgressBar(QWidget *parent)
+    : QProgressBar(parent), m_colors(ProgressColors::FromTheme(cSkinParam::PaleBlueColors()))
+{
+}
+
+void ThemedProgressBar::SetThemeColors(const ThemeColors &colors)
+{
+    m_colors = ProgressColors::FromTheme(colors);
+    update();
+}
+
+void ThemedProgressBar::paintEvent(QPaintEvent *)
+{
+    const qreal span = qreal(maximum()) - minimum();
+    const qreal fraction = span > 0 ? (value() - minimum()) / span : 0.0;
+    QPainter p(this);
+    PaintProgress(p, rect(), fraction, isTextVisible() ? text() : QString(),
+                  isEnabled() ? m_colors : m_colors.Disabled());
+}

@@ -1,0 +1,161 @@
+#include "schedule/recordingscheduler.h"
+
+#include "app/apperror.h"
+#include "app/appstate.h"
+#include "app/prompt.h"
+#include "recorder/launchswitches.h"
+#include "schedule/schedule.h"
+#include "schedule/task.h"
+#include "schedule/trigger.h"
+#include "schedule/triggers.h"
+
+#include <QFileInfo>
+#include <QStringList>
+
+#ifdef Q_OS_UNIX
+#include <pwd.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+// After the task exists, every statement that fails is skipped and the next one runs.
+template <typename Statement> void tolerate(Statement &&statement)
+{
+    try {
+        statement();
+    } catch (const AppError &) {
+    }
+}
+
+const QString SwitchMinutes = QStringLiteral("-t");
+const QString SwitchMegabytes = QStringLiteral("-b");
+const QString SwitchMinimised = QStringLiteral("-v");
+
+} // namespace
+
+RecordingScheduler::RecordingScheduler(RecordingInputs inputs, std::function<QDateTime()> now,
+                                       QString programPath)
+    : m_inputs(std::move(inputs)), m_now(std::move(now)), m_programPath(std::move(programPath))
+{
+}
+
+QString RecordingScheduler::BuildTaskName() const
+{
+    const QDateTime now = m_now();
+    QString name = TaskNameTemplate;
+    name.replace(QStringLiteral("%STATION%"), m_inputs.Station);
+    name.replace(QStringLiteral("%DATE%"), now.toString(QStringLiteral("yyyy-MM-dd")));
+    name.replace(QStringLiteral("%TIME%"), now.toString(QStringLiteral("HH-mm")));
+    return name;
+}
+
+QString RecordingScheduler::BuildScheduleCommandLine() const
+{
+    QString line = QStringLiteral("-s ") + m_inputs.SaveLocation;
+    line += QStringLiteral(" -a ") + m_inputs.StreamAddress;
+    line += QStringLiteral(" -w ") + m_inputs.Station;
+    if (m_inputs.SingleSong)
+        line += QStringLiteral(" -n");
+    if (m_inputs.Hibernate)
+        line += QStringLiteral(" -xh");
+    else if (m_inputs.ShutDown)
+        line += QStringLiteral(" -xs");
+    if (m_inputs.SelectedBreak == 0)
+        line += QStringLiteral(" -t ") + m_inputs.BreakValues[0];
+    else if (m_inputs.SelectedBreak == 1)
+        line += QStringLiteral(" -b ") + m_inputs.BreakValues[1];
+    line += QStringLiteral(" -v");
+    return line;
+}
+
+std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
+{
+    std::shared_ptr<Task> task;
+    try {
+        task = schedule.CreateTask(BuildTaskName());
+    } catch (const AppError &) {
+        return nullptr;
+    }
+    const QFileInfo program(m_programPath);
+    tolerate([&] { task->SetApplicationName(program.fileName()); });
+    tolerate([&] { task->SetCreator(AppState::AppTitle); });
+    tolerate([&] { task->SetCommandLine(BuildScheduleCommandLine()); });
+    tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.Station); });
+    tolerate([&] { task->SetWorkingDirectory(program.absolutePath() + u'/'); });
+    tolerate([&] { task->SetFlags(RecordingTaskFlags); });
+    std::shared_ptr<Trigger> trigger;
+    tolerate([&] { trigger = task->Triggers()->Add(); });
+    if (trigger) {
+        tolerate([&] { trigger->SetBeginDay(m_now().date()); });
+        // 23:30 gives 00:30 of the same day, a time already past: the user
+        // sets the real time in the dialog that follows.
+        tolerate([&] { trigger->SetStartTime(m_now().addSecs(60 * 60).time()); });
+        tolerate([&] { trigger->SetTriggerType(0); });
+    }
+    trigger.reset();
+    tolerate([&] {
+        const QString account = TaskAccountName();
+        if (account.isEmpty())
+            throw AppError::invalidArgument();
+        task->SetAccountInfo(account, std::nullopt);
+    });
+    tolerate([&] { task->Save(); });
+    return task;
+}
+
+void RecordingScheduler::ScheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner,
+                                           Prompt &prompt,
+                                           const std::function<void()> &openScheduledTasks) const
+{
+    Schedule schedule(service, editor);
+    const std::shared_ptr<Task> task = Register(schedule);
+    if (!task)
+        return;
+    tolerate([&] { task->ShowProperties(owner); });
+    if (prompt.askYesNo(OpenQuestion, AppState::AppTitle, Prompt::Icon::Question))
+        tolerate(openScheduledTasks);
+}
+
+QString TaskAccountName()
+{
+    const QString user = qEnvironmentVariable("USER");
+    if (!user.isEmpty())
+        return user;
+#ifdef Q_OS_UNIX
+    if (const passwd *entry = getpwuid(geteuid()))
+        return QString::fromLocal8Bit(entry->pw_name);
+    return {};
+#else
+    return qEnvironmentVariable("USERNAME");
+#endif
+}
+
+StopCondition ReadStopCondition(const QString &commandLine)
+{
+    const LaunchSwitches switches = ParseLaunchSwitches(commandLine);
+    if (switches.SelectedBreak == 0)
+        return {StopCondition::Minutes, switches.Minutes.value_or(QString())};
+    if (switches.SelectedBreak == 1)
+        return {StopCondition::Megabytes, switches.Megabytes.value_or(QString())};
+    return {};
+}
+
+QString WithStopCondition(const QString &commandLine, const StopCondition &stop)
+{
+    const QStringList tokens = commandLine.isEmpty() ? QStringList() : commandLine.split(u' ');
+    QStringList kept;
+    for (qsizetype i = 0; i < tokens.size(); ++i) {
+        if (tokens[i] == SwitchMinutes || tokens[i] == SwitchMegabytes)
+            ++i; // and its value
+        else
+            kept.append(tokens[i]);
+    }
+    if (stop.kind != StopCondition::None) {
+        const qsizetype at =
+            !kept.isEmpty() && kept.last() == SwitchMinimised ? kept.size() - 1 : kept.size();
+        kept.insert(at, stop.value);
+        kept.insert(at, stop.kind == StopCondition::Minutes ? SwitchMinutes : SwitchMegabytes);
+    }
+    return kept.join(u' ');
+}

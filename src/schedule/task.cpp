@@ -1,0 +1,232 @@
+#include "schedule/task.h"
+
+#include "app/apperror.h"
+#include "schedule/taskerrors.h"
+#include "schedule/trigger.h"
+#include "schedule/triggers.h"
+#include "schedule/workitem.h"
+
+#include <limits>
+
+namespace {
+
+qint16 toWord(int value)
+{
+    if (value < std::numeric_limits<qint16>::min() || value > std::numeric_limits<qint16>::max())
+        throw AppError::overflow();
+    return qint16(value);
+}
+
+} // namespace
+
+Task::Task(std::shared_ptr<WorkItem> item) : m_item(std::move(item)), m_triggers(new ::Triggers(m_item)) {}
+
+Task::~Task() = default;
+
+void Task::setText(TaskService::TextField field, QString TaskDefinition::*member, const QString &value)
+{
+    m_item->service.CheckText(field, value);
+    m_item->definition.*member = value;
+}
+
+QString Task::ApplicationName() const
+{
+    return m_item->definition.ApplicationName;
+}
+
+void Task::SetApplicationName(const QString &name)
+{
+    setText(TaskService::TextField::ApplicationName, &TaskDefinition::ApplicationName, name);
+}
+
+QString Task::CommandLine() const
+{
+    return m_item->definition.Parameters;
+}
+
+void Task::SetCommandLine(const QString &commandLine)
+{
+    setText(TaskService::TextField::Parameters, &TaskDefinition::Parameters, commandLine);
+}
+
+QString Task::Comment() const
+{
+    return m_item->definition.Comment;
+}
+
+void Task::SetComment(const QString &comment)
+{
+    setText(TaskService::TextField::Comment, &TaskDefinition::Comment, comment);
+}
+
+QString Task::Creator() const
+{
+    return m_item->definition.Creator;
+}
+
+void Task::SetCreator(const QString &creator)
+{
+    setText(TaskService::TextField::Creator, &TaskDefinition::Creator, creator);
+}
+
+void Task::openEditor(QObject *owner)
+{
+    if (!m_item->editor)
+        throw TaskErrors::Refused(QStringLiteral("There is no property sheet to show the task in."));
+    m_item->editor->EditTask(*this, owner);
+}
+
+void Task::Edit(QObject *owner)
+{
+    openEditor(owner);
+}
+
+int Task::ErrorRetryCount() const
+{
+    return m_item->definition.ErrorRetryCount;
+}
+
+void Task::SetErrorRetryCount(int count)
+{
+    m_item->definition.ErrorRetryCount = toWord(count);
+}
+
+int Task::ErrorRetryInterval() const
+{
+    return m_item->definition.ErrorRetryInterval;
+}
+
+void Task::SetErrorRetryInterval(int minutes)
+{
+    m_item->definition.ErrorRetryInterval = toWord(minutes);
+}
+
+qint32 Task::ExitCode() const
+{
+    return m_item->service.RunState(m_item->name).ExitCode;
+}
+
+QString Task::filename() const
+{
+    return m_item->service.FileName(m_item->name);
+}
+
+qint32 Task::Flags() const
+{
+    return m_item->definition.Flags;
+}
+
+void Task::SetFlags(qint32 flags)
+{
+    m_item->definition.Flags = flags;
+}
+
+QString Task::GetAccountInfo() const
+{
+    return m_item->definition.Account;
+}
+
+void Task::GetIdleWait(int &idleMinutes, int &deadlineMinutes) const
+{
+    idleMinutes = m_item->definition.IdleMinutes;
+    deadlineMinutes = m_item->definition.DeadlineMinutes;
+}
+
+void Task::SetIdleWait(int idleMinutes, int deadlineMinutes)
+{
+    const qint16 idle = toWord(idleMinutes);
+    const qint16 deadline = toWord(deadlineMinutes);
+    m_item->definition.IdleMinutes = idle;
+    m_item->definition.DeadlineMinutes = deadline;
+}
+
+QDateTime Task::LastRunTime() const
+{
+    return m_item->service.RunState(m_item->name).LastRun;
+}
+
+qint32 Task::MaxRunTime() const
+{
+    return m_item->definition.MaxRunTime;
+}
+
+void Task::SetMaxRunTime(qint32 milliseconds)
+{
+    m_item->definition.MaxRunTime = milliseconds;
+}
+
+QDateTime Task::NextRunTime() const
+{
+    return m_item->service.RunState(m_item->name).NextRun;
+}
+
+qint32 Task::Priority() const
+{
+    return m_item->definition.Priority;
+}
+
+void Task::SetPriority(qint32 priorityClass)
+{
+    switch (priorityClass) {
+    case TaskPriority::Idle:
+    case TaskPriority::BelowNormal:
+    case TaskPriority::Normal:
+    case TaskPriority::AboveNormal:
+    case TaskPriority::High:
+    case TaskPriority::Realtime:
+        m_item->definition.Priority = priorityClass;
+        return;
+    default:
+        throw AppError::invalidArgument();
+    }
+}
+
+void Task::Run()
+{
+    m_item->service.Run(m_item->name);
+}
+
+void Task::Save(const QString &fileName)
+{
+    for (const std::shared_ptr<Trigger> &trigger : m_triggers->NewEnum())
+        trigger->Update();
+    m_item->service.Save(fileName.isEmpty() ? m_item->name : fileName, m_item->definition);
+}
+
+void Task::SetAccountInfo(const QString &account, const std::optional<QString> &password)
+{
+    if (password && !password->isEmpty())
+        throw TaskErrors::Refused(
+            QStringLiteral("Scheduled recordings run as their owner; no password is kept."));
+    setText(TaskService::TextField::Account, &TaskDefinition::Account, account);
+}
+
+void Task::ShowProperties(QObject *owner)
+{
+    openEditor(owner);
+}
+
+qint32 Task::Status() const
+{
+    return m_item->service.RunState(m_item->name).Status;
+}
+
+QString Task::StatusText() const
+{
+    return TaskStatus::Text(Status());
+}
+
+void Task::Terminate()
+{
+    m_item->service.Terminate(m_item->name);
+}
+
+QString Task::WorkingDirectory() const
+{
+    return m_item->definition.WorkingDirectory;
+}
+
+void Task::SetWorkingDirectory(const QString &folder)
+{
+    setText(TaskService::TextField::WorkingDirectory, &TaskDefinition::WorkingDirectory, folder);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "app/apperror.h"
+
+#include <QString>
+
+// The failures the scheduler classes and their stores report.
+namespace TaskErrors {
+
+// A type-specific trigger property used on a trigger of another type.
+inline constexpr int InvalidTriggerTypeNumber = -2147221503; // 0x80040001
+// The service that starts tasks cannot be reached.
+inline constexpr int ServiceNotRunningNumber = -2147216619; // 0x80041315
+inline constexpr int FileAlreadyExistsNumber = 58;
+inline constexpr int BadFileFormatNumber = 321;
+
+AppError InvalidTriggerType();
+AppError ServiceNotRunning();
+AppError SubscriptOutOfRange();
+AppError TaskExists(const QString &name);
+AppError TaskNotFound(const QString &name);
+AppError BadTaskName(const QString &name, const QString &why);
+AppError Damaged(const QString &path);
+AppError NotOurs(const QString &path);
+AppError Refused(const QString &why);
+
+} // namespace TaskErrors

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "schedule/triggerrecord.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class QObject;
+class Task;
+
+// Work-item flags a task carries.
+namespace TaskFlags {
+inline constexpr qint32 Interactive = 0x1;
+inline constexpr qint32 DeleteWhenDone = 0x2;
+inline constexpr qint32 Disabled = 0x4;
+inline constexpr qint32 RunIfConnectedToInternet = 0x400;
+inline constexpr qint32 RunOnlyIfLoggedOn = 0x2000;
+} // namespace TaskFlags
+
+// Priority classes a task may run with.
+namespace TaskPriority {
+inline constexpr qint32 Idle = 0x40;
+inline constexpr qint32 Normal = 0x20;
+inline constexpr qint32 High = 0x80;
+inline constexpr qint32 Realtime = 0x100;
+inline constexpr qint32 BelowNormal = 0x4000;
+inline constexpr qint32 AboveNormal = 0x8000;
+} // namespace TaskPriority
+
+// What the task store keeps of one task.
+struct TaskDefinition
+{
+    // A task runs for at most three days unless told otherwise; -1 means no limit.
+    static constexpr qint32 DefaultMaxRunTime = 72 * 60 * 60 * 1000;
+
+    QString ApplicationName;
+    QString Parameters; // the command line
+    QString Comment;
+    QString Creator;
+    QString WorkingDirectory;
+    QString Account;
+    qint32 Flags = 0;
+    qint16 ErrorRetryCount = 0;
+    qint16 ErrorRetryInterval = 0;
+    qint16 IdleMinutes = 0;
+    qint16 DeadlineMinutes = 0;
+    qint32 MaxRunTime = DefaultMaxRunTime; // milliseconds
+    qint32 Priority = TaskPriority::Normal;
+    QList<TriggerRecord> Triggers;
+
+    bool operator==(const TaskDefinition &other) const = default;
+};
+
+// Status codes a task reports.
+namespace TaskStatus {
+inline constexpr qint32 Ready = 0x41300;
+inline constexpr qint32 Running = 0x41301;
+inline constexpr qint32 Disabled = 0x41302;
+inline constexpr qint32 HasNotRun = 0x41303;
+inline constexpr qint32 NoMoreRuns = 0x41304;
+inline constexpr qint32 NotScheduled = 0x41305;
+// The text for a status code; empty for a code that has none.
+QString Text(qint32 status);
+} // namespace TaskStatus
+
+// What the service manager knows about a task's runs. Everything is empty or
+// zero when it cannot be asked.
+struct TaskRunState
+{
+    qint32 Status = 0;
+    qint32 ExitCode = 0;
+    QDateTime LastRun; // null when it never ran
+    QDateTime NextRun; // null when no run is due
+};
+
+// The platform's scheduler as the Schedule, Task, Triggers and Trigger
+// classes use it. Tasks are read into and saved from a TaskDefinition; every
+// failure reaches the caller as an AppError.
+class TaskService
+{
+public:
+    enum class TextField
+    {
+        ApplicationName,
+        Parameters,
+        Comment,
+        Creator,
+        WorkingDirectory,
+        Account,
+    };
+
+    virtual ~TaskService() = default;
+
+    virtual QString TargetComputer() const = 0;
+    virtual void SetTargetComputer(const QString &computer) = 0;
+
+    // The names of the tasks in the store, in the store's order.
+    virtual QStringList Enum() = 0;
+    // A fresh, unsaved definition for a new task; fails for a name the store
+    // cannot take or already holds.
+    virtual TaskDefinition NewWorkItem(const QString &name) = 0;
+    // Reads a stored task.
+    virtual TaskDefinition Activate(const QString &name) = 0;
+    virtual void Save(const QString &name, const TaskDefinition &definition) = 0;
+    virtual void Delete(const QString &name) = 0;
+    // Refuses a value the store could not keep exactly.
+    virtual void CheckText(TextField field, const QString &value) const = 0;
+    // Where the task is stored.
+    virtual QString FileName(const QString &name) const = 0;
+
+    // Whether the service that starts tasks can be reached at all.
+    virtual bool IsRunning() = 0;
+    virtual TaskRunState RunState(const QString &name) = 0;
+    virtual void Run(const QString &name) = 0;
+    virtual void Terminate(const QString &name) = 0;
+};
+
+// The task's property sheet: shows the task for editing and returns when it
+// is closed. Changes the user confirms are saved to the store.
+class TaskEditor
+{
+public:
+    virtual ~TaskEditor() = default;
+    virtual void EditTask(Task &task, QObject *owner) = 0;
+};

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// A unit file as this program writes it: a comment, then sections of
+// key=value lines, closed by a checksum line over everything before it, so
+// that a file changed by hand (or damaged) is told apart from one the program
+// wrote and is left alone.
+class UnitFile
+{
+public:
+    static inline const QString ChecksumKey = QStringLiteral("X-Tunecatch-Checksum");
+
+    explicit UnitFile(QString comment = {});
+
+    void Section(const QString &name);
+    // The value as it stands in the file; escaping is the caller's.
+    void Add(const QString &key, const QString &value);
+    QByteArray Bytes() const;
+
+    // Reads a file Bytes made; nothing when its checksum does not match.
+    static std::optional<UnitFile> Parse(QByteArrayView bytes);
+    // The first value of the key in the section; null when there is none.
+    QString Value(const QString &section, const QString &key) const;
+    QStringList Values(const QString &section, const QString &key) const;
+
+private:
+    struct Entry
+    {
+        QString section;
+        QString key;
+        QString value;
+    };
+
+    static QByteArray checksum(QByteArrayView body);
+
+    QString m_comment;
+    QString m_section;
+    QList<Entry> m_entries;
+};
+
+// How values are spelt inside a unit file.
+namespace UnitText {
+
+// systemd expands "%" specifiers in most settings; "%%" stands for "%".
+QString EscapeSpecifiers(const QString &text);
+std::optional<QString> UnescapeSpecifiers(const QString &text);
+
+// An Exec...= line: the program and its arguments, each kept whole however
+// it is spelt (blanks, quotes, backslashes, empty words, "%" and "$").
+QString ExecLine(const QString &program, const QStringList &arguments);
+// The words of a line ExecLine made, the program first; nothing for any other text.
+std::optional<QStringList> SplitExecLine(const QString &line);
+
+// Exact text for the program's own keys, which systemd leaves alone.
+QString EncodeValue(const QString &text);
+std::optional<QString> DecodeValue(const QString &text);
+
+} // namespace UnitText

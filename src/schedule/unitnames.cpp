@@ -1,0 +1,66 @@
+#include "schedule/unitnames.h"
+
+#include <QByteArray>
+
+namespace {
+
+bool keptAsIs(char c, bool first)
+{
+    if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))
+        return true;
+    return c == ':' || c == '_' || (c == '.' && !first);
+}
+
+int hexValue(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    return -1;
+}
+
+} // namespace
+
+QString UnitNames::Escape(const QString &name)
+{
+    const QByteArray bytes = name.toUtf8();
+    QString escaped;
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const char c = bytes[i];
+        if (c == '/')
+            escaped += u'-';
+        else if (keptAsIs(c, i == 0))
+            escaped += QLatin1Char(c);
+        else
+            escaped +=
+                QStringLiteral("\\x%1").arg(uint(static_cast<unsigned char>(c)), 2, 16, QLatin1Char('0'));
+    }
+    return escaped;
+}
+
+std::optional<QString> UnitNames::Unescape(const QString &unitName)
+{
+    const QByteArray text = unitName.toLatin1();
+    QByteArray bytes;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '-') {
+            bytes += '/';
+        } else if (c == '\\' && i + 3 < text.size() && text[i + 1] == 'x') {
+            const int high = hexValue(text[i + 2]);
+            const int low = hexValue(text[i + 3]);
+            if (high < 0 || low < 0)
+                return std::nullopt;
+            bytes += char(high * 16 + low);
+            i += 3;
+        } else {
+            bytes += c;
+        }
+    }
+    const QString name = QString::fromUtf8(bytes);
+    // Only the one spelling Escape makes maps back; anything else is not ours.
+    if (name.isEmpty() || Escape(name) != unitName)
+        return std::nullopt;
+    return name;
+}

@@ -1,0 +1,31 @@
+#include "skin/skincommand.h"
+
+#include "skin/appskin.h"
+#include "skin/frmskin2.h"
+#include "skin/skinparam.h"
+
+#include <QWidget>
+
+SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_theme(theme) {}
+
+bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw)
+{
+    FrmSkin2 dialog(m_skin.InstallFolder(), m_skin.SkinFile(), mainWindow);
+    dialog.setWindowTitle(QStringLiteral("Select a Skin"));
+    dialog.setWindowIcon(mainWindow->windowIcon());
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    Apply(dialog.ChosenTheme(), dialog.ChosenSkin(), redraw);
+    return true;
+}
+
+void SkinCommand::Apply(int theme, const QString &skinName, const std::function<void()> &redraw)
+{
+    m_theme.SetTheme(theme);
+    if (redraw)
+        redraw();
+    if (skinName == FrmSkin2::NoSkin)
+        m_skin.SkinOff();
+    else if (!skinName.isEmpty())
+        m_skin.StartSkinWithFile(m_skin.InstallFolder() + u'/' + skinName);
+}

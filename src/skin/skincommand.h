@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+class ModAppSkin;
+class QWidget;
+class cSkinParam;
+
+// The main window's Skin command: asks for a theme and a skin with the skin
+// chooser and applies the answer.
+class SkinCommand
+{
+public:
+    SkinCommand(ModAppSkin &skin, cSkinParam &theme);
+
+    // Shows the chooser modally over the main window. Unless cancelled: applies
+    // the theme, lets the main window re-apply its own colours (redraw), then
+    // starts the chosen skin or turns skinning off. Returns false when cancelled.
+    bool Run(QWidget *mainWindow, const std::function<void()> &redraw);
+
+    // The part after the dialog: skinName is a file in the installation
+    // folder, "{no skin}", or empty to leave the skin as it is.
+    void Apply(int theme, const QString &skinName, const std::function<void()> &redraw);
+
+private:
+    ModAppSkin &m_skin;
+    cSkinParam &m_theme;
+};

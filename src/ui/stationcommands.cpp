@@ -1,0 +1,222 @@
+#include "ui/stationcommands.h"
+
+#include "app/apperror.h"
+#include "app/apppaths.h"
+#include "app/appstate.h"
+#include "app/keystate.h"
+#include "app/prompt.h"
+#include "app/shell.h"
+#include "controls/lynxgrid.h"
+#include "recorder/frmtc.h"
+#include "ui/frmabout.h"
+#include "ui/frmstations.h"
+#include "ui/websearch.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+// The click has finished by the time the tick opens the window.
+constexpr int TimerRecordInterval = 10;
+
+// A control of the recorder window by its name.
+template <typename T> T &control(FrmTC &window, const char *name)
+{
+    T *found = window.findChild<T *>(QLatin1StringView(name));
+    if (!found)
+        qFatal("The recorder window has no %s", name);
+    return *found;
+}
+
+} // namespace
+
+StationCommands::StationCommands(AppState &state, StationListHost &list, Services services, QWidget *owner)
+    : QObject(owner), m_state(state), m_list(list), m_services(services), m_owner(owner),
+      TimerRecord(new QTimer(this))
+{
+    TimerRecord->setObjectName(QStringLiteral("TimerRecord"));
+    TimerRecord->setSingleShot(true);
+    TimerRecord->setInterval(TimerRecordInterval);
+    connect(TimerRecord, &QTimer::timeout, this, &StationCommands::TimerRecord_Timer);
+}
+
+QString StationCommands::currentCell(int column) const
+{
+    const LynxGrid &grid = m_list.Grid();
+    return grid.CellText(grid.Row(), grid.ColPosition(column));
+}
+
+void StationCommands::Record()
+{
+    LynxGrid &grid = m_list.Grid();
+    const int row = grid.Row();
+    if (row < 0) {
+        m_state.prompt.message(RecordNoStation, AppState::AppTitle, Prompt::Icon::Information);
+        return;
+    }
+    m_list.WriteBack(row, grid.ItemData(row));
+    TimerRecord->start();
+}
+
+void StationCommands::TimerRecord_Timer()
+{
+    TimerRecord->stop();
+    const LynxGrid &grid = m_list.Grid();
+    const int row = grid.Row();
+    const QString address = row >= 0 ? currentCell(FrmStations::ColStreamUrl) : QString();
+    if (address.isEmpty())
+        return;
+
+    // Independent of the list: several recordings may run at once.
+    auto *window = new FrmTC(m_state, m_services.power);
+    control<QLineEdit>(*window, "txtSave").setText(currentCell(FrmStations::ColOutput));
+    control<QLabel>(*window, "LblStation").setText(currentCell(FrmStations::ColStation));
+    control<QLineEdit>(*window, "txtStream").setText(address);
+    if (grid.CellChecked(row, grid.ColPosition(FrmStations::ColSingle)))
+        control<QCheckBox>(*window, "chkSingleSong").setChecked(true);
+    m_recorders.removeIf([](const QPointer<FrmTC> &open) { return open.isNull(); });
+    m_recorders.append(window);
+    window->show();
+}
+
+void StationCommands::CloseRecorders()
+{
+    // A click still waiting for its tick opens nothing once the list is gone.
+    TimerRecord->stop();
+    const QList<QPointer<FrmTC>> opened = std::exchange(m_recorders, {});
+    for (auto window = opened.crbegin(); window != opened.crend(); ++window) {
+        if (*window)
+            (*window)->close();
+    }
+}
+
+void StationCommands::Copy()
+{
+    if (m_services.keys.IsDown(KeyState::LeftShift))
+        ImportPlaylist();
+    else
+        CopyStation();
+}
+
+void StationCommands::CopyStation()
+{
+    LynxGrid &grid = m_list.Grid();
+    const int from = grid.Row();
+    if (from < 0)
+        return;
+    grid.SetRedraw(false);
+    const int index = m_state.catalogue.Append(Station());
+    const int row = grid.AddItem();
+    grid.SetItemData(row, index);
+    m_list.WriteBack(from, index);
+    m_list.FillRow(row, index);
+    grid.GotoCell(row, 0);
+    m_state.catalogue.Dirty = true;
+    grid.SetRedraw(true);
+}
+
+void StationCommands::Delete()
+{
+    if (m_services.keys.IsDown(KeyState::RightShift))
+        DeleteAll();
+    else
+        DeleteStation();
+}
+
+void StationCommands::DeleteStation()
+{
+    LynxGrid &grid = m_list.Grid();
+    const int row = grid.Row();
+    const int index = grid.ItemData(row);
+    if (row < 0 || index < 1 || index > m_state.catalogue.StationCount())
+        return;
+    Station &station = m_state.catalogue.at(index);
+    if (!m_state.prompt.askYesNo(DeleteQuestion + station.Name, AppState::AppTitle, Prompt::Icon::Warning))
+        return;
+    // The record stays in the array; the catalogue writer leaves it out.
+    station.Deleted = true;
+    grid.RemoveItem(row);
+    grid.RefreshView();
+    m_state.catalogue.Dirty = true;
+}
+
+void StationCommands::DeleteAll()
+{
+    if (!m_state.prompt.askYesNo(DeleteAllQuestion, AppState::AppTitle, Prompt::Icon::Warning))
+        return;
+    m_state.catalogue.RemoveAll();
+    // The emptied list marks nothing changed on purpose, and edits of the
+    // stations just removed must not mark it either: closing then leaves the
+    // file as it was, unless another change was made.
+    m_list.ForgetEdits();
+    m_list.FillGrid();
+}
+
+void StationCommands::Info()
+{
+    // Left Shift and left Ctrl start the station check, which needs the player.
+    if (m_services.keys.IsDown(KeyState::LeftShift) || m_services.keys.IsDown(KeyState::LeftControl))
+        return;
+    const QString address = currentCell(FrmStations::ColInfoUrl);
+    if (address.size() > 1)
+        m_services.shell.OpenDocument(address);
+}
+
+void StationCommands::LoadPls()
+{
+    ImportPlaylist();
+}
+
+void StationCommands::ImportPlaylist()
+{
+    const QString path = m_state.prompt.chooseOpenFile(tr("Load PLS"), QString(), PlaylistFilter);
+    if (path.isEmpty())
+        return;
+    const QFileInfo file(path);
+    // The import saves and reloads the catalogue, which renumbers it: every
+    // edit goes into the records first, and the grid's rows are dropped after.
+    m_list.CommitEdits();
+    try {
+        m_state.catalogue.ImportFolder(file.absolutePath(), file.fileName(), true, m_state.prompt,
+                                       AppState::AppTitle);
+        m_list.ForgetEdits();
+    } catch (const AppError &e) {
+        m_state.prompt.message(ImportNotSaved + e.description(), AppState::AppTitle, Prompt::Icon::Critical);
+    }
+    QCoreApplication::processEvents();
+    m_list.FillGrid();
+}
+
+void StationCommands::Trim()
+{
+    const QString path =
+        m_state.prompt.chooseOpenFile(tr("Trim a Recording"), AppPaths::RecordingsFolder(), RecordingFilter);
+    if (path.isEmpty())
+        return;
+    const QString quoted = u'"' + path + u'"';
+    QString command = m_state.TrimToolCommand;
+    command.replace(QStringLiteral("%APP%"), m_state.InstallFolder);
+    command.replace(QStringLiteral("%MP3FILE%"), quoted);
+    if (!m_services.shell.StartCommand(command))
+        m_state.prompt.message(TrimNotStarted.arg(command), AppState::AppTitle, Prompt::Icon::Warning);
+}
+
+void StationCommands::About()
+{
+    frmAbout dialog(m_services.shell, m_owner);
+    dialog.exec();
+}
+
+void StationCommands::SearchWww(const QString &text, const QString &genre)
+{
+    const QString address = WebSearch::SearchAddress(WebSearch::DirectoryHost(), text, genre);
+    if (!address.isEmpty())
+        m_services.shell.OpenDocument(address);
+}

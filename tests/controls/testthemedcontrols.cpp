@@ -1,0 +1,165 @@
+#include "controls/hovertracker.h"
+#include "controls/progresspainter.h"
+#include "controls/roundedframe.h"
+#include "controls/schemebutton.h"
+#include "controls/themedprogressbar.h"
+#include "skin/skinparam.h"
+
+#include <QAccessible>
+#include <QAccessibleActionInterface>
+#include <QImage>
+#include <QLabel>
+#include <QPainter>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+#include <QtTest/QTest>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const ThemeColors Themes[] = {cSkinParam::PaleBlueColors(), cSkinParam::BlackNightColors()};
+
+// Contrast as the web's accessibility guidelines define it.
+double contrast(const QColor &a, const QColor &b)
+{
+    const auto lum = [](const QColor &c) {
+        const auto ch = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * ch(c.redF()) + 0.7152 * ch(c.greenF()) + 0.0722 * ch(c.blueF());
+    };
+    const double la = lum(a), lb = lum(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+QImage paintBar(qreal fraction, const QString &text, const ProgressColors &colors)
+{
+    QImage image(200, 20, QImage::Format_ARGB32);
+    image.fill(Qt::black);
+    QPainter p(&image);
+    PaintProgress(p, image.rect(), fraction, text, colors);
+    return image;
+}
+
+TEST(ProgressPainter, FillsTheBarToItsFractionWithTheTextCentredAndReadable)
+{
+    const ProgressColors colors = ProgressColors::FromTheme(Themes[0]);
+    for (const auto &[fraction, filled] :
+         {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
+        const QImage image = paintBar(fraction, {}, colors);
+        int count = 0;
+        for (int x = 0; x < image.width(); ++x)
+            count += image.pixelColor(x, 10) == colors.chunk;
+        EXPECT_NEAR(count, filled, 3) << fraction;
+    }
+
+    // The text sits in the middle and takes the colour of what lies under it.
+    for (const auto &[fraction, textColor] : {std::pair{0.0, colors.text}, {1.0, colors.textOnChunk}}) {
+        const QImage bare = paintBar(fraction, {}, colors);
+        const QImage image = paintBar(fraction, u"50%"_s, colors);
+        int left = image.width(), right = -1;
+        bool inTextColour = false;
+        for (int x = 0; x < image.width(); ++x) {
+            for (int y = 0; y < image.height(); ++y) {
+                if (image.pixel(x, y) != bare.pixel(x, y)) {
+                    left = std::min(left, x);
+                    right = std::max(right, x);
+                    inTextColour |= image.pixelColor(x, y) == textColor;
+                }
+            }
+        }
+        ASSERT_GE(right, left) << fraction;
+        EXPECT_NEAR((left + right) / 2.0, image.width() / 2.0, 2) << fraction;
+        EXPECT_TRUE(inTextColour) << fraction;
+    }
+
+    for (const ThemeColors &theme : Themes) {
+        const ProgressColors bar = ProgressColors::FromTheme(theme);
+        EXPECT_GE(contrast(bar.textOnChunk, bar.chunk), 4.5);
+        EXPECT_GE(contrast(bar.text, bar.track), 4.5);
+        EXPECT_NE(bar.Disabled().chunk, bar.chunk);
+    }
+}
+
+TEST(ThemedProgressBar, IsAProgressBarToScreenReadersAndSetsBackWhenDisabled)
+{
+    ThemedProgressBar bar;
+    bar.resize(200, 22);
+    bar.setValue(100);
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&bar);
+    EXPECT_EQ(accessible->role(), QAccessible::ProgressBar);
+    EXPECT_EQ(accessible->valueInterface()->currentValue().toInt(), 100);
+
+    const QPoint inChunk(20, 11);
+    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.Colors().chunk);
+    bar.setEnabled(false);
+    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.Colors().Disabled().chunk);
+}
+
+TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
+{
+    RoundedFrame frame;
+    auto *label = new QLabel(u"Inside"_s);
+    (new QVBoxLayout(&frame))->addWidget(label);
+    frame.resize(240, 120);
+    frame.show();
+    const int untitledTop = frame.contentsRect().top();
+    frame.SetTitle(u"Recording"_s);
+    QApplication::processEvents();
+    EXPECT_GT(frame.contentsRect().top(), untitledTop + frame.fontMetrics().height() / 2);
+    EXPECT_TRUE(frame.PanelRect().contains(label->geometry()));
+
+    const QImage image = frame.grab().toImage();
+    EXPECT_EQ(image.pixelColor(frame.PanelRect().center()), frame.FillColor());
+    EXPECT_NE(image.pixelColor(frame.PanelRect().topLeft()), frame.FillColor()); // rounded corner
+
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&frame);
+    EXPECT_EQ(accessible->role(), QAccessible::Grouping);
+    EXPECT_EQ(accessible->text(QAccessible::Name), u"Recording"_s);
+    frame.setAccessibleName(u"Now recording"_s);
+    EXPECT_EQ(accessible->text(QAccessible::Name), u"Now recording"_s);
+}
+
+TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
+{
+    SchemeButton button(u"Record"_s);
+    button.SetThemeColors(Themes[1]);
+    button.show();
+    QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::HoverChanged);
+    const QColor face = QColor::fromRgba(Themes[1].BackFixed);
+    EXPECT_EQ(button.FaceColor(), face);
+
+    QEvent enter(QEvent::Enter), leave(QEvent::Leave);
+    QApplication::sendEvent(&button, &enter);
+    EXPECT_TRUE(button.IsHovered());
+    const QColor hovered = button.FaceColor();
+    EXPECT_NE(hovered, face);
+    EXPECT_EQ(button.grab().toImage().pixelColor(8, button.height() / 2), hovered);
+    QApplication::sendEvent(&button, &enter);
+    QApplication::sendEvent(&button, &leave);
+    EXPECT_EQ(button.FaceColor(), face);
+    EXPECT_EQ(hovers.size(), 2);
+
+    // A control turned off under the mouse forgets it.
+    QApplication::sendEvent(&button, &enter);
+    button.setEnabled(false);
+    EXPECT_FALSE(button.IsHovered());
+    button.setEnabled(true);
+
+    button.setDown(true);
+    EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].BackSel));
+    EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].ForeSel));
+    button.setDown(false);
+
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&button);
+    EXPECT_EQ(accessible->role(), QAccessible::Button);
+    EXPECT_EQ(accessible->text(QAccessible::Name), u"Record"_s);
+    QSignalSpy clicks(&button, &QPushButton::clicked);
+    accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(clicks.size() == 1 || clicks.wait(2000));
+}
+
+} // namespace

@@ -1,0 +1,13 @@
+#include "errornumber.h"
+
+#include "app/apperror.h"
+
+int ErrorNumber(const std::function<void()> &statement)
+{
+    try {
+        statement();
+    } catch (const AppError &error) {
+        return error.number();
+    }
+    return 0;
+}

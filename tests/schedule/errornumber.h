@@ -1,0 +1,6 @@
+#pragma once
+
+#include <functional>
+
+// The number of the AppError the statement throws; 0 when it throws none.
+int ErrorNumber(const std::function<void()> &statement);

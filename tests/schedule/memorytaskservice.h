@@ -1,0 +1,51 @@
+#pragma once
+
+#include "schedule/taskservice.h"
+
+#include <QMap>
+#include <QSet>
+#include <QStringList>
+
+#include <functional>
+
+// A task store in memory, for the scheduler classes: tasks in insertion
+// order, names it refuses to read, text values it refuses to keep, and a
+// record of the tasks it was asked to run.
+class MemoryTaskService : public TaskService
+{
+public:
+    QString TargetComputer() const override { return m_computer; }
+    void SetTargetComputer(const QString &computer) override;
+    QStringList Enum() override;
+    TaskDefinition NewWorkItem(const QString &name) override;
+    TaskDefinition Activate(const QString &name) override;
+    void Save(const QString &name, const TaskDefinition &definition) override;
+    void Delete(const QString &name) override;
+    void CheckText(TextField field, const QString &value) const override;
+    QString FileName(const QString &name) const override;
+    bool IsRunning() override { return true; }
+    TaskRunState RunState(const QString &) override { return {}; }
+    void Run(const QString &name) override;
+    void Terminate(const QString &) override {}
+
+    QStringList order;
+    QMap<QString, TaskDefinition> tasks;
+    QSet<QString> unreadable;
+    bool enumFails = false;
+    // Text values the store will not keep.
+    QMap<TextField, QString> refused;
+    QStringList requests;
+
+private:
+    QString m_computer;
+};
+
+// A property sheet that records where it was opened and can change the task.
+class RecordingEditor : public TaskEditor
+{
+public:
+    void EditTask(Task &task, QObject *owner) override;
+
+    QList<QObject *> owners;
+    std::function<void(Task &)> edit;
+};

@@ -1,0 +1,5 @@
+// A loadable library without the engine's operations.
+extern "C" int NotTheSkinEngine()
+{
+    return 0;
+}
