@@ -9,6 +9,7 @@
 #include "controls/lynxgrid.h"
 #include "recorder/logindpowercontrol.h"
 #include "ui/frmstations.h"
+#include "ui/qtmediaplayer.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -95,7 +96,8 @@ struct MainWindow
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
         state.catalogue.Load(prompt, AppState::AppTitle);
-        window = std::make_unique<FrmStations>(state, StationCommands::Services{shell, keys, power});
+        window = std::make_unique<FrmStations>(state, StationCommands::Services{shell, keys, power},
+                                               QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
         grid = window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));

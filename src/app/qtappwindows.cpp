@@ -4,6 +4,7 @@
 #include "app/appstate.h"
 #include "app/startup.h"
 #include "recorder/frmtc.h"
+#include "ui/qtmediaplayer.h"
 #include "ui/frmstations.h"
 
 #include <QApplication>
@@ -23,7 +24,7 @@ void QtAppWindows::InitCommonControls()
 
 void QtAppWindows::LoadMainWindow()
 {
-    auto *window = new FrmStations(m_state, {m_shell, m_keys, m_power});
+    auto *window = new FrmStations(m_state, {m_shell, m_keys, m_power}, QtMediaPlayer::Create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)

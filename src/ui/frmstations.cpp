@@ -6,11 +6,15 @@
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
 #include "skin/skincommand.h"
+#include "ui/frmlisten.h"
+#include "ui/mainplayer.h"
 #include "ui/stationplayer.h"
 #include "ui/themepalette.h"
+#include "ui/ucplaybar.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
 #include <QFrame>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -98,14 +102,16 @@ QIcon playIcon(const QColor &color)
 
 } // namespace
 
-FrmStations::FrmStations(AppState &state, StationCommands::Services services, QWidget *parent)
-    : QWidget(parent), m_state(state)
+FrmStations::FrmStations(AppState &state, StationCommands::Services services, MediaPlayerFactory players,
+                         QWidget *parent)
+    : QWidget(parent), m_state(state), m_players(std::move(players))
 {
     setObjectName(QStringLiteral("FrmStations"));
     setWindowTitle(AppState::AppTitle);
     m_commands = new StationCommands(state, *this, services, this);
     buildControls();
     setAccessibleNames();
+    buildPlayer();
 
     // Load, in its fixed order.
     m_cboRating->addItems(RatingEditorEntries);
@@ -117,6 +123,51 @@ FrmStations::FrmStations(AppState &state, StationCommands::Services services, QW
     selectEntry(m_cmbCategory, m_state.CategoryFilter);
     selectEntry(m_cmbType, m_state.TypeFilter);
     selectEntry(m_cmbRating, m_state.RatingFilter);
+
+    // A hidden listening window, kept as long as this one, holds a paused
+    // player, so that later players start quickly.
+    FrmListen *warmUp = CreateListenWindow();
+    warmUp->ListenRow = FrmListen::WarmUpRow;
+    warmUp->ListenUrl = QDir(m_state.InstallFolder).filePath(FrmListen::WarmUpFile);
+    warmUp->setWindowTitle(QStringLiteral("cap dummy"));
+    warmUp->Play();
+}
+
+void FrmStations::buildPlayer()
+{
+    m_playBar = new ucPlayBar(this);
+    m_playBar->setObjectName(QStringLiteral("ucPlayBar1"));
+    m_playBarSlot->addWidget(m_playBar);
+    MediaPlayer *wmp1 = m_players(this);
+    wmp1->view()->setObjectName(QStringLiteral("wmp1"));
+    wmp1->view()->hide();
+    m_player = new MainPlayer(
+        m_state, *wmp1, *m_playBar,
+        [this]() -> const Station * {
+            const int row = m_grid->Row();
+            if (row < 0)
+                return nullptr;
+            return &m_state.catalogue.at(m_grid->ItemData(row));
+        },
+        this);
+}
+
+FrmListen *FrmStations::CreateListenWindow()
+{
+    auto *window = new FrmListen(m_state, m_players, this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    connect(window, &FrmListen::StationPlayed, this, &FrmStations::StationPlayed);
+    return window;
+}
+
+void FrmStations::StationPlayed(int kind, int row, const QString &date)
+{
+    if (kind != FrmListen::PlayedKind || row < 0 || row >= m_grid->ItemCount())
+        return;
+    const int index = m_grid->ItemData(row);
+    m_state.catalogue.at(index).LastDate = date;
+    FillRow(row, index);
+    m_state.catalogue.Dirty = true;
 }
 
 void FrmStations::buildControls()
@@ -210,9 +261,9 @@ void FrmStations::buildControls()
     outer->addWidget(m_grid, 1);
 
     // The play bar comes here, under the grid and as wide as it.
-    auto *playBarSlot = new QVBoxLayout;
-    playBarSlot->setObjectName(QStringLiteral("ucPlayBar1Slot"));
-    outer->addLayout(playBarSlot);
+    m_playBarSlot = new QVBoxLayout;
+    m_playBarSlot->setObjectName(QStringLiteral("ucPlayBar1Slot"));
+    outer->addLayout(m_playBarSlot);
 
     m_cboRating = new QComboBox(this);
     m_cboRating->setObjectName(QStringLiteral("cboRating"));
@@ -269,6 +320,7 @@ void FrmStations::applyTheme()
     setAutoFillBackground(true);
     m_grid->SetThemeColors(colors);
     m_grid->SetImageList({playIcon(QColor::fromRgba(colors.FocusRect))});
+    m_playBar->SetThemeColors(colors);
 }
 
 void FrmStations::createColumns()
@@ -452,8 +504,8 @@ void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
 {
     if (col == pos(ColPlay)) {
         cancel = true;
-        if (m_player)
-            m_player->PlayKey(PlayKey);
+        m_player->PlayKey(PlayKey);
+        m_player->ShowState(PlayKey);
     } else if (col == pos(ColRating)) {
         const QString text = m_grid->CellText(row, col);
         if (text.isEmpty() || text == u"0")

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/mediaplayer.h"
 #include "ui/stationcommands.h"
 
 #include <QWidget>
@@ -7,6 +8,7 @@
 #include <array>
 
 class AppState;
+class FrmListen;
 struct Station;
 class LynxGrid;
 class QBoxLayout;
@@ -14,6 +16,7 @@ class QComboBox;
 class QLineEdit;
 class QPushButton;
 class StationPlayer;
+class ucPlayBar;
 
 // The main window: the station catalogue in a grid, four filters, a text
 // search, in-place editing of the stations, and the commands on them.
@@ -42,10 +45,17 @@ public:
         ColumnCount
     };
 
-    FrmStations(AppState &state, StationCommands::Services services, QWidget *parent = nullptr);
+    // players makes the media players of the window's own player and of its
+    // listening windows.
+    FrmStations(AppState &state, StationCommands::Services services, MediaPlayerFactory players,
+                QWidget *parent = nullptr);
 
-    // The player behind the play handle in column 0; none until there is one.
-    void SetPlayer(StationPlayer *player) { m_player = player; }
+    // A new listening window, not yet shown, whose played stations reach StationPlayed.
+    FrmListen *CreateListenWindow();
+    // A listening window's news: kind 1 means the station of row started to
+    // play on date, which becomes its LastDate.
+    void StationPlayed(int kind, int row, const QString &date);
+    StationPlayer &Player() const { return *m_player; }
 
 signals:
     // The window has unloaded: edited cells are back in the catalogue and its
@@ -85,7 +95,10 @@ private:
     void LynxGrid1_RequestUpdate(int row, int col, QString &value, bool &cancel);
     void LynxGrid1_CellUpdated(int row, int col);
 
+    void buildPlayer();
+
     AppState &m_state;
+    MediaPlayerFactory m_players;
     StationPlayer *m_player = nullptr;
     StationCommands *m_commands = nullptr;
     bool m_unloaded = false;
@@ -101,4 +114,5 @@ private:
     QComboBox *m_cmbRating = nullptr;
     QLineEdit *m_txtSearch = nullptr;
     QBoxLayout *m_playBarSlot = nullptr;
+    ucPlayBar *m_playBar = nullptr;
 };

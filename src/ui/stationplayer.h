@@ -11,4 +11,13 @@ public:
     virtual ~StationPlayer() = default;
 
     virtual void PlayKey(const QString &key) = 0;
+    // Sets the play bar's look ("play" or "stop", any letter case) without a key.
+    virtual void ShowState(const QString &state) = 0;
+    // The player's play state, in the player's numbering.
+    virtual int PlayState() const = 0;
+    // The station check's flag: set while a check runs; the "Stop" key clears it.
+    virtual bool Scanning() const = 0;
+    virtual void SetScanning(bool scanning) = 0;
+    // Silences the player for another window: closes it and stops it.
+    virtual void Silence() = 0;
 };

@@ -57,7 +57,8 @@ QString StationWindowTest::catalogueText() const
 
 void StationWindowTest::open()
 {
-    window = std::make_unique<FrmStations>(*state, StationCommands::Services{shell, keys, power});
+    window = std::make_unique<FrmStations>(*state, StationCommands::Services{shell, keys, power},
+                                           ScriptedPlayer::Factory(players));
     startup = std::make_unique<Startup>(*state, windows);
     QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
     window->show();

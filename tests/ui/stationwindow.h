@@ -6,6 +6,7 @@
 #include "app/keystate.h"
 #include "app/startup.h"
 #include "recorder/fakepowercontrol.h"
+#include "scriptedplayer.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 #include "ui/frmstations.h"
@@ -84,6 +85,7 @@ protected:
     FakePowerControl power;
     std::unique_ptr<AppState> state;
     std::unique_ptr<Startup> startup;
+    QList<ScriptedPlayer *> players;
     std::unique_ptr<FrmStations> window;
     LynxGrid *grid = nullptr;
 };

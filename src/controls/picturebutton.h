@@ -1,0 +1,62 @@
+#pragma once
+
+#include "controls/themedcontrol.h"
+#include "skin/skinparam.h"
+
+#include <QAbstractButton>
+#include <QIcon>
+#include <QPainterPath>
+
+// A button shown as one of four pictures: normal, under the mouse, pressed
+// and disabled. In toggle mode a click leaves it pressed until the next one,
+// and the pressed picture shows the pressed state.
+//
+// The pictures are either given as they are, or drawn from a glyph (a path
+// in a 24 x 24 box) in the colours of the theme, and then drawn again when
+// the theme changes. Drawn pictures carry pixmaps for 1x and 2x screens.
+class ucPictureButton : public QAbstractButton, public ThemedControl
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ucPictureButton)
+
+public:
+    struct Pictures
+    {
+        QIcon normal;
+        QIcon hover;
+        QIcon pressed;
+        QIcon disabled;
+    };
+
+    // The box a glyph is drawn in.
+    static constexpr int GlyphBox = 24;
+
+    explicit ucPictureButton(QWidget *parent = nullptr);
+
+    void SetPictures(const Pictures &pictures);
+    const Pictures &GetPictures() const { return m_pictures; }
+    // pressedGlyph, when given, stands for the pressed state instead of glyph
+    // (a toggle whose pressed look differs, such as a crossed-out speaker).
+    void SetGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph = {});
+    void SetToggle(bool toggle) { setCheckable(toggle); }
+
+    void SetThemeColors(const ThemeColors &colors) override;
+
+    // The four pictures of a glyph in a theme's colours, size logical pixels square.
+    static Pictures GlyphPictures(const QPainterPath &glyph, const QPainterPath &pressedGlyph,
+                                  const ThemeColors &colors, int size);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const QIcon &shownPicture() const;
+    void drawGlyphPictures();
+
+    Pictures m_pictures;
+    QPainterPath m_glyph;
+    QPainterPath m_pressedGlyph;
+    ThemeColors m_colors;
+};

@@ -1,0 +1,149 @@
+#include "controls/slider.h"
+
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
+
+namespace {
+
+constexpr qreal HandleRadius = 7;
+constexpr qreal GrooveHeight = 4;
+
+QColor color(quint32 argb)
+{
+    return QColor::fromRgba(argb);
+}
+
+} // namespace
+
+ucSlider::ucSlider(QWidget *parent)
+    : QAbstractSlider(parent), m_colors(cSkinParam::PaleBlueColors()), m_tip(new QLabel(this, Qt::ToolTip))
+{
+    setOrientation(Qt::Horizontal);
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_tip->setObjectName(QStringLiteral("ucSliderTip"));
+    m_tip->setAlignment(Qt::AlignCenter);
+    m_tip->setMargin(3);
+    SetThemeColors(m_colors);
+}
+
+void ucSlider::SetThemeColors(const ThemeColors &colors)
+{
+    m_colors = colors;
+    QPalette tipPalette = m_tip->palette();
+    tipPalette.setColor(QPalette::Window, color(colors.BackEdit));
+    tipPalette.setColor(QPalette::WindowText, color(colors.ForeEdit));
+    m_tip->setPalette(tipPalette);
+    m_tip->setAutoFillBackground(true);
+    update();
+}
+
+QSize ucSlider::sizeHint() const
+{
+    return {100, int(2 * HandleRadius) + 6};
+}
+
+QSize ucSlider::minimumSizeHint() const
+{
+    return {int(4 * HandleRadius), int(2 * HandleRadius) + 6};
+}
+
+QRectF ucSlider::groove() const
+{
+    const QRectF area = QRectF(rect()).adjusted(HandleRadius + 1, 0, -HandleRadius - 1, 0);
+    return {area.left(), area.center().y() - GrooveHeight / 2, area.width(), GrooveHeight};
+}
+
+QPointF ucSlider::handleCentre() const
+{
+    const QRectF g = groove();
+    const int span = maximum() - minimum();
+    const qreal share = span > 0 ? qreal(sliderPosition() - minimum()) / span : 0;
+    return {g.left() + share * g.width(), g.center().y()};
+}
+
+int ucSlider::valueAt(qreal x) const
+{
+    const QRectF g = groove();
+    return QStyle::sliderValueFromPosition(minimum(), maximum(), qRound(x - g.left()), qRound(g.width()));
+}
+
+void ucSlider::paintEvent(QPaintEvent *)
+{
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QRectF g = groove();
+    const QPointF handle = handleCentre();
+    const bool enabled = isEnabled();
+
+    p.setPen(Qt::NoPen);
+    p.setBrush(color(m_colors.Grid));
+    p.drawRoundedRect(g, GrooveHeight / 2, GrooveHeight / 2);
+    QRectF filled = g;
+    filled.setRight(handle.x());
+    p.setBrush(enabled ? color(m_colors.BackSel) : color(m_colors.Grid).darker(115));
+    p.drawRoundedRect(filled, GrooveHeight / 2, GrooveHeight / 2);
+
+    const bool lit = enabled && (underMouse() || isSliderDown());
+    p.setPen(QPen(hasFocus() ? color(m_colors.FocusRect) : color(m_colors.BackSel).darker(120), 1.5));
+    p.setBrush(lit ? color(m_colors.BackSel) : color(m_colors.Back));
+    p.drawEllipse(handle, HandleRadius - 1, HandleRadius - 1);
+}
+
+void ucSlider::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || maximum() == minimum()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    const qreal x = event->position().x();
+    const qreal handleX = handleCentre().x();
+    // Took hold of the handle: keep that hold; elsewhere the handle comes to the mouse.
+    m_grabOffset = qAbs(x - handleX) <= HandleRadius ? x - handleX : 0;
+    setSliderDown(true);
+    setSliderPosition(valueAt(x - m_grabOffset));
+    placeTip();
+    m_tip->show();
+}
+
+void ucSlider::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!isSliderDown()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    setSliderPosition(valueAt(event->position().x() - m_grabOffset));
+}
+
+void ucSlider::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (!isSliderDown() || event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    m_tip->hide();
+    setSliderDown(false);
+}
+
+void ucSlider::sliderChange(SliderChange change)
+{
+    QAbstractSlider::sliderChange(change);
+    if (isSliderDown())
+        placeTip();
+    update();
+}
+
+void ucSlider::placeTip()
+{
+    m_tip->setText(QString::number(sliderPosition()));
+    m_tip->adjustSize();
+    const QPointF handle = handleCentre();
+    const QPoint above(qRound(handle.x()) - m_tip->width() / 2, -m_tip->height() - 2);
+    m_tip->move(mapToGlobal(above));
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ui/stationplayer.h"
+
+#include <QObject>
+
+#include <functional>
+
+class AppState;
+class FileDL;
+class MediaPlayer;
+struct Station;
+class ucPlayBar;
+
+// The main window's player: plays the station of the grid's current row in
+// the hidden player wmp1, driven by the play bar, whose caption is its only
+// status display. Playlist addresses are first resolved through FileDLMain.
+class MainPlayer : public QObject, public StationPlayer
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MainPlayer)
+
+public:
+    static inline const QString TagPlaying = QStringLiteral("PLSPLAYMAIN");
+
+    // currentStation gives the station of the grid's current row, or nullptr
+    // when there is no current row.
+    MainPlayer(AppState &state, MediaPlayer &wmp1, ucPlayBar &playBar,
+               std::function<const Station *()> currentStation, QObject *parent = nullptr);
+
+    void PlayKey(const QString &key) override;
+    void ShowState(const QString &state) override;
+    int PlayState() const override;
+    bool Scanning() const override { return m_scanning; }
+    void SetScanning(bool scanning) override { m_scanning = scanning; }
+    void Silence() override;
+
+private:
+    // True when something was started (a stream, or the fetch of its playlist).
+    bool StartCurrentStation();
+    void FetchPlaylist(const QString &address);
+    void StopPlayback();
+
+    void wmp1_PlayStateChange(int state);
+    void FileDLMain_DownloadComplete(const QString &key, const QByteArray &body);
+    void FileDLMain_DownloadError(const QString &key, int statusCode, const QString &statusText);
+
+    AppState &m_state;
+    MediaPlayer &wmp1;
+    ucPlayBar &ucPlayBar1;
+    std::function<const Station *()> m_currentStation;
+    FileDL *FileDLMain;
+
+    QString m_playingAddress;
+    QString m_playingName;
+    bool m_scanning = false;
+};

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+#include <functional>
+
+class QMenu;
+
+// The embedded media player as the windows see it, in the player's own
+// terms: setting URL starts playing an address (an empty one stops), the play
+// state is one of the numbered states below, and every change of it is told
+// through PlayStateChange. The player shows itself in view(): video where the
+// media has it, and the player's own context menu when that is enabled.
+class MediaPlayer : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MediaPlayer)
+
+public:
+    enum PlayState
+    {
+        Undefined = 0,
+        Stopped = 1,
+        Paused = 2,
+        Playing = 3,
+        ScanForward = 4,
+        ScanReverse = 5,
+        Buffering = 6,
+        Waiting = 7,
+        MediaEnded = 8,
+        Transitioning = 9,
+        Ready = 10,
+        Reconnecting = 11,
+        Last = 12,
+    };
+
+    explicit MediaPlayer(QObject *parent = nullptr);
+    ~MediaPlayer() override;
+
+    virtual QString URL() const = 0;
+    virtual void setURL(const QString &url) = 0;
+    virtual int playState() const = 0;
+    // A short text of what the player is doing, or of its last failure.
+    virtual QString status() const = 0;
+
+    // controls
+    virtual void play() = 0;
+    virtual void pause() = 0;
+    virtual void stop() = 0;
+
+    // settings
+    virtual bool mute() const = 0;
+    virtual void setMute(bool mute) = 0;
+    // 0 to 100.
+    virtual int volume() const = 0;
+    virtual void setVolume(int volume) = 0;
+    // How many times the media plays through; 1 plays it once.
+    virtual void setPlayCount(int count) = 0;
+
+    virtual bool fullScreen() const = 0;
+    virtual void setFullScreen(bool on) = 0;
+
+    // currentPlaylist.clear
+    virtual void clearPlaylist() = 0;
+    // Lets go of the media and everything held for it.
+    virtual void close() = 0;
+
+    QWidget *view() const { return m_view; }
+    bool enableContextMenu() const { return m_contextMenu; }
+    void setEnableContextMenu(bool enabled);
+
+signals:
+    void PlayStateChange(int newState);
+    // A key pressed while the player's view has the focus (a Qt::Key value);
+    // the view itself does nothing with it.
+    void KeyDown(int key);
+
+protected:
+    // The widget the player shows itself in, made by the subclass with all
+    // the widgets it holds.
+    void setView(QWidget *view);
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void showContextMenu(const QPoint &globalPos);
+
+    QPointer<QWidget> m_view;
+    bool m_contextMenu = true;
+    QPointer<QMenu> m_menu;
+};
+
+// Makes a player whose view belongs to owner; the player is a child of owner too.
+using MediaPlayerFactory = std::function<MediaPlayer *(QWidget *owner)>;

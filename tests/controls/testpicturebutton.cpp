@@ -1,0 +1,112 @@
+#include "controls/picturebutton.h"
+
+#include "skin/skinparam.h"
+
+#include <QAccessible>
+#include <QAccessibleActionInterface>
+#include <QPainter>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QIcon solid(QColor color)
+{
+    QPixmap pixmap(28, 28);
+    pixmap.fill(color);
+    return QIcon(pixmap);
+}
+
+class PictureButtonTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        button.setAccessibleName(u"Play"_s);
+        button.SetPictures({solid(Qt::red), solid(Qt::green), solid(Qt::blue), solid(Qt::gray)});
+        host.resize(120, 120);
+        button.setGeometry(40, 40, 40, 40);
+        host.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&host));
+        away();
+    }
+
+    // The mouse on the window beside the button, so that coming back onto it is an entering.
+    void away() { QTest::mouseMove(&host, QPoint(5, 5)); }
+    QColor shown() { return button.grab().toImage().pixelColor(20, 20); }
+
+    QWidget host;
+    ucPictureButton button{&host};
+};
+
+TEST_F(PictureButtonTest, ShowsThePictureOfItsState)
+{
+    EXPECT_EQ(shown(), QColor(Qt::red)) << "normal";
+    QTest::mouseMove(&button, QPoint(20, 20));
+    EXPECT_EQ(shown(), QColor(Qt::green)) << "under the mouse";
+    QTest::mousePress(&button, Qt::LeftButton, {}, QPoint(20, 20));
+    EXPECT_EQ(shown(), QColor(Qt::blue)) << "held down";
+    QTest::mouseRelease(&button, Qt::LeftButton, {}, QPoint(20, 20));
+    EXPECT_EQ(shown(), QColor(Qt::green)) << "released, still under the mouse";
+    button.setEnabled(false);
+    EXPECT_EQ(shown(), QColor(Qt::gray)) << "disabled, though under the mouse";
+}
+
+TEST_F(PictureButtonTest, InToggleModeAClickKeepsItPressedUntilTheNext)
+{
+    button.SetToggle(true);
+    QSignalSpy clicks(&button, &ucPictureButton::clicked);
+    const auto click = [&] {
+        QTest::mouseMove(&button, QPoint(20, 20));
+        QTest::mouseClick(&button, Qt::LeftButton, {}, QPoint(20, 20));
+        away();
+    };
+    click();
+    EXPECT_EQ(shown(), QColor(Qt::blue));
+    click();
+    EXPECT_EQ(shown(), QColor(Qt::red));
+    ASSERT_EQ(clicks.size(), 2);
+    EXPECT_EQ(clicks[0][0].toBool(), true);
+    EXPECT_EQ(clicks[1][0].toBool(), false);
+}
+
+TEST_F(PictureButtonTest, ScreenReadersSeeAButtonWhosePressActionClicks)
+{
+    QAccessibleInterface *access = QAccessible::queryAccessibleInterface(&button);
+    ASSERT_NE(access, nullptr);
+    EXPECT_EQ(access->role(), QAccessible::Button);
+    EXPECT_EQ(access->text(QAccessible::Name), u"Play"_s);
+    QAccessibleActionInterface *actions = access->actionInterface();
+    ASSERT_NE(actions, nullptr);
+    ASSERT_TRUE(actions->actionNames().contains(QAccessibleActionInterface::pressAction()));
+    QSignalSpy clicks(&button, &ucPictureButton::clicked);
+    actions->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(clicks.size() == 1 || clicks.wait(2000));
+}
+
+TEST_F(PictureButtonTest, GlyphPicturesFollowTheThemeAndCarryDoubleDensityPixels)
+{
+    QPainterPath square;
+    square.addRect(8, 8, 8, 8);
+    button.SetGlyph(square);
+    const auto faceAndInk = [&] {
+        const QImage image = button.grab().toImage();
+        return std::pair(image.pixelColor(12, 12), image.pixelColor(20, 20));
+    };
+    for (const auto &colors : {cSkinParam::PaleBlueColors(), cSkinParam::BlackNightColors()}) {
+        button.SetThemeColors(colors);
+        const auto [face, ink] = faceAndInk();
+        EXPECT_EQ(face, QColor::fromRgba(colors.BackFixed));
+        EXPECT_EQ(ink, QColor::fromRgba(colors.WindowText));
+    }
+
+    const QPixmap twice = button.GetPictures().normal.pixmap(QSize(28, 28), 2.0);
+    EXPECT_EQ(twice.size(), QSize(56, 56));
+    EXPECT_EQ(twice.devicePixelRatio(), 2.0);
+}
+
+} // namespace
