@@ -102,6 +102,8 @@ void TaskDialog::buildControls()
     stopRow->addStretch();
 
     txtComment = named(new QLineEdit, QStringLiteral("txtComment"), QStringLiteral("Comment"));
+    // The comment carries the station's name: leave room to read it whole.
+    txtComment->setMinimumWidth(txtComment->fontMetrics().averageCharWidth() * 48);
     lblNotice = new QLabel;
     lblNotice->setObjectName(QStringLiteral("lblNotice"));
     lblNotice->setWordWrap(true);
