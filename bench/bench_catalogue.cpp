@@ -1,4 +1,5 @@
-#include "app/prompt.h"
+#include "benchsupport.h"
+
 #include "catalogue/catalogue.h"
 
 #include <QCoreApplication>
@@ -7,30 +8,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include <sys/resource.h>
 
 #include <cstdio>
 
 namespace {
 
 constexpr int StationTotal = 100000;
-
-// Counts messages instead of showing them: a message means the load went wrong.
-class CountingPrompt : public Prompt
-{
-public:
-    void message(const QString &, const QString &, Icon) override { ++messages; }
-    bool askYesNo(const QString &, const QString &, Icon) override { return false; }
-    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
-    int messages = 0;
-};
-
-double peakMegabytes()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0; // kilobytes on Linux
-}
 
 // A station of typical size: about 170 characters on its line.
 Station sampleStation(int i)
@@ -59,7 +42,7 @@ void fill(Catalogue &catalogue, int count)
 
 void reportPeak(benchmark::State &state)
 {
-    state.counters["peak_MB"] = peakMegabytes();
+    state.counters["peak_MB"] = ProcessMegabytes("VmHWM:");
 }
 
 void BM_CatalogueSave(benchmark::State &state)
@@ -80,7 +63,7 @@ void BM_CatalogueLoad(benchmark::State &state)
         source.Save();
     }
     Catalogue catalogue;
-    CountingPrompt prompt;
+    QuietPrompt prompt;
     for (auto _ : state)
         catalogue.Load(prompt, QStringLiteral("Tunecatch"));
     if (catalogue.StationCount() != StationTotal || prompt.messages != 0)
@@ -122,6 +105,6 @@ int main(int argc, char **argv)
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    std::printf("Peak memory: %.1f MB\n", peakMegabytes());
+    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
     return 0;
 }

@@ -1,11 +1,12 @@
 // The main window's player against an icecast station on 127.0.0.1: how soon
 // Play turns into Playing, what one playing station costs the processor, and
 // how much memory a playing main window adds to the process.
+#include "benchsupport.h"
+
 #include "app/apppaths.h"
 #include "app/appstate.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
-#include "app/prompt.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
 #include "recorder/logindpowercontrol.h"
@@ -27,40 +28,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <ctime>
 #include <memory>
 
 namespace {
 
 constexpr int PlayTimeout = 20000;
 constexpr int CpuWindowMs = 5000;
-
-class SilentPrompt : public Prompt
-{
-public:
-    void message(const QString &, const QString &, Icon) override {}
-    bool askYesNo(const QString &, const QString &, Icon) override { return false; }
-    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
-};
-
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
-}
-
-double processCpuSeconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
-}
 
 IcecastStation *station = nullptr;
 double baselineMegabytes = 0;
@@ -93,7 +66,7 @@ struct PlayingWindow
                          PlayTimeout);
     }
 
-    SilentPrompt prompt;
+    QuietPrompt prompt;
     AppState state;
     DesktopShell shell;
     KeyState keys;
@@ -138,17 +111,17 @@ void BM_PlayingStation(benchmark::State &state)
     }
     double cpuPercent = 0;
     for (auto _ : state) {
-        const double cpuBefore = processCpuSeconds();
+        const double cpuBefore = ProcessCpuSeconds();
         QElapsedTimer clock;
         clock.start();
         // The station plays on while the event loop runs idle, as in the program.
         QEventLoop idle;
         QTimer::singleShot(CpuWindowMs, &idle, &QEventLoop::quit);
         idle.exec();
-        cpuPercent = 100 * (processCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
+        cpuPercent = 100 * (ProcessCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
     }
     state.counters["cpu_percent"] = cpuPercent;
-    state.counters["added_MB"] = residentMegabytes() - baselineMegabytes;
+    state.counters["added_MB"] = ProcessMegabytes("VmRSS:") - baselineMegabytes;
     state.counters["still_playing"] = w.window->Player().PlayState() == 3;
 }
 BENCHMARK(BM_PlayingStation)->Iterations(1)->Unit(benchmark::kMillisecond);
@@ -178,7 +151,7 @@ int main(int argc, char **argv)
     const QTemporaryDir appData;
     qputenv("APPDATA", QFile::encodeName(appData.path()));
     QDir().mkpath(appData.path() + QStringLiteral("/Tunecatch"));
-    baselineMegabytes = residentMegabytes();
+    baselineMegabytes = ProcessMegabytes("VmRSS:");
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

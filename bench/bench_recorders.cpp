@@ -6,8 +6,9 @@
 // per recording beyond the first. A second benchmark records one station that
 // floods the recorder, and one whose answer never ends, and shows the peak
 // memory of that recording (target: under 40 MB whatever a station sends).
+#include "benchsupport.h"
+
 #include "app/appstate.h"
-#include "app/prompt.h"
 #include "recorder/frmtc.h"
 #include "recorder/powercontrol.h"
 
@@ -25,8 +26,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -39,15 +38,6 @@ constexpr int Streams = 20;
 constexpr int MeasuredSeconds = 30;
 constexpr int BytesPerSecond = 128 * 1000 / 8;
 
-// Nothing to ask: every recording writes new files.
-class SilentPrompt : public Prompt
-{
-public:
-    void message(const QString &, const QString &, Icon) override {}
-    bool askYesNo(const QString &, const QString &, Icon) override { return true; }
-    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
-};
-
 // No stop limit is set, so no power action is ever asked for.
 class NoPower : public PowerControl
 {
@@ -56,24 +46,6 @@ public:
     bool ExitWindows(quint32) override { return false; }
     bool SetSuspendState(bool, bool, bool) override { return false; }
 };
-
-double cpuSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-// Resident memory now, in KB.
-double residentKb()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    return fields.value(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / 1024;
-}
 
 // Runs the event loop for a while; `sample` is called every few
 // milliseconds and ends the wait early by returning true.
@@ -132,7 +104,7 @@ struct Setup
     QTemporaryDir data;
     QProcess station;
     QString url;
-    SilentPrompt prompt;
+    QuietPrompt prompt{true}; // nothing to ask: every recording writes new files
     AppState app{QCoreApplication::applicationDirPath(), prompt};
     NoPower power;
 };
@@ -150,18 +122,18 @@ void BM_TwentyRecordings(benchmark::State &state)
     for (auto _ : state) {
         startRecording();
         runFor(2000);
-        const double firstKb = residentKb();
+        const double firstKb = (ProcessMegabytes("VmRSS:") * 1024);
         while (windows.size() < Streams)
             startRecording();
         runFor(2000);
 
-        const double cpuBefore = cpuSeconds();
+        const double cpuBefore = ProcessCpuSeconds();
         QElapsedTimer wall;
         wall.start();
         runFor(MeasuredSeconds * 1000);
-        const double cpu = cpuSeconds() - cpuBefore;
+        const double cpu = ProcessCpuSeconds() - cpuBefore;
         const double elapsed = double(wall.elapsed()) / 1000;
-        const double allKb = residentKb();
+        const double allKb = (ProcessMegabytes("VmRSS:") * 1024);
         state.SetIterationTime(elapsed);
 
         double least = -1;
@@ -194,14 +166,14 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
         return;
     }
     for (auto _ : state) {
-        const double before = residentKb();
+        const double before = (ProcessMegabytes("VmRSS:") * 1024);
         double peak = before;
         const auto window = setup.startRecording(1);
         QElapsedTimer wall;
         wall.start();
         // A flood fills the disk fast: a few hundred megabytes tell enough.
         runFor(10000, [&] {
-            peak = std::max(peak, residentKb());
+            peak = std::max(peak, (ProcessMegabytes("VmRSS:") * 1024));
             return !window->Recording() || window->Stream().BytesTotal() > 300e6;
         });
         state.SetIterationTime(double(wall.elapsed()) / 1000);

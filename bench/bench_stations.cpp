@@ -1,10 +1,11 @@
 // The main window over a generated catalogue of 100,000 stations: filling the
 // grid, filtering, one search step, a heading click, memory, and what a scroll
 // repaints.
+#include "benchsupport.h"
+
 #include "app/appstate.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
-#include "app/prompt.h"
 #include "controls/gridheader.h"
 #include "controls/lynxgrid.h"
 #include "recorder/logindpowercontrol.h"
@@ -34,28 +35,6 @@
 namespace {
 
 constexpr int StationTotal = 100000;
-
-class SilentPrompt : public Prompt
-{
-public:
-    void message(const QString &, const QString &, Icon) override { ++messages; }
-    bool askYesNo(const QString &, const QString &, Icon) override { return false; }
-    QString chooseOpenFile(const QString &, const QString &, const QString &) override { return {}; }
-    int messages = 0;
-};
-
-// Resident and peak memory of the process, in MB, from the kernel's own account.
-double statusMegabytes(const char *field)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith(field))
-            return line.mid(static_cast<qsizetype>(qstrlen(field))).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
-}
 
 // Stations of typical size, with genres, categories and formats spread so
 // that filters keep a realistic share.
@@ -115,7 +94,7 @@ struct MainWindow
         child<QPushButton>("cmdFilter")->click();
     }
 
-    SilentPrompt prompt;
+    QuietPrompt prompt;
     AppState state;
     // No command runs here: the window only needs them to exist.
     DesktopShell shell;
@@ -137,15 +116,15 @@ MainWindow &mainWindow()
 
 void BM_WindowMemory(benchmark::State &state)
 {
-    const double before = statusMegabytes("VmRSS:");
+    const double before = ProcessMegabytes("VmRSS:");
     for (auto _ : state)
         benchmark::DoNotOptimize(mainWindow().grid);
     MainWindow &w = mainWindow();
     if (w.grid->ItemCount() != StationTotal || w.prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     state.counters["rows"] = w.grid->ItemCount();
-    state.counters["rss_MB"] = statusMegabytes("VmRSS:");
-    state.counters["window_and_catalogue_MB"] = statusMegabytes("VmRSS:") - before;
+    state.counters["rss_MB"] = ProcessMegabytes("VmRSS:");
+    state.counters["window_and_catalogue_MB"] = ProcessMegabytes("VmRSS:") - before;
 }
 BENCHMARK(BM_WindowMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
 
@@ -255,6 +234,6 @@ int main(int argc, char **argv)
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     sharedWindow.reset();
-    std::printf("Peak memory: %.1f MB\n", statusMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "recorder/frmtccontrols.h"
 
 #include "controls/roundedframe.h"
+#include "controls/schemebutton.h"
 #include "controls/themedprogressbar.h"
 
 #include "recorder/icystream.h"
@@ -177,13 +178,15 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addWidget(buildInputs());
     top->addWidget(buildStatus());
 
-    cmdRecord = named(new QPushButton(CaptionRecord), QStringLiteral("cmdRecord"));
+    auto *record = named(new SchemeButton(CaptionRecord), QStringLiteral("cmdRecord"));
+    record->SetAccent(true);
+    cmdRecord = record;
     cmdRecord->setDefault(true);
     cmdRecord->setMinimumWidth(110);
-    cmdMonitor = named(new QPushButton(QStringLiteral("Monitor")), QStringLiteral("cmdMonitor"));
+    cmdMonitor = named(new SchemeButton(QStringLiteral("Monitor")), QStringLiteral("cmdMonitor"));
     cmdMonitor->setCheckable(true);
-    cmdSchedule = named(new QPushButton(QStringLiteral("Schedule...")), QStringLiteral("cmdSchedule"));
-    cmdStations = named(new QPushButton(QStringLiteral("Stations")), QStringLiteral("cmdStations"));
+    cmdSchedule = named(new SchemeButton(QStringLiteral("Schedule...")), QStringLiteral("cmdSchedule"));
+    cmdStations = named(new SchemeButton(QStringLiteral("Stations")), QStringLiteral("cmdStations"));
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdRecord);
     buttons->addWidget(cmdMonitor);

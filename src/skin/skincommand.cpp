@@ -8,12 +8,14 @@
 
 SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_theme(theme) {}
 
-bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw)
+bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
+                      const std::function<int(QDialog &)> &runModal)
 {
     FrmSkin2 dialog(m_skin.InstallFolder(), m_skin.SkinFile(), mainWindow);
     dialog.setWindowTitle(QStringLiteral("Select a Skin"));
     dialog.setWindowIcon(mainWindow->windowIcon());
-    if (dialog.exec() != QDialog::Accepted)
+    dialog.setModal(true);
+    if ((runModal ? runModal(dialog) : dialog.exec()) != QDialog::Accepted)
         return false;
     Apply(dialog.ChosenTheme(), dialog.ChosenSkin(), redraw);
     return true;

@@ -5,6 +5,7 @@
 #include <functional>
 
 class ModAppSkin;
+class QDialog;
 class QWidget;
 class cSkinParam;
 
@@ -18,7 +19,9 @@ public:
     // Shows the chooser modally over the main window. Unless cancelled: applies
     // the theme, lets the main window re-apply its own colours (redraw), then
     // starts the chosen skin or turns skinning off. Returns false when cancelled.
-    bool Run(QWidget *mainWindow, const std::function<void()> &redraw);
+    // runModal shows the chooser and gives its result (QDialog::exec when empty).
+    bool Run(QWidget *mainWindow, const std::function<void()> &redraw,
+             const std::function<int(QDialog &)> &runModal = {});
 
     // The part after the dialog: skinName is a file in the installation
     // folder, "{no skin}", or empty to leave the skin as it is.

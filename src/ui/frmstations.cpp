@@ -5,7 +5,8 @@
 #include "app/conversions.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
-#include "skin/skincommand.h"
+#include "controls/roundedframe.h"
+#include "controls/schemebutton.h"
 #include "ui/frmlisten.h"
 #include "ui/mainplayer.h"
 #include "ui/stationplayer.h"
@@ -15,13 +16,11 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
-#include <QFrame>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -54,7 +53,6 @@ const QStringList RatingEntries = {QString(), QStringLiteral("1"), QStringLitera
                                    QStringLiteral("4"), QStringLiteral("5")};
 const QStringList RatingEditorEntries = RatingEntries.mid(1);
 
-const QString LaterTip = QStringLiteral("Coming in a later version");
 const QString PlayKey = QStringLiteral("Play");
 
 QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
@@ -66,9 +64,9 @@ QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
     return combo;
 }
 
-QPushButton *newButton(QWidget *parent, const char *name, const QString &text)
+SchemeButton *newButton(QWidget *parent, const char *name, const QString &text)
 {
-    auto *button = new QPushButton(text, parent);
+    auto *button = new SchemeButton(text, parent);
     button->setObjectName(QLatin1StringView(name));
     button->setAutoDefault(false);
     // Narrower than the style's dialog-button minimum, so that the window fits small screens.
@@ -108,14 +106,15 @@ FrmStations::FrmStations(AppState &state, StationCommands::Services services, Me
 {
     setObjectName(QStringLiteral("FrmStations"));
     setWindowTitle(AppState::AppTitle);
-    m_commands = new StationCommands(state, *this, services, this);
     buildControls();
     setAccessibleNames();
     buildPlayer();
+    m_commands = new StationCommands(state, *this, *m_player, std::move(services), this);
+    connectCommands();
 
     // Load, in its fixed order.
     m_cboRating->addItems(RatingEditorEntries);
-    applyTheme();
+    ApplyColors();
     createColumns();
     FillGrid();
     fillFilterLists();
@@ -183,11 +182,12 @@ void FrmStations::buildControls()
     // The window can shrink to what its controls need, and no further.
     outer->setSizeConstraint(QLayout::SetMinimumSize);
 
-    auto *fraFilter = new QFrame(this);
+    auto *fraFilter = new RoundedFrame({}, this);
     fraFilter->setObjectName(QStringLiteral("fraFilter"));
-    fraFilter->setFrameShape(QFrame::StyledPanel);
+    fraFilter->setAccessibleName(tr("Filter"));
     auto *filters = new QHBoxLayout(fraFilter);
-    filters->setContentsMargins(10, 6, 10, 6);
+    // The frame's own margins already leave room round its panel.
+    filters->setContentsMargins(0, 0, 0, 0);
     filters->setSpacing(6);
     m_cmbGenre = newCombo(fraFilter, "cmbGenre", 90);
     m_cmbCategory = newCombo(fraFilter, "cmbCategory", 100);
@@ -204,8 +204,7 @@ void FrmStations::buildControls()
         filters->addWidget(combo);
         filters->addSpacing(4);
     }
-    auto *cmdFilter = newButton(fraFilter, "cmdFilter", tr("Filter"));
-    filters->addWidget(cmdFilter);
+    filters->addWidget(newButton(fraFilter, "cmdFilter", tr("Filter")));
     filters->addStretch(1);
     m_txtSearch = new QLineEdit(fraFilter);
     m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
@@ -213,10 +212,8 @@ void FrmStations::buildControls()
     m_txtSearch->setClearButtonEnabled(true);
     m_txtSearch->setMinimumWidth(100);
     filters->addWidget(m_txtSearch, 1);
-    auto *cmdSearch = newButton(fraFilter, "cmdSearch", tr("Search"));
-    filters->addWidget(cmdSearch);
-    auto *cmdSearchWww = newButton(fraFilter, "cmdSearchWww", tr("Search Web"));
-    filters->addWidget(cmdSearchWww);
+    filters->addWidget(newButton(fraFilter, "cmdSearch", tr("Search")));
+    filters->addWidget(newButton(fraFilter, "cmdSearchWww", tr("Search Web")));
     outer->addWidget(fraFilter);
 
     auto *gfxOption = new QWidget(this);
@@ -236,14 +233,10 @@ void FrmStations::buildControls()
             commands->addSpacing(14);
             continue;
         }
-        QPushButton *button = newButton(gfxOption, name, text);
-        commands->addWidget(button);
+        commands->addWidget(newButton(gfxOption, name, text));
     }
-    for (const char *later : {"cmdListen", "cmdReplay", "cmdSkin"}) {
-        auto *button = gfxOption->findChild<QPushButton *>(QLatin1StringView(later));
-        button->setEnabled(false);
-        button->setToolTip(LaterTip);
-    }
+    // The window's main action stands out.
+    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->SetAccent(true);
     commands->addStretch(1);
     outer->addWidget(gfxOption);
 
@@ -269,28 +262,6 @@ void FrmStations::buildControls()
     m_cboRating->setObjectName(QStringLiteral("cboRating"));
     m_cboRating->hide();
 
-    connect(cmdFilter, &QPushButton::clicked, this, &FrmStations::cmdFilter_Click);
-    connect(cmdSearch, &QPushButton::clicked, this, &FrmStations::cmdSearch_Click);
-    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
-    connect(cmdSearchWww, &QPushButton::clicked, this,
-            [this] { m_commands->SearchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
-    const auto command = [gfxOption](const char *name) {
-        return gfxOption->findChild<QPushButton *>(QLatin1StringView(name));
-    };
-    connect(command("cmdSettings"), &QPushButton::clicked, this, &FrmStations::cmdSettings_Click);
-    connect(command("cmdRecord"), &QPushButton::clicked, m_commands, &StationCommands::Record);
-    connect(command("cmdCopy"), &QPushButton::clicked, m_commands, &StationCommands::Copy);
-    connect(command("cmdDel"), &QPushButton::clicked, m_commands, &StationCommands::Delete);
-    connect(command("cmdInfo"), &QPushButton::clicked, m_commands, &StationCommands::Info);
-    connect(command("cmdLoadPls"), &QPushButton::clicked, m_commands, &StationCommands::LoadPls);
-    connect(command("cmdTrim"), &QPushButton::clicked, m_commands, &StationCommands::Trim);
-    connect(command("cmdAbout"), &QPushButton::clicked, m_commands, &StationCommands::About);
-    auto *cmdSkin = command("cmdSkin");
-    cmdSkin->setEnabled(true);
-    cmdSkin->setToolTip({});
-    connect(cmdSkin, &QPushButton::clicked, this, [this] {
-        SkinCommand(m_state.skin, m_state.skinParam).Run(this, [this] { applyTheme(); });
-    });
     // The grid hands answers back through references: these must stay direct connections.
     connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
@@ -298,6 +269,29 @@ void FrmStations::buildControls()
 
     // The grid's width is read when the columns are made: give it its real size first.
     outer->activate();
+}
+
+void FrmStations::connectCommands()
+{
+    const auto clicked = [this](const char *name, auto slot) {
+        connect(findChild<SchemeButton *>(QLatin1StringView(name)), &QPushButton::clicked, this, slot);
+    };
+    clicked("cmdFilter", &FrmStations::cmdFilter_Click);
+    clicked("cmdSearch", &FrmStations::cmdSearch_Click);
+    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
+    clicked("cmdSearchWww",
+            [this] { m_commands->SearchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
+    clicked("cmdSettings", &FrmStations::cmdSettings_Click);
+    clicked("cmdRecord", [this] { m_commands->Record(); });
+    clicked("cmdListen", [this] { m_commands->Listen(); });
+    clicked("cmdReplay", [this] { m_commands->Replay(); });
+    clicked("cmdCopy", [this] { m_commands->Copy(); });
+    clicked("cmdDel", [this] { m_commands->Delete(); });
+    clicked("cmdInfo", [this] { m_commands->Info(); });
+    clicked("cmdLoadPls", [this] { m_commands->LoadPls(); });
+    clicked("cmdTrim", [this] { m_commands->Trim(); });
+    clicked("cmdSkin", [this] { m_commands->Skin(); });
+    clicked("cmdAbout", [this] { m_commands->About(); });
 }
 
 // Names for screen readers where a control's caption does not say what it is:
@@ -313,7 +307,7 @@ void FrmStations::setAccessibleNames()
     m_grid->setAccessibleName(tr("Stations"));
 }
 
-void FrmStations::applyTheme()
+void FrmStations::ApplyColors()
 {
     const ThemeColors &colors = m_state.skinParam.Colors();
     setPalette(ThemePalette(colors));
@@ -578,7 +572,8 @@ void FrmStations::closeEvent(QCloseEvent *event)
 
     if (changed > 0)
         m_state.catalogue.Dirty = true;
-    // The recordings started from the list end with it, their files complete.
-    m_commands->CloseRecorders();
+    // A station check ends, and the recordings started from the list end
+    // with it, their files complete.
+    m_commands->Unload();
     emit unloaded();
 }

@@ -14,7 +14,6 @@ class LynxGrid;
 class QBoxLayout;
 class QComboBox;
 class QLineEdit;
-class QPushButton;
 class StationPlayer;
 class ucPlayBar;
 
@@ -51,7 +50,7 @@ public:
                 QWidget *parent = nullptr);
 
     // A new listening window, not yet shown, whose played stations reach StationPlayed.
-    FrmListen *CreateListenWindow();
+    FrmListen *CreateListenWindow() override;
     // A listening window's news: kind 1 means the station of row started to
     // play on date, which becomes its LastDate.
     void StationPlayed(int kind, int row, const QString &date);
@@ -67,7 +66,7 @@ protected:
 
 private:
     void buildControls();
-    void applyTheme();
+    void connectCommands();
     void createColumns();
     void fillFilterLists();
     void setAccessibleNames();
@@ -79,6 +78,7 @@ private:
     void FillRow(int row, int index) override;
     void CommitEdits() override;
     void ForgetEdits() override;
+    void ApplyColors() override;
 
     // Writes every row with a changed cell back into its station and clears
     // the marks; returns the changed cells.

@@ -41,7 +41,9 @@ void MainPlayer::PlayKey(const QString &key)
     m_state.trace.Trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
                         wmp1.status());
     if (key == KeyPlay) {
-        if (wmp1.playState() == MediaPlayer::Paused)
+        // Right after a stop the player may still say Paused; an emptied
+        // player has nothing to resume.
+        if (wmp1.playState() == MediaPlayer::Paused && !wmp1.URL().isEmpty())
             wmp1.play();
         else if (!StartCurrentStation())
             ucPlayBar1.SetState(KeyStop);
@@ -64,12 +66,14 @@ void MainPlayer::ShowState(const QString &state)
 
 int MainPlayer::PlayState() const
 {
-    return wmp1.playState();
+    // While the playlist is on its way the station is being prepared, although
+    // wmp1 itself still tells the end of what played before.
+    return m_fetching ? int(MediaPlayer::Transitioning) : wmp1.playState();
 }
 
 void MainPlayer::Silence()
 {
-    FileDLMain->Cancel(TagPlaying);
+    cancelFetch();
     wmp1.close();
     wmp1.setURL({});
     wmp1.stop();
@@ -100,13 +104,20 @@ bool MainPlayer::StartCurrentStation()
 
 void MainPlayer::FetchPlaylist(const QString &address)
 {
+    m_fetching = true;
     FileDLMain->BeginDownload(QUrl::fromUserInput(PlaylistFetch::DownloadAddress(address)), TagPlaying);
+}
+
+void MainPlayer::cancelFetch()
+{
+    FileDLMain->Cancel(TagPlaying);
+    m_fetching = false;
 }
 
 void MainPlayer::StopPlayback()
 {
     // A playlist still on its way would start the station after the stop.
-    FileDLMain->Cancel(TagPlaying);
+    cancelFetch();
     wmp1.setURL({});
     ucPlayBar1.SetState(KeyStop);
     ucPlayBar1.SetCaption({});
@@ -117,7 +128,10 @@ void MainPlayer::wmp1_PlayStateChange(int state)
 {
     switch (state) {
     case MediaPlayer::Stopped:
-        StopPlayback();
+        // While a playlist is fetched wmp1 holds nothing: a stop it tells
+        // then belongs to what played before, not to the station starting.
+        if (!m_fetching)
+            StopPlayback();
         break;
     case MediaPlayer::Paused:
         if (!m_playingName.isEmpty())
@@ -142,6 +156,7 @@ void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArra
 {
     if (key != TagPlaying)
         return;
+    m_fetching = false;
     const QString stream = PlaylistFetch::StreamFromPlaylist(body);
     if (stream.isEmpty()) {
         const QString name = m_playingName;
@@ -156,6 +171,7 @@ void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArra
 void MainPlayer::FileDLMain_DownloadError(const QString &key, int statusCode, const QString &statusText)
 {
     if (key == TagPlaying) {
+        m_fetching = false;
         ucPlayBar1.SetCaption(QStringLiteral("PLS error: ") + QString::number(statusCode) +
                               QStringLiteral(": ") + statusText);
     } else {

@@ -30,6 +30,7 @@ public:
 
     void PlayKey(const QString &key) override;
     void ShowState(const QString &state) override;
+    void StopPlayback() override;
     int PlayState() const override;
     bool Scanning() const override { return m_scanning; }
     void SetScanning(bool scanning) override { m_scanning = scanning; }
@@ -39,7 +40,7 @@ private:
     // True when something was started (a stream, or the fetch of its playlist).
     bool StartCurrentStation();
     void FetchPlaylist(const QString &address);
-    void StopPlayback();
+    void cancelFetch();
 
     void wmp1_PlayStateChange(int state);
     void FileDLMain_DownloadComplete(const QString &key, const QByteArray &body);
@@ -54,4 +55,5 @@ private:
     QString m_playingAddress;
     QString m_playingName;
     bool m_scanning = false;
+    bool m_fetching = false; // the playlist of the station starting is on its way
 };

@@ -8,7 +8,9 @@
 #include "app/shell.h"
 #include "controls/lynxgrid.h"
 #include "recorder/frmtc.h"
+#include "skin/skincommand.h"
 #include "ui/frmabout.h"
+#include "ui/frmlisten.h"
 #include "ui/frmstations.h"
 #include "ui/websearch.h"
 
@@ -24,7 +26,7 @@
 namespace {
 
 // The click has finished by the time the tick opens the window.
-constexpr int TimerRecordInterval = 10;
+constexpr int TimerInterval = 10;
 
 // A control of the recorder window by its name.
 template <typename T> T &control(FrmTC &window, const char *name)
@@ -37,14 +39,32 @@ template <typename T> T &control(FrmTC &window, const char *name)
 
 } // namespace
 
-StationCommands::StationCommands(AppState &state, StationListHost &list, Services services, QWidget *owner)
-    : QObject(owner), m_state(state), m_list(list), m_services(services), m_owner(owner),
-      TimerRecord(new QTimer(this))
+StationCommands::StationCommands(AppState &state, StationListHost &list, StationPlayer &player,
+                                 Services services, QWidget *owner)
+    : QObject(owner), m_state(state), m_list(list), m_services(std::move(services)), m_owner(owner),
+      TimerRecord(new QTimer(this)), TimerListen(new QTimer(this)),
+      m_check(new StationCheck(state.catalogue, list, player, m_services.checkTiming, this))
 {
-    TimerRecord->setObjectName(QStringLiteral("TimerRecord"));
-    TimerRecord->setSingleShot(true);
-    TimerRecord->setInterval(TimerRecordInterval);
+    const std::pair<QTimer *, const char *> timers[] = {{TimerRecord, "TimerRecord"},
+                                                        {TimerListen, "TimerListen"}};
+    for (const auto &[timer, name] : timers) {
+        timer->setObjectName(QLatin1StringView(name));
+        timer->setSingleShot(true);
+        timer->setInterval(TimerInterval);
+    }
     connect(TimerRecord, &QTimer::timeout, this, &StationCommands::TimerRecord_Timer);
+    connect(TimerListen, &QTimer::timeout, this, &StationCommands::TimerListen_Timer);
+}
+
+QString StationCommands::FileTitle(const QString &path)
+{
+    const qsizetype cut = qMax(path.lastIndexOf(u'\\'), path.lastIndexOf(u'/'));
+    return path.mid(cut + 1);
+}
+
+int StationCommands::runModal(QDialog &dialog) const
+{
+    return m_services.runModal ? m_services.runModal(dialog) : dialog.exec();
 }
 
 QString StationCommands::currentCell(int column) const
@@ -53,15 +73,20 @@ QString StationCommands::currentCell(int column) const
     return grid.CellText(grid.Row(), grid.ColPosition(column));
 }
 
+int StationCommands::selectedRow(const QString &noStation) const
+{
+    const int row = m_list.Grid().Row();
+    if (row < 0)
+        m_state.prompt.message(noStation, AppState::AppTitle, Prompt::Icon::Information);
+    return row;
+}
+
 void StationCommands::Record()
 {
-    LynxGrid &grid = m_list.Grid();
-    const int row = grid.Row();
-    if (row < 0) {
-        m_state.prompt.message(RecordNoStation, AppState::AppTitle, Prompt::Icon::Information);
+    const int row = selectedRow(RecordNoStation);
+    if (row < 0)
         return;
-    }
-    m_list.WriteBack(row, grid.ItemData(row));
+    m_list.WriteBack(row, m_list.Grid().ItemData(row));
     TimerRecord->start();
 }
 
@@ -86,10 +111,55 @@ void StationCommands::TimerRecord_Timer()
     window->show();
 }
 
-void StationCommands::CloseRecorders()
+void StationCommands::Listen()
 {
+    const int row = selectedRow(ListenNoStation);
+    if (row < 0)
+        return;
+    const int index = m_list.Grid().ItemData(row);
+    if (index < 1)
+        return;
+    m_list.WriteBack(row, index);
+    m_listenTag = currentCell(FrmStations::ColStreamUrl);
+    m_listenRow = row;
+    TimerListen->start();
+}
+
+void StationCommands::Replay()
+{
+    const QString path = m_state.prompt.chooseOpenFile(tr("Replay a Recording"), AppPaths::RecordingsFolder(),
+                                                       RecordingFilter);
+    if (path.isEmpty())
+        return;
+    m_listenTag = path;
+    TimerListen->start();
+}
+
+void StationCommands::TimerListen_Timer()
+{
+    TimerListen->stop();
+    if (m_listenTag.isEmpty())
+        return;
+    FrmListen *window = m_list.CreateListenWindow();
+    window->ListenRow = m_listenRow;
+    window->ListenUrl = m_listenTag;
+    if (m_listenRow < 0) {
+        window->ListenTitle = FileTitle(m_listenTag);
+    } else {
+        const LynxGrid &grid = m_list.Grid();
+        window->ListenTitle = grid.CellText(m_listenRow, grid.ColPosition(FrmStations::ColStation));
+    }
+    window->show();
+    window->Play();
+    m_listenRow = -1;
+}
+
+void StationCommands::Unload()
+{
+    m_check->Abort();
     // A click still waiting for its tick opens nothing once the list is gone.
     TimerRecord->stop();
+    TimerListen->stop();
     const QList<QPointer<FrmTC>> opened = std::exchange(m_recorders, {});
     for (auto window = opened.crbegin(); window != opened.crend(); ++window) {
         if (*window)
@@ -161,9 +231,18 @@ void StationCommands::DeleteAll()
 
 void StationCommands::Info()
 {
-    // Left Shift and left Ctrl start the station check, which needs the player.
-    if (m_services.keys.IsDown(KeyState::LeftShift) || m_services.keys.IsDown(KeyState::LeftControl))
+    if (m_check->Running()) {
+        m_check->Stop();
         return;
+    }
+    if (m_services.keys.IsDown(KeyState::LeftShift)) {
+        m_check->Start(StationCheck::Mode::CheckAll);
+        return;
+    }
+    if (m_services.keys.IsDown(KeyState::LeftControl)) {
+        m_check->Start(StationCheck::Mode::FindNext);
+        return;
+    }
     const QString address = currentCell(FrmStations::ColInfoUrl);
     if (address.size() > 1)
         m_services.shell.OpenDocument(address);
@@ -208,10 +287,17 @@ void StationCommands::Trim()
         m_state.prompt.message(TrimNotStarted.arg(command), AppState::AppTitle, Prompt::Icon::Warning);
 }
 
+void StationCommands::Skin()
+{
+    const auto redraw = [this] { m_list.ApplyColors(); };
+    const auto run = [this](QDialog &dialog) { return runModal(dialog); };
+    SkinCommand(m_state.skin, m_state.skinParam).Run(m_owner, redraw, run);
+}
+
 void StationCommands::About()
 {
     frmAbout dialog(m_services.shell, m_owner);
-    dialog.exec();
+    runModal(dialog);
 }
 
 void StationCommands::SearchWww(const QString &text, const QString &genre)

@@ -13,6 +13,9 @@ public:
     virtual void PlayKey(const QString &key) = 0;
     // Sets the play bar's look ("play" or "stop", any letter case) without a key.
     virtual void ShowState(const QString &state) = 0;
+    // Stops playback and clears the caption; unlike the "Stop" key it leaves
+    // the station check's flag alone.
+    virtual void StopPlayback() = 0;
     // The player's play state, in the player's numbering.
     virtual int PlayState() const = 0;
     // The station check's flag: set while a check runs; the "Stop" key clears it.

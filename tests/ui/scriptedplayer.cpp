@@ -26,8 +26,8 @@ void ScriptedPlayer::enter(int state)
 void ScriptedPlayer::enterLater(int state)
 {
     // The real player tells changes only.
-    QTimer::singleShot(0, this, [this, state] {
-        if (m_state != state)
+    QTimer::singleShot(0, this, [this, state, media = m_urlsSet] {
+        if (m_state != state && media == m_urlsSet)
             enter(state);
     });
 }
@@ -36,6 +36,7 @@ void ScriptedPlayer::setURL(const QString &url)
 {
     log << QStringLiteral("URL=") + url;
     m_url = url;
+    ++m_urlsSet;
     if (url.isEmpty())
         enterLater(Stopped);
     else if (onOpen)

@@ -28,7 +28,8 @@ public:
     // Called after every non-empty URL: the test's script of what the media does.
     std::function<void(ScriptedPlayer &)> onOpen;
     // Enters state from the event loop, as the real player does, unless the
-    // player is in that state by then.
+    // player is in that state by then or has been given another URL since:
+    // like the real one, it tells only the states of its current media.
     void enterLater(int state);
 
     QStringList log;
@@ -52,6 +53,7 @@ public:
 
 private:
     QString m_url;
+    int m_urlsSet = 0;
     int m_state = Undefined;
     bool m_mute = false;
     int m_volume = 100;

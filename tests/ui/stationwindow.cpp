@@ -55,10 +55,11 @@ QString StationWindowTest::catalogueText() const
                               (bytes.size() - 2) / 2);
 }
 
-void StationWindowTest::open()
+void StationWindowTest::open(const MediaPlayerFactory &factory)
 {
-    window = std::make_unique<FrmStations>(*state, StationCommands::Services{shell, keys, power},
-                                           ScriptedPlayer::Factory(players));
+    window = std::make_unique<FrmStations>(
+        *state, StationCommands::Services{shell, keys, power, checkTiming, runModal},
+        factory ? factory : ScriptedPlayer::Factory(players));
     startup = std::make_unique<Startup>(*state, windows);
     QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
     window->show();

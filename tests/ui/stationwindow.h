@@ -60,7 +60,8 @@ protected:
     // The catalogue file as text.
     QString catalogueText() const;
 
-    void open();
+    // Opens the main window; its players are scripted unless factory makes them.
+    void open(const MediaPlayerFactory &factory = {});
 
     template <typename T = QWidget> T *child(const char *name) const
     {
@@ -78,6 +79,10 @@ protected:
     void filter(const char *genre, const char *category, const char *type, const char *rating);
     void editText(int row, Col column, const QString &text);
 
+    // Quick: a station that never answers costs a fifth of a second.
+    StationCheck::Timing checkTiming{2, 101};
+    // Plays the user at modal dialogs; empty runs them for real.
+    std::function<int(QDialog &)> runModal;
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;

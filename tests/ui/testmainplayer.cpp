@@ -146,6 +146,25 @@ TEST_F(MainPlayerTest, PlayWhilePausedResumes)
     EXPECT_EQ(traced.last(), u"PlayBar1: Key = Play, wmp1.Status=scripted 2"_s);
 }
 
+TEST_F(MainPlayerTest, AStationStartedRightAfterAStopStartsInsteadOfResumingOrStopping)
+{
+    StationPlayer &player = window->Player();
+    press(Direct);
+    button("cmdDSPause")->click();
+    ASSERT_TRUE(waitUntil([&] { return wmp1->playState() == MediaPlayer::Paused; }, 2000));
+    player.StopPlayback();
+    press(Direct);
+    EXPECT_EQ(wmp1->log.last(), u"URL=http://127.0.0.1:9/direct"_s) << "not resumed";
+
+    // The stop arrives while the playlist is fetched: it must not end the start.
+    wmp1->enter(MediaPlayer::Playing);
+    player.StopPlayback();
+    press(Listed);
+    EXPECT_EQ(player.PlayState(), MediaPlayer::Transitioning);
+    EXPECT_TRUE(waitUntil([&] { return wmp1->URL() == u"http://one.test/s"; }, 5000));
+    EXPECT_EQ(bar->Caption(), u"Scanning for: Listed FM"_s);
+}
+
 TEST_F(MainPlayerTest, MuteHoldsThroughVolumeChanges)
 {
     auto *slider = bar->findChild<ucSlider *>(u"ucSlider1"_s);

@@ -4,10 +4,14 @@
 #include "app/apppaths.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
+#include "controls/roundedframe.h"
+#include "controls/schemebutton.h"
 #include "recorder/frmtc.h"
+#include "skin/frmskin2.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/frmabout.h"
+#include "ui/frmlisten.h"
 #include "ui/websearch.h"
 
 #include <QAccessible>
@@ -18,6 +22,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
 #include <QTimer>
@@ -55,7 +60,52 @@ protected:
     }
 
     static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    void SetUp() override
+    {
+        StationWindowTest::SetUp();
+        // Modal dialogs are answered by the test instead of a modal loop.
+        runModal = [this](QDialog &dialog) {
+            EXPECT_TRUE(dialog.isModal());
+            EXPECT_EQ(dialog.parentWidget(), window.get());
+            modalTitles << dialog.windowTitle();
+            if (modalAnswer)
+                modalAnswer(dialog);
+            return dialog.result();
+        };
+    }
+
+    // Clicks a button and lets TimerListen tick; gives the listening window it opened, if any.
+    FrmListen *listen(const char *button)
+    {
+        const QList<FrmListen *> before = window->findChildren<FrmListen *>();
+        click(button);
+        auto *timer = window->findChild<QTimer *>(u"TimerListen"_s);
+        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
+        for (FrmListen *opened : window->findChildren<FrmListen *>()) {
+            if (!before.contains(opened))
+                return opened;
+        }
+        return nullptr;
+    }
+
+    std::function<void(QDialog &)> modalAnswer;
+    QStringList modalTitles;
 };
+
+TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
+{
+    const std::pair<QString, QString> rows[] = {
+        {u"C:\\Data\\Rec\\take.mp3"_s, u"take.mp3"_s},
+        {u"/home/u/Rec/my take.mp3"_s, u"my take.mp3"_s},
+        {u"/home/u/odd\\name.mp3"_s, u"name.mp3"_s},
+        {u"C:\\Rec/take.mp3"_s, u"take.mp3"_s},
+        {u"Rec\\"_s, QString()},
+        {u"take.mp3"_s, u"take.mp3"_s},
+    };
+    for (const auto &[path, title] : rows)
+        EXPECT_EQ(StationCommands::FileTitle(path), title) << path.toStdString();
+}
 
 TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
 {
@@ -218,10 +268,7 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     click("cmdInfo");
     EXPECT_TRUE(shell.opened.isEmpty()) << "no row; a one-character address";
     grid->GotoCell(0, 1);
-    click("cmdInfo", LeftShiftKey);
-    click("cmdInfo", LeftControlKey);
-    EXPECT_TRUE(shell.opened.isEmpty()) << "the station check's keys";
-    click("cmdInfo", RightShiftKey);
+    click("cmdInfo", RightShiftKey); // no key of the station check
     EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
 
     shell.opened.clear();
@@ -237,19 +284,78 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
 
     shell.opened.clear();
     QString version;
-    QTimer::singleShot(0, window.get(), [&version] {
-        QWidget *about = QApplication::activeModalWidget();
-        version = about->findChild<QLabel *>(u"lblVersion"_s)->text();
+    modalAnswer = [&version](QDialog &about) {
+        version = about.findChild<QLabel *>(u"lblVersion"_s)->text();
         for (const char *link : {"lnkData", "lnkRec"}) {
-            auto *label = about->findChild<QLabel *>(QLatin1StringView(link));
+            auto *label = about.findChild<QLabel *>(QLatin1StringView(link));
             emit label->linkActivated(label->text().section(u'"', 1, 1));
         }
-        about->close();
-    });
+    };
     click("cmdAbout");
     EXPECT_EQ(version, u"Version "_s + frmAbout::Version());
     EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::DataFolder()).toString(),
                                          QUrl::fromLocalFile(AppPaths::RecordingsFolder()).toString()}));
+}
+
+TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
+{
+    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(listen("cmdListen"), nullptr);
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::ListenNoStation});
+    EXPECT_EQ(prompt.shown.value(0).title, AppState::AppTitle);
+    EXPECT_EQ(prompt.shown.value(0).icon, Prompt::Icon::Information);
+    grid->GotoCell(5, 1);
+    EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
+    EXPECT_EQ(prompt.shown.size(), 1);
+
+    // The row as shown is written back first and names the window.
+    grid->GotoCell(2, 1);
+    grid->SetCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
+    FrmListen *station = listen("cmdListen");
+    ASSERT_NE(station, nullptr);
+    EXPECT_EQ(state->catalogue.at(3).Name, u"Jazz Cafe Two"_s);
+    EXPECT_TRUE(station->isVisible());
+    EXPECT_EQ(station->ListenRow, 2);
+    EXPECT_EQ(station->ListenTitle, u"Jazz Cafe Two"_s);
+    EXPECT_EQ(station->windowTitle(), u"Connecting to: Jazz Cafe Two"_s);
+    EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
+
+    // Replay starts in the recordings folder; the listen row is back at -1.
+    EXPECT_EQ(listen("cmdReplay"), nullptr) << "cancelled";
+    const QString recording = AppPaths::RecordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
+    prompt.files = {recording};
+    FrmListen *file = listen("cmdReplay");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(file->ListenRow, FrmListen::FileRow);
+    EXPECT_EQ(file->ListenUrl, recording);
+    EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
+    EXPECT_EQ(file->MPlayer().URL(), recording);
+}
+
+TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    ASSERT_EQ(state->skinParam.ThemeIndex(), cSkinParam::BlackNight);
+    const auto windowColor = [this] { return window->palette().color(QPalette::Window); };
+    const QColor night = windowColor();
+    // Cancelled, although the chooser shows another theme.
+    click("cmdSkin");
+    EXPECT_EQ(state->skinParam.ThemeIndex(), cSkinParam::BlackNight);
+    EXPECT_EQ(windowColor(), night);
+
+    modalAnswer = [](QDialog &dialog) {
+        ASSERT_NE(qobject_cast<FrmSkin2 *>(&dialog), nullptr);
+        dialog.findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(cSkinParam::PaleBlue);
+        dialog.findChild<QListWidget *>(u"List1"_s)->setCurrentRow(0);
+        dialog.findChild<QPushButton *>(u"cmdOk"_s)->click();
+    };
+    click("cmdSkin");
+    EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
+    EXPECT_EQ(state->skinParam.ThemeIndex(), cSkinParam::PaleBlue);
+    EXPECT_EQ(windowColor(), QColor::fromRgba(cSkinParam::PaleBlueColors().Window));
+    EXPECT_FALSE(state->skin.SkinRunning());
 }
 
 TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefills)
@@ -338,6 +444,13 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
     genre->setCurrentText(u"Rock"_s);
     EXPECT_EQ(iface(genre)->text(QAccessible::Name), u"Genre"_s);
     EXPECT_EQ(iface(genre)->text(QAccessible::Value), u"Rock"_s);
+    // The themed panel and buttons read as the standard controls they stand for.
+    EXPECT_EQ(iface(child<RoundedFrame>("fraFilter"))->role(), QAccessible::Grouping);
+    EXPECT_EQ(iface(child("fraFilter"))->text(QAccessible::Name), u"Filter"_s);
+    auto *record = child<SchemeButton>("cmdRecord");
+    EXPECT_TRUE(record->IsAccent());
+    EXPECT_EQ(iface(record)->role(), QAccessible::Button);
+    EXPECT_EQ(iface(record)->text(QAccessible::Name), u"Record"_s);
 
     FrmSettings settings(*state, window.get());
     frmAbout about(shell, window.get());

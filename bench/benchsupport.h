@@ -1,0 +1,29 @@
+#pragma once
+
+#include "app/prompt.h"
+
+// What every benchmark program needs besides what it measures.
+
+// Answers every question the same way and counts messages: a message in a
+// benchmark means the run went wrong.
+class QuietPrompt : public Prompt
+{
+public:
+    explicit QuietPrompt(bool answer = false) : m_answer(answer) {}
+
+    void message(const QString &text, const QString &title, Icon icon) override;
+    bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
+
+    int messages = 0;
+
+private:
+    bool m_answer;
+};
+
+// A figure of this process from the kernel's own account ("VmRSS:" resident,
+// "VmHWM:" peak resident), in MB; 0 where there is no such account.
+double ProcessMegabytes(const char *field);
+
+// CPU time this process has used, user and system, in seconds.
+double ProcessCpuSeconds();
