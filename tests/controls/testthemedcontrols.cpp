@@ -34,45 +34,25 @@ double contrast(const QColor &a, const QColor &b)
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
-QImage paintBar(qreal fraction, const QString &text, const ProgressColors &colors)
+QImage paintBar(qreal fraction, const ProgressColors &colors)
 {
     QImage image(200, 20, QImage::Format_ARGB32);
     image.fill(Qt::black);
     QPainter p(&image);
-    PaintProgress(p, image.rect(), fraction, text, colors);
+    PaintProgress(p, image.rect(), fraction, {}, colors);
     return image;
 }
 
-TEST(ProgressPainter, FillsTheBarToItsFractionWithTheTextCentredAndReadable)
+TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
 {
     const ProgressColors colors = ProgressColors::FromTheme(Themes[0]);
     for (const auto &[fraction, filled] :
          {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
-        const QImage image = paintBar(fraction, {}, colors);
+        const QImage image = paintBar(fraction, colors);
         int count = 0;
         for (int x = 0; x < image.width(); ++x)
             count += image.pixelColor(x, 10) == colors.chunk;
         EXPECT_NEAR(count, filled, 3) << fraction;
-    }
-
-    // The text sits in the middle and takes the colour of what lies under it.
-    for (const auto &[fraction, textColor] : {std::pair{0.0, colors.text}, {1.0, colors.textOnChunk}}) {
-        const QImage bare = paintBar(fraction, {}, colors);
-        const QImage image = paintBar(fraction, u"50%"_s, colors);
-        int left = image.width(), right = -1;
-        bool inTextColour = false;
-        for (int x = 0; x < image.width(); ++x) {
-            for (int y = 0; y < image.height(); ++y) {
-                if (image.pixel(x, y) != bare.pixel(x, y)) {
-                    left = std::min(left, x);
-                    right = std::max(right, x);
-                    inTextColour |= image.pixelColor(x, y) == textColor;
-                }
-            }
-        }
-        ASSERT_GE(right, left) << fraction;
-        EXPECT_NEAR((left + right) / 2.0, image.width() / 2.0, 2) << fraction;
-        EXPECT_TRUE(inTextColour) << fraction;
     }
 
     for (const ThemeColors &theme : Themes) {
