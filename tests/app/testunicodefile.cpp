@@ -86,18 +86,3 @@ TEST_F(UnicodeFile, WriteOverAReadOnlyFileThrowsAndKeepsIt)
     TempProfile::writeFile(parent, "x");
     EXPECT_THROW(ModUnicodeFile::WriteBytes(parent + u"/child"_s, "new", false), AppError);
 }
-
-TEST_F(UnicodeFile, ReadTextGivesTheWholeFileOrFalseAndLeavesTextAlone)
-{
-    const QString file = path("p.pls");
-    TempProfile::writeFile(file, "[playlist]\r\nFile1=http://a/\n");
-    QString text;
-    EXPECT_TRUE(ModUnicodeFile::ReadText(file, text));
-    EXPECT_EQ(text, u"[playlist]\r\nFile1=http://a/\n"_s);
-
-    for (const QString &bad : {path("missing"), profile.root()}) {
-        text = u"kept"_s;
-        EXPECT_FALSE(ModUnicodeFile::ReadText(bad, text)) << bad.toStdString();
-        EXPECT_EQ(text, u"kept"_s);
-    }
-}

@@ -142,16 +142,6 @@ TEST_F(CatalogueFile, TheSecondLineIsTheWholeSeparator)
     expectDamaged(false);
 }
 
-TEST_F(CatalogueFile, CategoryKeysIgnoreCaseAndKeepFirstSeenOrder)
-{
-    CategoryList list;
-    EXPECT_TRUE(list.add(u"Talk"_s));
-    EXPECT_FALSE(list.add(u"TALK"_s));
-    EXPECT_FALSE(list.add(QString()));
-    EXPECT_TRUE(list.add(u"Jazz"_s));
-    EXPECT_EQ(list.items(), (QStringList{QString(), u"Talk"_s, u"Jazz"_s}));
-}
-
 TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
 {
     const struct

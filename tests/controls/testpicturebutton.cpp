@@ -2,8 +2,6 @@
 
 #include "skin/skinparam.h"
 
-#include <QAccessible>
-#include <QAccessibleActionInterface>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
@@ -26,7 +24,6 @@ class PictureButtonTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        button.setAccessibleName(u"Play"_s);
         button.SetPictures({solid(Qt::red), solid(Qt::green), solid(Qt::blue), solid(Qt::gray)});
         host.resize(120, 120);
         button.setGeometry(40, 40, 40, 40);
@@ -72,20 +69,6 @@ TEST_F(PictureButtonTest, InToggleModeAClickKeepsItPressedUntilTheNext)
     ASSERT_EQ(clicks.size(), 2);
     EXPECT_EQ(clicks[0][0].toBool(), true);
     EXPECT_EQ(clicks[1][0].toBool(), false);
-}
-
-TEST_F(PictureButtonTest, ScreenReadersSeeAButtonWhosePressActionClicks)
-{
-    QAccessibleInterface *access = QAccessible::queryAccessibleInterface(&button);
-    ASSERT_NE(access, nullptr);
-    EXPECT_EQ(access->role(), QAccessible::Button);
-    EXPECT_EQ(access->text(QAccessible::Name), u"Play"_s);
-    QAccessibleActionInterface *actions = access->actionInterface();
-    ASSERT_NE(actions, nullptr);
-    ASSERT_TRUE(actions->actionNames().contains(QAccessibleActionInterface::pressAction()));
-    QSignalSpy clicks(&button, &ucPictureButton::clicked);
-    actions->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_TRUE(clicks.size() == 1 || clicks.wait(2000));
 }
 
 TEST_F(PictureButtonTest, GlyphPicturesFollowTheThemeAndCarryDoubleDensityPixels)

@@ -2,8 +2,6 @@
 
 #include "skin/skinparam.h"
 
-#include <QAccessible>
-#include <QAccessibleValueInterface>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTest>
@@ -21,7 +19,6 @@ protected:
     {
         slider.setRange(0, 100);
         slider.setValue(50);
-        slider.setAccessibleName(u"Volume"_s);
         slider.resize(116, 20);
         slider.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&slider));
@@ -60,19 +57,6 @@ TEST_F(SliderTest, DraggingShowsTheValueInATipThatGoesOnRelease)
     EXPECT_EQ(slider.value(), 0) << "held at the end";
     QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(-30));
     EXPECT_FALSE(tip->isVisible());
-}
-
-TEST_F(SliderTest, ScreenReadersSeeASliderWithItsValue)
-{
-    QAccessibleInterface *access = QAccessible::queryAccessibleInterface(&slider);
-    ASSERT_NE(access, nullptr);
-    EXPECT_EQ(access->role(), QAccessible::Slider);
-    EXPECT_EQ(access->text(QAccessible::Name), u"Volume"_s);
-    QAccessibleValueInterface *value = access->valueInterface();
-    ASSERT_NE(value, nullptr);
-    EXPECT_EQ(value->currentValue().toInt(), 50);
-    value->setCurrentValue(70);
-    EXPECT_EQ(slider.value(), 70);
 }
 
 TEST_F(SliderTest, DrawsTheFilledPartOfTheGrooveInTheThemeColour)

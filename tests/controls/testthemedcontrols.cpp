@@ -6,7 +6,6 @@
 #include "skin/skinparam.h"
 
 #include <QAccessible>
-#include <QAccessibleActionInterface>
 #include <QImage>
 #include <QLabel>
 #include <QPainter>
@@ -35,45 +34,25 @@ double contrast(const QColor &a, const QColor &b)
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
-QImage paintBar(qreal fraction, const QString &text, const ProgressColors &colors)
+QImage paintBar(qreal fraction, const ProgressColors &colors)
 {
     QImage image(200, 20, QImage::Format_ARGB32);
     image.fill(Qt::black);
     QPainter p(&image);
-    PaintProgress(p, image.rect(), fraction, text, colors);
+    PaintProgress(p, image.rect(), fraction, {}, colors);
     return image;
 }
 
-TEST(ProgressPainter, FillsTheBarToItsFractionWithTheTextCentredAndReadable)
+TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
 {
     const ProgressColors colors = ProgressColors::FromTheme(Themes[0]);
     for (const auto &[fraction, filled] :
          {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
-        const QImage image = paintBar(fraction, {}, colors);
+        const QImage image = paintBar(fraction, colors);
         int count = 0;
         for (int x = 0; x < image.width(); ++x)
             count += image.pixelColor(x, 10) == colors.chunk;
         EXPECT_NEAR(count, filled, 3) << fraction;
-    }
-
-    // The text sits in the middle and takes the colour of what lies under it.
-    for (const auto &[fraction, textColor] : {std::pair{0.0, colors.text}, {1.0, colors.textOnChunk}}) {
-        const QImage bare = paintBar(fraction, {}, colors);
-        const QImage image = paintBar(fraction, u"50%"_s, colors);
-        int left = image.width(), right = -1;
-        bool inTextColour = false;
-        for (int x = 0; x < image.width(); ++x) {
-            for (int y = 0; y < image.height(); ++y) {
-                if (image.pixel(x, y) != bare.pixel(x, y)) {
-                    left = std::min(left, x);
-                    right = std::max(right, x);
-                    inTextColour |= image.pixelColor(x, y) == textColor;
-                }
-            }
-        }
-        ASSERT_GE(right, left) << fraction;
-        EXPECT_NEAR((left + right) / 2.0, image.width() / 2.0, 2) << fraction;
-        EXPECT_TRUE(inTextColour) << fraction;
     }
 
     for (const ThemeColors &theme : Themes) {
@@ -84,15 +63,11 @@ TEST(ProgressPainter, FillsTheBarToItsFractionWithTheTextCentredAndReadable)
     }
 }
 
-TEST(ThemedProgressBar, IsAProgressBarToScreenReadersAndSetsBackWhenDisabled)
+TEST(ThemedProgressBar, SetsBackItsChunkWhenDisabled)
 {
     ThemedProgressBar bar;
     bar.resize(200, 22);
     bar.setValue(100);
-    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&bar);
-    EXPECT_EQ(accessible->role(), QAccessible::ProgressBar);
-    EXPECT_EQ(accessible->valueInterface()->currentValue().toInt(), 100);
-
     const QPoint inChunk(20, 11);
     EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.Colors().chunk);
     bar.setEnabled(false);
@@ -152,14 +127,6 @@ TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
     button.setDown(true);
     EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].BackSel));
     EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].ForeSel));
-    button.setDown(false);
-
-    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&button);
-    EXPECT_EQ(accessible->role(), QAccessible::Button);
-    EXPECT_EQ(accessible->text(QAccessible::Name), u"Record"_s);
-    QSignalSpy clicks(&button, &QPushButton::clicked);
-    accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_TRUE(clicks.size() == 1 || clicks.wait(2000));
 }
 
 } // namespace

@@ -117,10 +117,9 @@ TEST_F(IcyStreamTest, SmallIntervalsTakeOneEventEachAndABacklogIsWorkedOffAtOnce
     IcyStream stream(flooded);
     stream.OnData(header(m));
     const QByteArray unit = interval("A", m) + char(0);
-    const int intervals = 50 * 1000 * 1000 / unit.size();
+    const int intervals = 3 * IcyStream::BacklogLimit / unit.size();
     stream.OnData(unit.repeated(intervals));
     EXPECT_EQ(stream.ReceiveBufferLength(), 0);
-    EXPECT_EQ(stream.BytesTotal(), double(intervals) * m);
     EXPECT_EQ(flooded.written.size(), qsizetype(intervals) * m);
 }
 
@@ -147,7 +146,7 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
     }
 }
 
-TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrCleanAndDecodedAsUtf8OrLatin1)
+TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrClean)
 {
     EXPECT_TRUE(IcyStream::IsCleanText(QByteArrayView("StreamTitle='A - z';\r\n\0\0", 24)));
     for (const char bad : {'{', '|', '~', '\x7f', '\x01', '\xe9'})
@@ -171,9 +170,6 @@ TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrCleanAndDecodedAsUtf8OrLatin
     };
     for (const auto &row : rows)
         EXPECT_EQ(IcyStream::IsWellFormed(row.block), row.wellFormed) << row.block.toStdString();
-
-    EXPECT_EQ(IcyStream::DecodeText("Beyonc\xc3\xa9"), u"Beyonc\u00e9"_s);
-    EXPECT_EQ(IcyStream::DecodeText("Beyonc\xe9"), u"Beyonc\u00e9"_s);
 }
 
 TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
@@ -251,46 +247,6 @@ TEST_F(IcyStreamTest, WhileLostOnlyWhatAComingBlockNeedsIsKept)
     EXPECT_EQ(host.written, interval("T", 8000).repeated(2));
 }
 
-TEST_F(IcyStreamTest, StationsThatNameNoSongAreRecordedFromTheFirstAudioByte)
-{
-    const QByteArray audio = interval("A", 16) + interval("B", 16) + interval("C", 16);
-    const struct
-    {
-        const char *name;
-        QByteArray stream;
-        QString scan;
-        QByteArray written;
-    } rows[] = {
-        {"empty titles",
-         "icy-metaint:16\r\n\r\n" + interval("A", 16) + block("StreamTitle='';") + interval("B", 16) +
-             block("StreamTitle='';") + interval("C", 16) + '\0',
-         {},
-         audio},
-        {"empty blocks",
-         "icy-metaint:16\r\n\r\n" + interval("A", 16) + '\0' + interval("B", 16) + '\0' + interval("C", 16) +
-             '\0',
-         {},
-         audio},
-        {"no interval", "\r\n" + audio, {}, audio},
-        {"a song scan waits", "\r\n" + audio, u"wanted"_s, {}},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        RecordingHost fresh;
-        fresh.fileOpen = false;
-        fresh.scan = row.scan;
-        IcyStream stream(fresh);
-        stream.OnData(QByteArray("ICY 200 OK\r\nicy-br:128\r\n" + row.stream));
-        for (int i = 0; i < 3; ++i)
-            stream.OnData({});
-        EXPECT_EQ(fresh.calls.value(0), u"continuous"_s);
-        EXPECT_EQ(fresh.calls.count(u"continuous"_s), 1);
-        EXPECT_EQ(fresh.written, row.written);
-        EXPECT_EQ(fresh.waitShown, !row.scan.isEmpty());
-        EXPECT_EQ(stream.BytesTotal(), audio.size());
-    }
-}
-
 TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
 {
     host.scan = u"beatles"_s;
@@ -302,6 +258,17 @@ TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
     EXPECT_EQ(host.calls,
               (QStringList{u"write A.. flush disabled"_s, u"song Queen - Flash"_s, u"write A.. disabled"_s,
                            u"write B.. flush"_s, u"song The BEATLES - Help"_s, u"write B.."_s}));
+
+    // A station that names no song records into one file, but never matches a scan.
+    RecordingHost untitled;
+    untitled.fileOpen = false;
+    untitled.scan = u"wanted"_s;
+    IcyStream stream(untitled);
+    stream.OnData(QByteArray("ICY 200 OK\r\n\r\n" + interval("A", 16)));
+    stream.OnData({});
+    EXPECT_EQ(untitled.calls.value(0), u"continuous"_s);
+    EXPECT_TRUE(untitled.waitShown);
+    EXPECT_TRUE(untitled.written.isEmpty());
 }
 
 TEST_F(IcyStreamTest, AHeaderLikeBlockNamesTheSong)

@@ -80,48 +80,4 @@ TEST_F(RecordingOutputTest, NewSongOpensACleanedFileInSingleSongMode)
     EXPECT_EQ(TempProfile::readFile(out.FileName()), "new");
 }
 
-TEST_F(RecordingOutputTest, ContinuousModeDropsThePlaceholderAndKeepsTheFile)
-{
-    openAt(u"one %SONG%.mp3"_s);
-    out.WriteToDisk("1", true);
-    out.NewSong(u"Title"_s, false, path(u"unused.mp3"_s));
-    out.WriteToDisk("2", true);
-    EXPECT_EQ(out.FileName(), path(u"one .mp3"_s));
-    EXPECT_EQ(TempProfile::readFile(path(u"one %SONG%.mp3"_s)), "12");
-}
-
-TEST_F(RecordingOutputTest, WithoutAnOpenFileWritesAreDroppedAndTheOldFileKept)
-{
-    out.SetWriteEnabled(true);
-    out.WriteToDisk("lost", true);
-    EXPECT_TRUE(out.DiskCache().isEmpty());
-    EXPECT_EQ(out.BlockWrites(), 0);
-
-    openAt(u"kept.mp3"_s);
-    out.WriteToDisk("kept", true);
-    out.NewSong(u"x"_s, true, path(u"missing/folder/%SONG%.mp3"_s));
-    EXPECT_FALSE(out.IsFileOpen());
-    EXPECT_TRUE(out.Error().startsWith(u"Unable to open"_s)) << out.Error().toStdString();
-    EXPECT_TRUE(out.Error().contains(u"missing/folder/x.mp3"_s));
-    out.WriteToDisk("nowhere", true);
-    EXPECT_EQ(out.BlockWrites(), 1);
-    EXPECT_EQ(TempProfile::readFile(path(u"kept.mp3"_s)), "kept");
-    out.ResetCounters();
-    EXPECT_TRUE(out.Error().isEmpty());
-}
-
-TEST_F(RecordingOutputTest, AFullDiskIsKeptAsTheErrorAndEndsTheWrites)
-{
-    out.SetFileName(u"/dev/full"_s);
-    ASSERT_TRUE(out.OpenFile());
-    out.SetWriteEnabled(true);
-    out.WriteToDisk("first", true);
-    EXPECT_TRUE(out.Error().startsWith(u"Unable to write \"/dev/full\""_s)) << out.Error().toStdString();
-    EXPECT_EQ(out.BytesWritten(), 0);
-    const QString first = out.Error();
-    out.WriteToDisk("second", true);
-    EXPECT_EQ(out.BlockWrites(), 1) << "nothing goes out once a write failed";
-    EXPECT_EQ(out.Error(), first);
-}
-
 } // namespace

@@ -7,10 +7,10 @@
 #include "schedule/taskdialog.h"
 #include "schedule/trigger.h"
 #include "schedule/triggers.h"
+#include "support/accessiblenames.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
@@ -38,21 +38,6 @@ template <typename T> T *child(QWidget *parent, const char *name)
     T *widget = parent->findChild<T *>(QLatin1StringView(name));
     EXPECT_NE(widget, nullptr) << name;
     return widget;
-}
-
-// Every control a user can reach says what it is (Qt's inner parts of a
-// control, named "qt_...", speak through the control).
-void expectAccessibleNames(QWidget *window)
-{
-    for (QWidget *widget : window->findChildren<QWidget *>()) {
-        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisibleTo(window) ||
-            widget->objectName().startsWith(u"qt_"_s))
-            continue;
-        QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(widget);
-        ASSERT_NE(accessible, nullptr);
-        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
-            << widget->metaObject()->className() << " " << widget->objectName().toStdString();
-    }
 }
 
 class ScheduleDialogs : public ProfileTest

@@ -337,42 +337,30 @@ TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
 TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
 {
     service.Save(u"shown"_s, recording());
+    // What `systemctl show` prints for the timer, then for the service.
+    const auto show = [](const char *next, const char *last, const char *start, int status,
+                         const char *active) -> QByteArray {
+        return "NextElapseUSecRealtime="_ba + next + "\nLastTriggerUSec=" + last +
+               "\nActiveState=active\n\n" + "ExecMainStartTimestamp=" + start +
+               "\nExecMainStatus=" + QByteArray::number(status) + "\nActiveState=" + active + "\n";
+    };
+    const QDateTime at2115(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc());
+    const char *const at2115Text = "Fri 2031-01-31 21:15:00 UTC";
+    const QDateTime started = QDateTime::fromSecsSinceEpoch(1927487700);
     const struct
     {
-        const char *output;
-        qint32 status;
-        qint32 exitCode;
-        QDateTime last;
-        QDateTime next;
+        QByteArray output;
+        qint32 status, exitCode;
+        QDateTime last, next;
     } rows[] = {
-        {"NextElapseUSecRealtime=Fri 2031-01-31 21:15:00 UTC\nLastTriggerUSec=\nActiveState=active\n\n"
-         "ExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n",
-         TaskStatus::HasNotRun,
-         0,
-         {},
-         QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc())},
-        {"NextElapseUSecRealtime=\nLastTriggerUSec=Fri 2031-01-31 21:15:00 UTC\nActiveState=active\n\n"
-         "ExecMainStartTimestamp=@1927487700\nExecMainStatus=0\nActiveState=active\n",
-         TaskStatus::Running,
-         0,
-         QDateTime::fromSecsSinceEpoch(1927487700),
-         {}},
-        {"NextElapseUSecRealtime=\nLastTriggerUSec=Fri 2031-01-31 21:15:00 UTC\nActiveState=active\n\n"
-         "ExecMainStartTimestamp=\nExecMainStatus=3\nActiveState=failed\n",
-         TaskStatus::NoMoreRuns,
-         3,
-         QDateTime(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc()),
-         {}},
-        {"NextElapseUSecRealtime=\nLastTriggerUSec=\nActiveState=active\n\n"
-         "ExecMainStartTimestamp=\nExecMainStatus=0\nActiveState=inactive\n",
-         TaskStatus::NotScheduled,
-         0,
-         {},
-         {}},
+        {show(at2115Text, "", "", 0, "inactive"), TaskStatus::HasNotRun, 0, {}, at2115},
+        {show("", at2115Text, "@1927487700", 0, "active"), TaskStatus::Running, 0, started, {}},
+        {show("", at2115Text, "", 3, "failed"), TaskStatus::NoMoreRuns, 3, at2115, {}},
+        {show("", "", "", 0, "inactive"), TaskStatus::NotScheduled, 0, {}, {}},
         {"garbage", 0, 0, {}, {}},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.output);
+        SCOPED_TRACE(row.output.toStdString());
         systemctl.showOutput = row.output;
         const TaskRunState state = service.RunState(u"shown"_s);
         EXPECT_EQ(state.Status, row.status);

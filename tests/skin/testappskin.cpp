@@ -1,4 +1,3 @@
-#include "app/apperror.h"
 #include "app/settingsstore.h"
 #include "skin/appskin.h"
 #include "skinfiles.h"
@@ -61,65 +60,27 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
     }
 }
 
-class AppSkinTest : public ProfileTest
+TEST(AppSkin, AStoredSkinStartsAndARefusedOrMissingOneTurnsSkinningOff)
 {
-protected:
-    void SetUp() override
-    {
-        SkinFiles::InstallEngine(profile.installFolder(), Engine::Built);
-        for (const char *name : {"Zelvane.urf", "Ledovec.urf"})
-            QFile::copy(SkinFiles::Shipped(name), install(name));
-    }
-    void TearDown() override { skin.RemoveSkin(); }
-
-    QString install(const char *name) const
-    {
-        return profile.installFolder() + u'/' + QLatin1StringView(name);
-    }
-
-    ModAppSkin skin{profile.installFolder()};
-};
-
-TEST_F(AppSkinTest, TextThatIsNoBooleanStopsStartUp)
-{
-    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"yes"_s);
-    try {
-        skin.SkinStartup();
-        FAIL() << "no error";
-    } catch (const AppError &e) {
-        EXPECT_EQ(e.number(), AppError::TypeMismatch);
-    }
-    EXPECT_FALSE(skin.SkinRunning());
-    EXPECT_TRUE(qApp->styleSheet().isEmpty());
-}
-
-TEST_F(AppSkinTest, StoredSkinsSwitchesAndSkinOffKeepTheLookAndTheSettingsInStep)
-{
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Ledovec.urf"));
+    TempProfile profile;
+    const QString folder = profile.installFolder();
+    SkinFiles::InstallEngine(folder, Engine::Built);
+    QFile::copy(SkinFiles::Shipped("Ledovec.urf"), folder + u"/Ledovec.urf"_s);
+    ModAppSkin skin(folder);
+    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Ledovec.urf"_s);
     ASSERT_TRUE(skin.SkinStartup());
-    EXPECT_EQ(skin.SkinFile(), install("Ledovec.urf"));
+    EXPECT_EQ(skin.SkinFile(), folder + u"/Ledovec.urf"_s);
 
     // A refused switch does not leave the old skin running against the setting.
-    TempProfile::writeFile(install("Broken.urf"), SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
-    skin.StartSkinWithFile(install("Broken.urf"));
+    TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
+    skin.StartSkinWithFile(folder + u"/Broken.urf"_s);
     EXPECT_FALSE(skin.SkinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
-
-    skin.StartSkinWithFile(install("Zelvane.urf"));
-    EXPECT_TRUE(skin.SkinRunning());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"True"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), install("Zelvane.urf"));
-
-    skin.SkinOff();
-    EXPECT_FALSE(skin.SkinRunning());
-    EXPECT_TRUE(qApp->styleSheet().isEmpty());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
-    EXPECT_FALSE(skin.SkinStartup());
 
     // A stored skin file that has gone.
     SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, install("Gone.urf"));
+    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Gone.urf"_s);
     EXPECT_FALSE(skin.SkinStartup());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
 }

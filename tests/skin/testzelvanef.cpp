@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QDir>
 #include <QFile>
 #include <QLibrary>
 #include <QPushButton>
@@ -93,18 +92,13 @@ TEST_F(EngineTest, RemovalLeavesTheApplicationPaletteAndRestoresWidgetColours)
 
 TEST_F(EngineTest, BadSkinFilesAreRefusedAndTheLookStays)
 {
-    QDir().mkpath(profile.root() + u"/folder.urf"_s);
+    // Every failure of reading the file is the reader's own (tested with it); these reach the engine.
     const std::pair<QByteArray, int> rows[] = {
         {QFile::encodeName(profile.root() + u"/missing.urf"_s), UrfSkin::Unreadable},
-        {QFile::encodeName(profile.root() + u"/folder.urf"_s), UrfSkin::Unreadable},
-        {file("empty.urf", {}), UrfSkin::Empty},
         {file("binary.urf", QByteArray("\x7F"
                                        "ELF\x02\x01\x01\0\0\0\0\0",
                                        12)),
          UrfSkin::Binary},
-        {file("huge.urf", SkinFiles::Skin(u"H"_s, QByteArray(UrfSkin::MaxBytes + 1, ' '))),
-         UrfSkin::TooLarge},
-        {file("plain.urf", RedButtons), UrfSkin::NotASkin},
         {file("open.urf", SkinFiles::Skin(u"O"_s, "QPushButton { color: red; ")), UrfSkin::BadSheet},
         {file("braces.urf", SkinFiles::Skin(u"B"_s, "}}} QWidget")), UrfSkin::BadSheet},
     };
