@@ -29,8 +29,10 @@ Systemctl::Result ProcessSystemctl::Run(const QStringList &arguments)
     result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     result.output = process.readAllStandardOutput();
     result.error = process.readAllStandardError();
-    // systemctl's wording when neither the private socket nor the user bus answers.
+    // systemctl's wording when neither the private socket nor the user bus
+    // answers, or when a session bus is there but cannot start the manager.
     result.reached = !result.error.contains("Failed to connect to bus") &&
-                     !result.error.contains("Failed to connect to user scope bus");
+                     !result.error.contains("Failed to connect to user scope bus") &&
+                     !result.error.contains("org.freedesktop.systemd1");
     return result;
 }
