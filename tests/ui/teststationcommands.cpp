@@ -50,9 +50,9 @@ protected:
     }
 
     // Clicks a button and waits until the timer it starts has ticked.
-    void clickAndTick(const char *button, const char *timerName, quint32 heldKey = 0)
+    void clickAndTick(const char *button, const char *timerName)
     {
-        click(button, heldKey);
+        click(button);
         auto *timer = window->findChild<QTimer *>(QLatin1StringView(timerName));
         EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
     }
