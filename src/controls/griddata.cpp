@@ -1,5 +1,7 @@
 #include "controls/griddata.h"
 
+#include <QLocale>
+
 #include <algorithm>
 
 namespace {
@@ -179,4 +181,12 @@ std::vector<int> GridData::reorder(const std::vector<int> &order)
     m_items = std::move(sorted);
     displayChanged();
     return newRowOf;
+}
+
+QDateTime GridData::CellDate(const QString &text)
+{
+    QDateTime when = QDateTime::fromString(text, Qt::ISODate);
+    if (!when.isValid())
+        when = QLocale().toDateTime(text, QLocale::ShortFormat);
+    return when;
 }

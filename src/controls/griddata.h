@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QDateTime>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
@@ -84,6 +85,9 @@ struct GridItem
 class GridData
 {
 public:
+    // A Date cell's text as a moment: ISO form first, then the locale's short form.
+    static QDateTime CellDate(const QString &text);
+
     // Returns the new column's index, which is also its position.
     int addColumn(GridColumn column);
     int columnCount() const { return static_cast<int>(m_columns.size()); }

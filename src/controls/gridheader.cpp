@@ -1,5 +1,6 @@
 #include "controls/gridheader.h"
 
+#include "controls/gridpainter.h"
 #include "controls/lynxgrid.h"
 
 #include <QApplication>
@@ -21,7 +22,7 @@ GridHeader::GridHeader(LynxGrid &grid) : QWidget(&grid), m_grid(grid)
 void GridHeader::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
-    m_grid.paintHeader(p, width(), m_hot, m_mode == Mode::Dragging ? m_drop : -1);
+    GridPainter(m_grid).paintHeader(p, width(), m_hot, m_mode == Mode::Dragging ? m_drop : -1);
 }
 
 int GridHeader::edgeAt(int x) const

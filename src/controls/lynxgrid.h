@@ -12,7 +12,6 @@
 struct ThemeColors;
 class GridEditBox;
 class GridHeader;
-class QPainter;
 
 enum class GridLineMode { None, Horizontal, Vertical, Both };
 enum class GridFocusMode { None, Cell, Row };
@@ -380,6 +379,7 @@ protected:
 private:
     friend class GridEditBox;
     friend class GridHeader;
+    friend class GridPainter;
     friend class LynxGridAccessible;
     friend class LynxGridCellAccessible;
 
@@ -425,13 +425,6 @@ private:
     qint16 filterEditKey(int col, qint16 key);
     void typeAhead(const QString &text);
     void clickHeading(int col);
-    QString displayText(int row, int col) const;
-
-    void paintRow(QPainter &p, int row, int displayRow, int y, const QRect &clip) const;
-    void paintCell(QPainter &p, int row, int col, const QRect &rect, bool selected) const;
-    void paintFocus(QPainter &p, const QRect &rect, const QColor &color, int width) const;
-    void paintCheck(QPainter &p, const QRect &box, bool checked, const QColor &color) const;
-    void paintHeader(QPainter &p, int width, int hotCol, int dropCol) const;
 
     GridData m_data;
     Look m_look;

@@ -1,46 +1,24 @@
-// LynxGrid: geometry, drawing, mouse and keyboard, and the edit protocol.
+// LynxGrid: geometry, mouse and keyboard, selection and the edit protocol.
 #include "controls/lynxgrid.h"
 
-#include "app/conversions.h"
 #include "controls/grideditbox.h"
 #include "controls/gridheader.h"
-#include "controls/progresspainter.h"
+#include "controls/gridpainter.h"
+#include "controls/gridsorter.h"
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDateTime>
 #include <QKeyEvent>
-#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QScrollBar>
 
-#include <numeric>
-
 namespace {
-
-constexpr int CellPadding = 4;
 
 int shiftState(Qt::KeyboardModifiers mods)
 {
     return (mods & Qt::ShiftModifier ? 1 : 0) | (mods & Qt::ControlModifier ? 2 : 0) |
            (mods & Qt::AltModifier ? 4 : 0);
-}
-
-QColor blend(const QColor &over, const QColor &under, qreal amount)
-{
-    return QColor::fromRgbF(over.redF() * amount + under.redF() * (1 - amount),
-                            over.greenF() * amount + under.greenF() * (1 - amount),
-                            over.blueF() * amount + under.blueF() * (1 - amount));
-}
-
-QDateTime readDate(const QString &text)
-{
-    QDateTime when = QDateTime::fromString(text, Qt::ISODate);
-    if (!when.isValid())
-        when = QLocale().toDateTime(text, QLocale::ShortFormat);
-    return when;
 }
 
 } // namespace
@@ -104,11 +82,11 @@ QRect LynxGrid::cellRect(int row, int col) const
 QRect LynxGrid::checkRect(const QRect &cell, Qt::Alignment alignment) const
 {
     const int size = qBound(8, m_rowHeight - 8, 15);
-    int x = cell.left() + CellPadding;
+    int x = cell.left() + GridPainter::CellPadding;
     if (alignment & Qt::AlignHCenter)
         x = cell.left() + (cell.width() - size) / 2;
     else if (alignment & Qt::AlignRight)
-        x = cell.right() - CellPadding - size;
+        x = cell.right() - GridPainter::CellPadding - size;
     return {x, cell.top() + (cell.height() - size) / 2, size, size};
 }
 
@@ -218,275 +196,10 @@ void LynxGrid::changeEvent(QEvent *event)
 
 // ---- Drawing ----
 
-QString LynxGrid::displayText(int row, int col) const
-{
-    const GridColumn &column = m_data.column(col);
-    const QString &text = m_data.cell(row, col).text;
-    if (!m_formatCells || column.format.isEmpty() || text.isEmpty())
-        return text;
-    if (column.type == GridColumnType::Number) {
-        const qsizetype point = column.format.indexOf(u'.');
-        const int decimals = point < 0 ? 0 : static_cast<int>(column.format.size() - point - 1);
-        const double value = Convert::LeadingNumber(text);
-        return column.format.contains(u',') ? QLocale().toString(value, 'f', decimals)
-                                            : QString::number(value, 'f', decimals);
-    }
-    if (column.type == GridColumnType::Date) {
-        const QDateTime when = readDate(text);
-        return when.isValid() ? when.toString(column.format) : text;
-    }
-    return text;
-}
-
 void LynxGrid::paintEvent(QPaintEvent *event)
 {
     QPainter p(viewport());
-    const QRect clip = event->rect();
-    p.fillRect(clip, m_look.backBkg);
-
-    const int first = topDisplay() + clip.top() / m_rowHeight;
-    const int last = qMin(m_data.displayCount() - 1, topDisplay() + clip.bottom() / m_rowHeight);
-    int painted = 0;
-    for (int display = first; display <= last; ++display) {
-        const int row = m_data.rowAtDisplay(display);
-        paintRow(p, row, display, (display - topDisplay()) * m_rowHeight, clip);
-        ++painted;
-    }
-    m_lastPaintedRows = painted;
-
-    if (m_gridLines == GridLineMode::Vertical || m_gridLines == GridLineMode::Both) {
-        // Column lines run on below the last row so that the columns read as columns.
-        const int bottom = (last - topDisplay() + 1) * m_rowHeight;
-        if (bottom < clip.bottom() && m_gridLineWidth > 0) {
-            p.setPen(QPen(m_look.grid, m_gridLineWidth));
-            int x = -xOffset();
-            for (int col = 0; col < Cols(); ++col) {
-                if (!m_data.column(col).visible)
-                    continue;
-                x += m_data.column(col).width;
-                p.drawLine(x - 1, bottom, x - 1, clip.bottom());
-            }
-        }
-    }
-
-    // Focus without a current row (tabbing into the grid): the whole view is framed.
-    if (hasFocus() && m_focusMode != GridFocusMode::None && m_data.displayOf(m_row) < 0)
-        paintFocus(p, viewport()->rect(), m_look.focusRect, 2);
-}
-
-void LynxGrid::paintRow(QPainter &p, int row, int display, int y, const QRect &clip) const
-{
-    const GridItem &item = m_data.item(row);
-    const bool showSelection = !(m_hideSelection && !hasFocus());
-    const bool selected = showSelection && (item.flags & GridItem::Selected);
-    int x = -xOffset();
-    for (int col = 0; col < Cols(); ++col) {
-        const GridColumn &column = m_data.column(col);
-        if (!column.visible)
-            continue;
-        const QRect cell(x, y, column.width, m_rowHeight);
-        x += column.width;
-        if (cell.right() < clip.left() || cell.left() > clip.right())
-            continue;
-        const bool cellSelected = selected && (m_fullRowSelect || col == m_col || m_col < 0);
-        QColor back = display % 2 ? m_look.backAlt : m_look.back;
-        if (item.extra && item.extra->back.isValid())
-            back = item.extra->back;
-        if (const GridCellExtra *extra = m_data.findCellExtra(row, col); extra && extra->back.isValid())
-            back = extra->back;
-        if (cellSelected)
-            back = m_alphaBlend ? blend(m_look.backSel, back, 0.55) : m_look.backSel;
-        p.fillRect(cell, back);
-        paintCell(p, row, col, cell, cellSelected);
-        if (m_gridLineWidth > 0 && m_gridLines != GridLineMode::None) {
-            p.setPen(QPen(m_look.grid, m_gridLineWidth));
-            if (m_gridLines != GridLineMode::Vertical)
-                p.drawLine(cell.left(), cell.bottom(), cell.right(), cell.bottom());
-            if (m_gridLines != GridLineMode::Horizontal)
-                p.drawLine(cell.right(), cell.top(), cell.right(), cell.bottom());
-        }
-    }
-
-    if (row != m_row || m_focusMode == GridFocusMode::None || !hasFocus() || m_editing)
-        return;
-    if (m_focusMode == GridFocusMode::Row) {
-        paintFocus(p, QRect(-xOffset(), y, contentWidth(), m_rowHeight), m_look.focusRect, 1);
-        return;
-    }
-    // The current cell is framed even when the whole row is selected: F2, Enter
-    // and Space act on it, so the user must see which one it is.
-    const QColor color = selected && !m_alphaBlend ? m_look.foreSel : m_look.focusRect;
-    paintFocus(p, cellRect(row, m_col), color, 2);
-}
-
-void LynxGrid::paintFocus(QPainter &p, const QRect &rect, const QColor &color, int width) const
-{
-    p.save();
-    p.setPen(QPen(color, width, m_focusStyle == GridFocusStyle::Dotted ? Qt::DotLine : Qt::SolidLine,
-                  Qt::SquareCap, Qt::MiterJoin));
-    p.setBrush(Qt::NoBrush);
-    const int inset = width / 2;
-    p.drawRect(rect.adjusted(inset, inset, -inset - 1, -inset - 1));
-    p.restore();
-}
-
-void LynxGrid::paintCheck(QPainter &p, const QRect &box, bool checked, const QColor &color) const
-{
-    p.save();
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setPen(QPen(color, 1));
-    p.setBrush(m_look.back);
-    p.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
-    if (checked) {
-        QPainterPath tick;
-        tick.moveTo(box.left() + box.width() * 0.22, box.top() + box.height() * 0.52);
-        tick.lineTo(box.left() + box.width() * 0.42, box.top() + box.height() * 0.74);
-        tick.lineTo(box.left() + box.width() * 0.80, box.top() + box.height() * 0.28);
-        p.setPen(QPen(m_look.focusRect, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        p.setBrush(Qt::NoBrush);
-        p.drawPath(tick);
-    }
-    p.restore();
-}
-
-void LynxGrid::paintCell(QPainter &p, int row, int col, const QRect &rect, bool selected) const
-{
-    const GridColumn &column = m_data.column(col);
-    const GridItem &item = m_data.item(row);
-    const GridCell &cell = m_data.cell(row, col);
-    const GridCellExtra *extra = m_data.findCellExtra(row, col);
-
-    QColor fore = m_look.fore;
-    if (item.extra && item.extra->fore.isValid())
-        fore = item.extra->fore;
-    if (extra && extra->fore.isValid())
-        fore = extra->fore;
-    if (selected && !m_alphaBlend)
-        fore = m_look.foreSel;
-
-    QRect area = rect.adjusted(CellPadding, 0, -CellPadding, 0);
-    const bool firstCol = col == firstVisibleCol();
-    if (firstCol && m_checkBoxes) {
-        const QRect box = itemCheckRect(row);
-        paintCheck(p, box, item.flags & GridItem::Checked, fore);
-        area.setLeft(box.right() + CellPadding);
-    }
-
-    int image = extra ? extra->image : -1;
-    if (image < 0 && firstCol && item.extra)
-        image = item.extra->image;
-    if (image < 0)
-        image = column.image;
-    if (image >= 0 && image < m_images.size()) {
-        const int size = qMax(1, m_rowHeight - 6);
-        int x = area.left();
-        if (column.imageAlignment & Qt::AlignHCenter)
-            x = area.left() + (area.width() - size) / 2;
-        else if (column.imageAlignment & Qt::AlignRight)
-            x = area.right() - size;
-        const QIcon::Mode mode = selected && m_selectImages ? QIcon::Selected : QIcon::Normal;
-        m_images.at(image).paint(&p, QRect(x, rect.top() + 3, size, size), Qt::AlignCenter, mode);
-        if (column.imageAlignment & Qt::AlignRight)
-            area.setRight(x - CellPadding);
-        else if (!(column.imageAlignment & Qt::AlignHCenter))
-            area.setLeft(x + size + CellPadding);
-    }
-
-    const Qt::Alignment alignment =
-        extra && (extra->set & GridCellExtra::HasAlignment) ? extra->alignment : column.alignment;
-    if (column.type == GridColumnType::CheckBox) {
-        paintCheck(p, checkRect(rect, alignment), cell.flags & GridCell::Checked, fore);
-        return;
-    }
-
-    if (extra && extra->progress >= 0) {
-        // The same bar as the program's progress bars, in the grid's own colours.
-        const ProgressColors colors{blend(m_look.progress, m_look.back, 0.2), m_look.progress, m_look.grid,
-                                    m_look.fore, m_look.foreSel};
-        PaintProgress(p, area.adjusted(0, 3, 0, -3), extra->progress / 100.0, QString(), colors);
-    }
-
-    const QString text = displayText(row, col);
-    if (text.isEmpty())
-        return;
-    const bool plainFont = !extra && !(item.flags & GridItem::Bold);
-    if (!plainFont) {
-        QFont f = font();
-        f.setBold(CellFontBold(row, col));
-        f.setItalic(CellFontItalic(row, col));
-        f.setUnderline(CellFontUnderline(row, col));
-        if (extra && !extra->fontName.isEmpty())
-            f.setFamily(extra->fontName);
-        p.setFont(f);
-    }
-    p.setPen(fore);
-    const bool wrap = extra && (extra->set & GridCellExtra::HasWordWrap) ? bool(extra->set & GridCellExtra::WordWrap)
-                                                                           : column.wordWrap;
-    const Qt::Alignment flags = (alignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
-    if (wrap)
-        p.drawText(area, int(flags) | Qt::TextWordWrap, text);
-    else if (m_ellipsis)
-        p.drawText(area, int(flags), p.fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
-    else
-        p.drawText(area, int(flags), text);
-    if (!plainFont)
-        p.setFont(font());
-}
-
-void LynxGrid::paintHeader(QPainter &p, int width, int hotCol, int dropCol) const
-{
-    const int height = headerHeight();
-    p.fillRect(0, 0, width, height, m_look.backFixed);
-    int x = -xOffset();
-    const int sortCol = SortColumn();
-    for (int col = 0; col < Cols(); ++col) {
-        const GridColumn &column = m_data.column(col);
-        if (!column.visible)
-            continue;
-        const QRect rect(x, 0, column.width, height);
-        x += column.width;
-        if (rect.right() < 0 || rect.left() > width)
-            continue;
-        const bool hot = m_hotHeader && col == hotCol;
-        if (m_themeStyle == GridThemeStyle::Gradient) {
-            QLinearGradient shade(rect.topLeft(), rect.bottomLeft());
-            shade.setColorAt(0, hot ? m_look.backFixed.lighter(125) : m_look.backFixed.lighter(110));
-            shade.setColorAt(1, hot ? m_look.backFixed.lighter(105) : m_look.backFixed.darker(104));
-            p.fillRect(rect, shade);
-        } else if (hot) {
-            p.fillRect(rect, m_look.backFixed.lighter(115));
-        }
-        p.setPen(m_look.grid);
-        p.drawLine(rect.right(), rect.top() + 3, rect.right(), rect.bottom() - 3);
-
-        QRect text = rect.adjusted(CellPadding - 1, 0, -(CellPadding - 1), 0);
-        if (col == sortCol && text.width() > 16) {
-            // The sort mark: a small triangle at the right, up for ascending.
-            const int cx = text.right() - 4;
-            const int cy = rect.center().y();
-            QPolygon mark;
-            if (m_sortOrder == GridSortOrder::Ascending)
-                mark << QPoint(cx - 4, cy + 2) << QPoint(cx + 4, cy + 2) << QPoint(cx, cy - 3);
-            else
-                mark << QPoint(cx - 4, cy - 2) << QPoint(cx + 4, cy - 2) << QPoint(cx, cy + 3);
-            p.save();
-            p.setRenderHint(QPainter::Antialiasing);
-            p.setPen(Qt::NoPen);
-            p.setBrush(m_look.foreHdr);
-            p.drawPolygon(mark);
-            p.restore();
-            text.setRight(cx - 8);
-        }
-        p.setPen(hot ? m_look.foreHdr : m_look.foreFixed);
-        const Qt::Alignment alignment = (column.alignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
-        p.drawText(text, int(alignment), p.fontMetrics().elidedText(column.heading, Qt::ElideRight, text.width()));
-    }
-    p.setPen(m_look.grid);
-    p.drawLine(0, height - 1, width, height - 1);
-    if (dropCol >= 0) {
-        const int dropX = (dropCol >= Cols() ? contentWidth() : ColLeft(dropCol)) - xOffset();
-        p.fillRect(dropX - 1, 0, 3, height, m_look.focusRect);
-    }
+    m_lastPaintedRows = GridPainter(*this).paintRows(p, event->rect());
 }
 
 // ---- Current cell and selection ----
@@ -554,74 +267,18 @@ void LynxGrid::moveCurrent(int display, int col, Qt::KeyboardModifiers mods)
 
 // ---- Sorting ----
 
-namespace {
-
-// Orders rows by keys worked out once per row, not once per comparison;
-// equal keys keep their order either way.
-template <typename Key>
-void orderByKeys(std::vector<int> &rows, const std::vector<Key> &keys, bool descending)
-{
-    const auto key = [&keys](int row) -> const Key & { return keys[static_cast<std::size_t>(row)]; };
-    if (descending)
-        std::stable_sort(rows.begin(), rows.end(), [&key](int a, int b) { return key(b) < key(a); });
-    else
-        std::stable_sort(rows.begin(), rows.end(), [&key](int a, int b) { return key(a) < key(b); });
-}
-
-} // namespace
-
 void LynxGrid::Sort(int col, GridSortOrder order)
 {
     if (!m_data.validPosition(col))
         return;
     CancelEdit();
     const int index = m_data.indexAt(col);
-    const bool descending = order == GridSortOrder::Descending;
-    const auto cell = [this, index](int row) -> const GridCell & {
-        return m_data.item(row).cells[static_cast<std::size_t>(index)];
-    };
-    const auto keysOf = [this](auto &&keyOf) {
-        std::vector<std::decay_t<decltype(keyOf(0))>> keys;
-        keys.reserve(static_cast<std::size_t>(ItemCount()));
-        for (int row = 0; row < ItemCount(); ++row)
-            keys.push_back(keyOf(row));
-        return keys;
-    };
-    std::vector<int> rows(static_cast<std::size_t>(ItemCount()));
-    std::iota(rows.begin(), rows.end(), 0);
-
-    switch (m_data.column(col).type) {
-    case GridColumnType::Number:
-        orderByKeys(rows, keysOf([&](int row) { return Convert::LeadingNumber(cell(row).text); }),
-                    descending);
-        break;
-    case GridColumnType::Date:
-        orderByKeys(rows, keysOf([&](int row) {
-                        const QDateTime when = readDate(cell(row).text);
-                        return when.isValid() ? double(when.toMSecsSinceEpoch()) : -1e300;
-                    }),
-                    descending);
-        break;
-    case GridColumnType::CheckBox:
-        orderByKeys(rows, keysOf([&](int row) { return (cell(row).flags & GridCell::Checked) ? 1 : 0; }),
-                    descending);
-        break;
-    case GridColumnType::Text:
-        // Folded once, compared as they stand: the order of a comparison
-        // without regard to case, at the cost of a plain one.
-        orderByKeys(rows, keysOf([&](int row) { return cell(row).text.toCaseFolded(); }), descending);
-        break;
-    case GridColumnType::Custom:
-        std::stable_sort(rows.begin(), rows.end(), [&](int a, int b) {
-            int result = 0;
-            if (descending)
-                std::swap(a, b);
-            emit CustomSort(col, cell(a).text, cell(b).text, result);
-            return result < 0;
-        });
-        break;
-    }
-
+    const std::vector<int> rows = GridSorter::Order(m_data, col, order == GridSortOrder::Descending,
+                                                    [this, col](const QString &a, const QString &b) {
+                                                        int result = 0;
+                                                        emit CustomSort(col, a, b, result);
+                                                        return result;
+                                                    });
     const std::vector<int> moved = m_data.reorder(rows);
     rearranged();
     if (m_row >= 0)

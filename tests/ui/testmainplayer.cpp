@@ -135,7 +135,7 @@ TEST_F(MainPlayerTest, ThePlayersStatesShowInTheCaption)
     EXPECT_EQ(wmp1->URL(), QString());
 }
 
-TEST_F(MainPlayerTest, PlayWhilePausedResumes)
+TEST_F(MainPlayerTest, PlayResumesAPauseMuteHoldsThroughVolumeAndStopEndsAStationCheck)
 {
     press(Direct);
     button("cmdDSPause")->click();
@@ -144,6 +144,19 @@ TEST_F(MainPlayerTest, PlayWhilePausedResumes)
     button("cmdDSPlay")->click();
     EXPECT_EQ(wmp1->log, QStringList{u"play"_s});
     EXPECT_EQ(traced.last(), u"PlayBar1: Key = Play, wmp1.Status=scripted 2"_s);
+
+    button("cmdDSMute")->click();
+    bar->findChild<ucSlider *>(u"ucSlider1"_s)->setValue(40);
+    EXPECT_EQ(wmp1->volume(), 40);
+    EXPECT_TRUE(wmp1->mute());
+    button("cmdDSMute")->click();
+    EXPECT_FALSE(wmp1->mute());
+    EXPECT_EQ(traced.last(), u"PlayBar1: Key = NoMute, wmp1.Status=scripted 2"_s);
+
+    window->Player().SetScanning(true);
+    button("cmdDSStop")->click();
+    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_EQ(wmp1->log.last(), u"URL="_s);
 }
 
 TEST_F(MainPlayerTest, AStationStartedRightAfterAStopStartsInsteadOfResumingOrStopping)
@@ -163,31 +176,6 @@ TEST_F(MainPlayerTest, AStationStartedRightAfterAStopStartsInsteadOfResumingOrSt
     EXPECT_EQ(player.PlayState(), MediaPlayer::Transitioning);
     EXPECT_TRUE(waitUntil([&] { return wmp1->URL() == u"http://one.test/s"; }, 5000));
     EXPECT_EQ(bar->Caption(), u"Scanning for: Listed FM"_s);
-}
-
-TEST_F(MainPlayerTest, MuteHoldsThroughVolumeChanges)
-{
-    auto *slider = bar->findChild<ucSlider *>(u"ucSlider1"_s);
-    button("cmdDSMute")->click();
-    EXPECT_TRUE(wmp1->mute());
-    slider->setValue(40);
-    EXPECT_EQ(wmp1->volume(), 40);
-    EXPECT_TRUE(wmp1->mute());
-    button("cmdDSMute")->click();
-    EXPECT_FALSE(wmp1->mute());
-    EXPECT_EQ(traced.mid(traced.size() - 2),
-              QStringList({u"PlayBar1: Key = Mute, wmp1.Status=scripted 0"_s,
-                           u"PlayBar1: Key = NoMute, wmp1.Status=scripted 0"_s}));
-}
-
-TEST_F(MainPlayerTest, StopEndsAStationCheck)
-{
-    StationPlayer &player = window->Player();
-    press(Direct);
-    player.SetScanning(true);
-    button("cmdDSStop")->click();
-    EXPECT_FALSE(player.Scanning());
-    EXPECT_EQ(wmp1->log.last(), u"URL="_s);
 }
 
 TEST_F(MainPlayerTest, ADownloadErrorUnderAnotherKeyShowsAQuestionMark)

@@ -4,13 +4,11 @@
 #include "app/apppaths.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
-#include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "recorder/frmtc.h"
 #include "skin/frmskin2.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
-#include "ui/frmabout.h"
 #include "ui/frmlisten.h"
 #include "ui/websearch.h"
 
@@ -51,13 +49,14 @@ protected:
         return open;
     }
 
-    // Clicks Record and lets TimerRecord tick.
-    void record()
+    // Clicks a button and waits until the timer it starts has ticked.
+    void clickAndTick(const char *button, const char *timerName)
     {
-        click("cmdRecord");
-        auto *timer = window->findChild<QTimer *>(u"TimerRecord"_s);
+        click(button);
+        auto *timer = window->findChild<QTimer *>(QLatin1StringView(timerName));
         EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
     }
+    void record() { clickAndTick("cmdRecord", "TimerRecord"); }
 
     static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
@@ -75,13 +74,11 @@ protected:
         };
     }
 
-    // Clicks a button and lets TimerListen tick; gives the listening window it opened, if any.
+    // Clicks Listen or Replay; gives the listening window it opened, if any.
     FrmListen *listen(const char *button)
     {
         const QList<FrmListen *> before = window->findChildren<FrmListen *>();
-        click(button);
-        auto *timer = window->findChild<QTimer *>(u"TimerListen"_s);
-        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
+        clickAndTick(button, "TimerListen");
         for (FrmListen *opened : window->findChildren<FrmListen *>()) {
             if (!before.contains(opened))
                 return opened;
@@ -113,7 +110,6 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     ASSERT_NO_FATAL_FAILURE(open());
     record();
     EXPECT_EQ(prompt.texts(), QStringList{StationCommands::RecordNoStation});
-    EXPECT_EQ(prompt.shown.value(0).title, AppState::AppTitle);
     // A station without an address opens nothing and says nothing.
     grid->GotoCell(5, 1);
     record();
@@ -131,19 +127,17 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     record();
     ASSERT_EQ(recorders().size(), 2);
     QPointer<FrmTC> second = recorders().at(recorders().at(0) == first ? 1 : 0);
-    const char *const expected[2][4] = {{"Rock Two", "http://127.0.0.1:8000/a", ".\\%STATION%.mp3", "1"},
-                                        {"Classic Hits", "http://127.0.0.1:8000/b", "o", ""}};
-    for (int i = 0; i < 2; ++i) {
-        FrmTC *recorder = i == 0 ? first : second;
+    // Name, stream, save pattern and single song, as each window shows them.
+    const auto filled = [](FrmTC *recorder) {
         const auto text = [recorder](const char *name) {
             return recorder->findChild<QLineEdit *>(QLatin1StringView(name))->text();
         };
-        EXPECT_TRUE(recorder->isVisible());
-        EXPECT_EQ(recorder->findChild<QLabel *>(u"LblStation"_s)->text(), QLatin1StringView(expected[i][0]));
-        EXPECT_EQ(text("txtStream"), QLatin1StringView(expected[i][1]));
-        EXPECT_EQ(text("txtSave"), QLatin1StringView(expected[i][2]));
-        EXPECT_EQ(recorder->findChild<QCheckBox *>(u"chkSingleSong"_s)->isChecked(), *expected[i][3] != 0);
-    }
+        return QStringList{recorder->findChild<QLabel *>(u"LblStation"_s)->text(), text("txtStream"),
+                           text("txtSave"),
+                           recorder->findChild<QCheckBox *>(u"chkSingleSong"_s)->isChecked() ? u"1"_s : u""_s};
+    };
+    EXPECT_EQ(filled(first).join(u'|'), u"Rock Two|http://127.0.0.1:8000/a|.\\%STATION%.mp3|1"_s);
+    EXPECT_EQ(filled(second).join(u'|'), u"Classic Hits|http://127.0.0.1:8000/b|o|"_s);
 
     // A recorder window's closing is its own; the main window's closing closes them all.
     first->close();
@@ -191,7 +185,6 @@ TEST_F(CommandsTest, CopyAddsTheRowAsALastStationAndClosingSavesIt)
     click("cmdCopy");
     ASSERT_EQ(grid->ItemCount(), 6);
     EXPECT_EQ(grid->Row(), 5);
-    EXPECT_EQ(grid->Col(), 0);
     EXPECT_EQ(grid->ItemData(5), 6);
     for (int col = 0; col < grid->Cols(); ++col) {
         EXPECT_EQ(grid->CellText(5, col), grid->CellText(4, col)) << col;
@@ -216,8 +209,6 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
     EXPECT_EQ(prompt.shown[1].text, StationCommands::DeleteQuestion + u"Jazz Cafe"_s);
-    EXPECT_EQ(prompt.shown[1].icon, Prompt::Icon::Warning);
-    EXPECT_EQ(prompt.shown[1].title, AppState::AppTitle);
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
     EXPECT_TRUE(state->catalogue.Dirty);
     // The record stays until the file is written: a refill shows it again.
@@ -238,7 +229,6 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
     click("cmdDel", RightShiftKey);
     EXPECT_EQ(prompt.shown.last().text, StationCommands::DeleteAllQuestion);
-    EXPECT_EQ(prompt.shown.last().icon, Prompt::Icon::Warning);
     EXPECT_EQ(grid->ItemCount(), 0);
     EXPECT_EQ(state->catalogue.StationCount(), 0);
     EXPECT_EQ(grid->SortColumn(), -1);
@@ -278,21 +268,17 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     child<QComboBox>("cmbGenre")->setCurrentText(u"Jazz"_s);
     click("cmdSearchWww");
     qunsetenv(WebSearch::HostVariable);
-    EXPECT_EQ(shell.opened,
-              QStringList{u"http://directory.test/directory/index.phtml?sgenre=Jazz&maxbitrate=999&"
-                          "numresult=25&s=smooth+jazz"_s});
+    EXPECT_EQ(shell.opened, QStringList{WebSearch::SearchAddress(u"http://directory.test"_s,
+                                                                 u"smooth jazz"_s, u"Jazz"_s)});
 
     shell.opened.clear();
-    QString version;
-    modalAnswer = [&version](QDialog &about) {
-        version = about.findChild<QLabel *>(u"lblVersion"_s)->text();
+    modalAnswer = [](QDialog &about) {
         for (const char *link : {"lnkData", "lnkRec"}) {
             auto *label = about.findChild<QLabel *>(QLatin1StringView(link));
             emit label->linkActivated(label->text().section(u'"', 1, 1));
         }
     };
     click("cmdAbout");
-    EXPECT_EQ(version, u"Version "_s + frmAbout::Version());
     EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::DataFolder()).toString(),
                                          QUrl::fromLocalFile(AppPaths::RecordingsFolder()).toString()}));
 }
@@ -303,8 +289,6 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(listen("cmdListen"), nullptr);
     EXPECT_EQ(prompt.texts(), QStringList{StationCommands::ListenNoStation});
-    EXPECT_EQ(prompt.shown.value(0).title, AppState::AppTitle);
-    EXPECT_EQ(prompt.shown.value(0).icon, Prompt::Icon::Information);
     grid->GotoCell(5, 1);
     EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
     EXPECT_EQ(prompt.shown.size(), 1);
@@ -317,7 +301,6 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     EXPECT_EQ(state->catalogue.at(3).Name, u"Jazz Cafe Two"_s);
     EXPECT_TRUE(station->isVisible());
     EXPECT_EQ(station->ListenRow, 2);
-    EXPECT_EQ(station->ListenTitle, u"Jazz Cafe Two"_s);
     EXPECT_EQ(station->windowTitle(), u"Connecting to: Jazz Cafe Two"_s);
     EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
 
@@ -329,7 +312,6 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
     EXPECT_EQ(file->ListenRow, FrmListen::FileRow);
-    EXPECT_EQ(file->ListenUrl, recording);
     EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
     EXPECT_EQ(file->MPlayer().URL(), recording);
 }
@@ -337,13 +319,9 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
 TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    ASSERT_EQ(state->skinParam.ThemeIndex(), cSkinParam::BlackNight);
-    const auto windowColor = [this] { return window->palette().color(QPalette::Window); };
-    const QColor night = windowColor();
-    // Cancelled, although the chooser shows another theme.
-    click("cmdSkin");
-    EXPECT_EQ(state->skinParam.ThemeIndex(), cSkinParam::BlackNight);
-    EXPECT_EQ(windowColor(), night);
+    const QColor night = window->palette().color(QPalette::Window);
+    click("cmdSkin"); // cancelled
+    EXPECT_EQ(window->palette().color(QPalette::Window), night);
 
     modalAnswer = [](QDialog &dialog) {
         ASSERT_NE(qobject_cast<FrmSkin2 *>(&dialog), nullptr);
@@ -353,8 +331,7 @@ TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
     };
     click("cmdSkin");
     EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
-    EXPECT_EQ(state->skinParam.ThemeIndex(), cSkinParam::PaleBlue);
-    EXPECT_EQ(windowColor(), QColor::fromRgba(cSkinParam::PaleBlueColors().Window));
+    EXPECT_EQ(window->palette().color(QPalette::Window), QColor::fromRgba(cSkinParam::PaleBlueColors().Window));
     EXPECT_FALSE(state->skin.SkinRunning());
 }
 
@@ -430,7 +407,6 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
               StationCommands::TrimNotStarted.arg(profile.installFolder() +
                                                   u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s +
                                                   recording + u'"'));
-    EXPECT_EQ(prompt.shown[0].title, AppState::AppTitle);
 }
 
 TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
@@ -439,25 +415,15 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
     ASSERT_NO_FATAL_FAILURE(open());
     const auto iface = [](QObject *object) { return QAccessible::queryAccessibleInterface(object); };
     EXPECT_EQ(iface(window.get())->role(), QAccessible::Window);
-    EXPECT_EQ(iface(child("txtSearch"))->text(QAccessible::Name), u"Search stations"_s);
-    auto *genre = child<QComboBox>("cmbGenre");
-    genre->setCurrentText(u"Rock"_s);
-    EXPECT_EQ(iface(genre)->text(QAccessible::Name), u"Genre"_s);
-    EXPECT_EQ(iface(genre)->text(QAccessible::Value), u"Rock"_s);
-    // The themed panel and buttons read as the standard controls they stand for.
-    EXPECT_EQ(iface(child<RoundedFrame>("fraFilter"))->role(), QAccessible::Grouping);
-    EXPECT_EQ(iface(child("fraFilter"))->text(QAccessible::Name), u"Filter"_s);
-    auto *record = child<SchemeButton>("cmdRecord");
-    EXPECT_TRUE(record->IsAccent());
-    EXPECT_EQ(iface(record)->role(), QAccessible::Button);
-    EXPECT_EQ(iface(record)->text(QAccessible::Name), u"Record"_s);
-
     FrmSettings settings(*state, window.get());
-    frmAbout about(shell, window.get());
-    FrmTC recorder(*state, power);
     EXPECT_EQ(iface(&settings)->role(), QAccessible::Dialog);
-    EXPECT_EQ(iface(&about)->role(), QAccessible::Dialog);
-    EXPECT_EQ(iface(&recorder)->role(), QAccessible::Window);
+    // A set name, a buddy label, the themed panel's caption and the accent button's caption.
+    const std::pair<const char *, QString> names[] = {
+        {"txtSearch", u"Search stations"_s}, {"cmbGenre", u"Genre"_s},
+        {"fraFilter", u"Filter"_s},          {"cmdRecord", u"Record"_s}};
+    for (const auto &[name, expected] : names)
+        EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
+    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->IsAccent());
 }
 
 } // namespace
