@@ -24,7 +24,8 @@ struct GridColumn
     bool wordWrap = false;
     bool visible = true;
     QString tag;
-    int image = -1;                // drawn in every cell of the column that has no image of its own
+    int image = -1;                 // drawn in every cell of the column that has no image of its own
+    QString imageText;              // what a screen reader says for such a cell while it has no text
     QPointer<QWidget> boundControl; // the editor used instead of the edit box
 };
 

@@ -311,6 +311,17 @@ void LynxGrid::SetColImage(int col, int image)
     refresh();
 }
 
+QString LynxGrid::ColImageText(int col) const
+{
+    return m_data.validPosition(col) ? m_data.column(col).imageText : QString();
+}
+
+void LynxGrid::SetColImageText(int col, const QString &text)
+{
+    if (m_data.validPosition(col))
+        m_data.column(col).imageText = text;
+}
+
 int LynxGrid::ColPosition(int index) const
 {
     return m_data.positionOf(index);

@@ -105,6 +105,10 @@ public:
     void SetColTag(int col, const QString &tag);
     int ColImage(int col) const;
     void SetColImage(int col, int image);
+    // The name a screen reader gives the column's cells that have no text, such as
+    // cells that only show the column's image.
+    QString ColImageText(int col) const;
+    void SetColImageText(int col, const QString &text);
     // The current position of the column created as index; -1 when there is none.
     int ColPosition(int index) const;
     void SetColPosition(int index, int position);
