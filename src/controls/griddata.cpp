@@ -115,6 +115,30 @@ const GridCellExtra *GridData::findCellExtra(int row, int pos) const
     return nullptr;
 }
 
+Qt::Alignment GridData::cellAlignment(int row, int pos) const
+{
+    const GridCellExtra *extra = findCellExtra(row, pos);
+    return extra && (extra->set & GridCellExtra::HasAlignment) ? extra->alignment : column(pos).alignment;
+}
+
+bool GridData::cellWordWrap(int row, int pos) const
+{
+    return cellFlag(row, pos, GridCellExtra::HasWordWrap, GridCellExtra::WordWrap, column(pos).wordWrap);
+}
+
+bool GridData::cellFlag(int row, int pos, quint16 has, quint16 flag, bool fallback) const
+{
+    const GridCellExtra *extra = findCellExtra(row, pos);
+    return extra && (extra->set & has) ? bool(extra->set & flag) : fallback;
+}
+
+void GridData::setCellFlag(int row, int pos, quint16 has, quint16 flag, bool on)
+{
+    GridCellExtra &extra = cellExtra(row, pos);
+    extra.set |= has;
+    extra.set = on ? (extra.set | flag) : (extra.set & ~flag);
+}
+
 void GridData::setHidden(int row, bool hidden)
 {
     GridItem &it = item(row);

@@ -24,7 +24,8 @@ struct GridColumn
     bool wordWrap = false;
     bool visible = true;
     QString tag;
-    int image = -1;                // drawn in every cell of the column that has no image of its own
+    int image = -1;                 // drawn in every cell of the column that has no image of its own
+    QString imageText;              // what a screen reader says for such a cell while it has no text
     QPointer<QWidget> boundControl; // the editor used instead of the edit box
 };
 
@@ -116,6 +117,12 @@ public:
     const GridItemExtra *findItemExtra(int row) const { return item(row).extra.get(); }
     GridCellExtra &cellExtra(int row, int pos);
     const GridCellExtra *findCellExtra(int row, int pos) const;
+    // A cell's own alignment or word wrap where it set one, otherwise its column's.
+    Qt::Alignment cellAlignment(int row, int pos) const;
+    bool cellWordWrap(int row, int pos) const;
+    // A cell's own flag where it set one (has), otherwise the fallback.
+    bool cellFlag(int row, int pos, quint16 has, quint16 flag, bool fallback) const;
+    void setCellFlag(int row, int pos, quint16 has, quint16 flag, bool on);
 
     // Hiding items: display rows skip hidden items.
     void setHidden(int row, bool hidden);

@@ -1,11 +1,11 @@
 #include "controls/grideditbox.h"
 
-#include "controls/lynxgrid.h"
+#include "controls/grideditor.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
 
-GridEditBox::GridEditBox(LynxGrid &grid, QWidget *parent) : QLineEdit(parent), m_grid(grid)
+GridEditBox::GridEditBox(GridEditor &editor, QWidget *parent) : QLineEdit(parent), m_editor(editor)
 {
     setFrame(false);
     hide();
@@ -15,11 +15,11 @@ void GridEditBox::keyPressEvent(QKeyEvent *event)
 {
     switch (event->key()) {
     case Qt::Key_Escape:
-        m_grid.CancelEdit();
+        m_editor.cancel();
         return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        m_grid.CommitEdit();
+        m_editor.commit();
         return;
     default:
         break;
@@ -37,7 +37,7 @@ void GridEditBox::keyPressEvent(QKeyEvent *event)
         return;
     }
 
-    const qint16 key = m_grid.filterEditKey(m_grid.m_editCol, code);
+    const qint16 key = m_editor.filterKey(code);
     if (key == 0)
         return;
     if (key == code)
@@ -53,6 +53,6 @@ void GridEditBox::focusOutEvent(QFocusEvent *event)
     QLineEdit::focusOutEvent(event);
     // A context menu or another application taking the focus does not end the edit.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason &&
-        m_grid.IsEditing())
-        m_grid.CommitEdit();
+        m_editor.isEditing())
+        m_editor.commit();
 }

@@ -2,7 +2,7 @@
 
 #include <QLineEdit>
 
-class LynxGrid;
+class GridEditor;
 
 // The grid's own edit box. Typed characters pass the column's input filter and
 // the host's EditKeyPress before they reach the text.
@@ -12,12 +12,12 @@ class GridEditBox : public QLineEdit
     Q_DISABLE_COPY_MOVE(GridEditBox)
 
 public:
-    GridEditBox(LynxGrid &grid, QWidget *parent);
+    GridEditBox(GridEditor &editor, QWidget *parent);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 
 private:
-    LynxGrid &m_grid;
+    GridEditor &m_editor;
 };

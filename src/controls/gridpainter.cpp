@@ -112,7 +112,7 @@ void GridPainter::paintRow(QPainter &p, int row, int display, int y, const QRect
     }
 
     if (row != m_grid.m_row || m_grid.m_focusMode == GridFocusMode::None || !m_grid.hasFocus() ||
-        m_grid.m_editing)
+        m_grid.IsEditing())
         return;
     if (m_grid.m_focusMode == GridFocusMode::Row) {
         paintFocus(p, QRect(-m_grid.xOffset(), y, m_grid.contentWidth(), m_grid.m_rowHeight),
@@ -198,8 +198,7 @@ void GridPainter::paintCell(QPainter &p, int row, int col, const QRect &rect, bo
             area.setLeft(x + size + CellPadding);
     }
 
-    const Qt::Alignment alignment =
-        extra && (extra->set & GridCellExtra::HasAlignment) ? extra->alignment : column.alignment;
+    const Qt::Alignment alignment = m_grid.m_data.cellAlignment(row, col);
     if (column.type == GridColumnType::CheckBox) {
         paintCheck(p, m_grid.checkRect(rect, alignment), cell.flags & GridCell::Checked, fore);
         return;
@@ -227,9 +226,7 @@ void GridPainter::paintCell(QPainter &p, int row, int col, const QRect &rect, bo
         p.setFont(f);
     }
     p.setPen(fore);
-    const bool wrap = extra && (extra->set & GridCellExtra::HasWordWrap)
-                          ? bool(extra->set & GridCellExtra::WordWrap)
-                          : column.wordWrap;
+    const bool wrap = m_grid.m_data.cellWordWrap(row, col);
     const Qt::Alignment flags = (alignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
     if (wrap)
         p.drawText(area, int(flags) | Qt::TextWordWrap, text);

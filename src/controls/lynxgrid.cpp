@@ -1,19 +1,15 @@
 #include "controls/lynxgrid.h"
 
-#include "controls/grideditbox.h"
+#include "controls/grideditor.h"
 #include "controls/gridheader.h"
 #include "controls/lynxgridaccessible.h"
 #include "skin/skinparam.h"
 
 #include <QAccessible>
-#include <QComboBox>
 #include <QScrollBar>
 
-#include <cstring>
-#include <type_traits>
-
 LynxGrid::LynxGrid(QWidget *parent)
-    : QAbstractScrollArea(parent), m_header(new GridHeader(*this)), m_editBox(new GridEditBox(*this, viewport()))
+    : QAbstractScrollArea(parent), m_header(new GridHeader(*this)), m_editor(new GridEditor(*this))
 {
     // Every grid is a table to screen readers, whoever hosts it.
     static const bool accessible = [] {
@@ -61,7 +57,7 @@ int LynxGrid::AddItem(const QString &text, int row)
     if (count == m_data.capacity())
         m_data.reserve(qMax(count * 2, count + qMax(1, m_cacheIncrement)));
     const bool inserted = m_data.validRow(row);
-    if (inserted && m_editing && m_editRow >= row)
+    if (inserted && IsEditing() && m_editor->row() >= row)
         CancelEdit();
     row = m_data.insertItem(row);
     if (inserted) {
@@ -85,7 +81,7 @@ void LynxGrid::RemoveItem(int row)
 {
     if (!m_data.validRow(row))
         return;
-    if (m_editing && m_editRow >= row)
+    if (IsEditing() && m_editor->row() >= row)
         CancelEdit();
     m_data.removeItem(row);
     rearranged();
@@ -164,30 +160,7 @@ void LynxGrid::SetFormatCells(bool on)
 
 void LynxGrid::BindControl(int col, QWidget *control)
 {
-    if (!m_data.validPosition(col))
-        return;
-    GridColumn &column = m_data.column(col);
-    if (column.boundControl == control)
-        return;
-    if (m_editing && m_editCol == col)
-        CancelEdit();
-    if (QWidget *old = column.boundControl) {
-        old->removeEventFilter(this);
-        disconnect(old, nullptr, this, nullptr);
-    }
-    column.boundControl = control;
-    if (!control)
-        return;
-    control->setParent(viewport());
-    control->hide();
-    control->installEventFilter(this);
-    if (auto *combo = qobject_cast<QComboBox *>(control)) {
-        // Picking an entry ends the edit as an update.
-        connect(combo, &QComboBox::activated, this, [this, combo] {
-            if (m_editing && m_editControl == combo)
-                CommitEdit();
-        });
-    }
+    m_editor->bindControl(col, control);
 }
 
 void LynxGrid::SetCacheIncrement(int items)
@@ -308,7 +281,7 @@ void LynxGrid::SetColVisible(int col, bool visible)
 {
     if (!m_data.validPosition(col))
         return;
-    if (!visible && m_editing && m_editCol == col)
+    if (!visible && IsEditing() && m_editor->col() == col)
         CancelEdit();
     m_data.column(col).visible = visible;
     layoutChanged();
@@ -338,6 +311,17 @@ void LynxGrid::SetColImage(int col, int image)
     refresh();
 }
 
+QString LynxGrid::ColImageText(int col) const
+{
+    return m_data.validPosition(col) ? m_data.column(col).imageText : QString();
+}
+
+void LynxGrid::SetColImageText(int col, const QString &text)
+{
+    if (m_data.validPosition(col))
+        m_data.column(col).imageText = text;
+}
+
 int LynxGrid::ColPosition(int index) const
 {
     return m_data.positionOf(index);
@@ -365,369 +349,6 @@ int LynxGrid::ColLeft(int col) const
             x += m_data.column(c).width;
     }
     return x;
-}
-
-// ---- Items ----
-
-bool LynxGrid::ItemChecked(int row) const
-{
-    return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Checked);
-}
-
-void LynxGrid::SetItemChecked(int row, bool checked)
-{
-    if (!m_data.validRow(row))
-        return;
-    quint8 &flags = m_data.item(row).flags;
-    flags = checked ? (flags | GridItem::Checked) : (flags & ~GridItem::Checked);
-    refresh();
-}
-
-bool LynxGrid::ItemSelected(int row) const
-{
-    return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Selected);
-}
-
-void LynxGrid::SetItemSelected(int row, bool selected)
-{
-    if (!m_data.validRow(row))
-        return;
-    if (selected && !m_multiSelect) {
-        selectOnly(row);
-        return;
-    }
-    quint8 &flags = m_data.item(row).flags;
-    if (bool(flags & GridItem::Selected) == selected)
-        return;
-    flags = selected ? (flags | GridItem::Selected) : (flags & ~GridItem::Selected);
-    refresh();
-    emit SelectionChanged();
-}
-
-bool LynxGrid::ItemVisible(int row) const
-{
-    return m_data.validRow(row) && !(m_data.item(row).flags & GridItem::Hidden);
-}
-
-void LynxGrid::SetItemVisible(int row, bool visible)
-{
-    if (!m_data.validRow(row))
-        return;
-    if (!visible && m_editing && m_editRow == row)
-        CancelEdit();
-    m_data.setHidden(row, !visible);
-    layoutChanged();
-}
-
-int LynxGrid::ItemImage(int row) const
-{
-    if (!m_data.validRow(row))
-        return -1;
-    const GridItemExtra *extra = m_data.findItemExtra(row);
-    return extra ? extra->image : -1;
-}
-
-void LynxGrid::SetItemImage(int row, int image)
-{
-    if (!m_data.validRow(row))
-        return;
-    m_data.itemExtra(row).image = image;
-    refresh();
-}
-
-QColor LynxGrid::ItemBackColor(int row) const
-{
-    const GridItemExtra *extra = m_data.validRow(row) ? m_data.findItemExtra(row) : nullptr;
-    return extra ? extra->back : QColor();
-}
-
-void LynxGrid::SetItemBackColor(int row, const QColor &color)
-{
-    if (!m_data.validRow(row))
-        return;
-    m_data.itemExtra(row).back = color;
-    refresh();
-}
-
-QColor LynxGrid::ItemForeColor(int row) const
-{
-    const GridItemExtra *extra = m_data.validRow(row) ? m_data.findItemExtra(row) : nullptr;
-    return extra ? extra->fore : QColor();
-}
-
-void LynxGrid::SetItemForeColor(int row, const QColor &color)
-{
-    if (!m_data.validRow(row))
-        return;
-    m_data.itemExtra(row).fore = color;
-    refresh();
-}
-
-bool LynxGrid::ItemFontBold(int row) const
-{
-    return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Bold);
-}
-
-void LynxGrid::SetItemFontBold(int row, bool bold)
-{
-    if (!m_data.validRow(row))
-        return;
-    quint8 &flags = m_data.item(row).flags;
-    flags = bold ? (flags | GridItem::Bold) : (flags & ~GridItem::Bold);
-    refresh();
-}
-
-qint32 LynxGrid::ItemData(int row) const
-{
-    return m_data.validRow(row) ? m_data.item(row).data : 0;
-}
-
-void LynxGrid::SetItemData(int row, qint32 data)
-{
-    if (m_data.validRow(row))
-        m_data.item(row).data = data;
-}
-
-QString LynxGrid::ItemTag(int row) const
-{
-    const GridItemExtra *extra = m_data.validRow(row) ? m_data.findItemExtra(row) : nullptr;
-    return extra ? extra->tag : QString();
-}
-
-void LynxGrid::SetItemTag(int row, const QString &tag)
-{
-    if (m_data.validRow(row))
-        m_data.itemExtra(row).tag = tag;
-}
-
-int LynxGrid::CheckedCount() const
-{
-    int count = 0;
-    for (int row = 0; row < ItemCount(); ++row)
-        count += (m_data.item(row).flags & GridItem::Checked) ? 1 : 0;
-    return count;
-}
-
-int LynxGrid::SelectedCount() const
-{
-    int count = 0;
-    for (int row = 0; row < ItemCount(); ++row)
-        count += (m_data.item(row).flags & GridItem::Selected) ? 1 : 0;
-    return count;
-}
-
-int LynxGrid::ItemsVisible() const
-{
-    return viewport()->height() / m_rowHeight;
-}
-
-// ---- Cells ----
-
-QString LynxGrid::CellText(int row, int col) const
-{
-    return validCell(row, col) ? m_data.cell(row, col).text : QString();
-}
-
-void LynxGrid::SetCellText(int row, int col, const QString &text)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cell(row, col).text = text;
-    refresh();
-}
-
-int LynxGrid::CellImage(int row, int col) const
-{
-    const GridCellExtra *extra = validCell(row, col) ? m_data.findCellExtra(row, col) : nullptr;
-    return extra ? extra->image : -1;
-}
-
-void LynxGrid::SetCellImage(int row, int col, int image)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cellExtra(row, col).image = image;
-    refresh();
-}
-
-bool LynxGrid::CellChecked(int row, int col) const
-{
-    return validCell(row, col) && (m_data.cell(row, col).flags & GridCell::Checked);
-}
-
-void LynxGrid::SetCellChecked(int row, int col, bool checked)
-{
-    if (!validCell(row, col))
-        return;
-    quint8 &flags = m_data.cell(row, col).flags;
-    flags = checked ? (flags | GridCell::Checked) : (flags & ~GridCell::Checked);
-    refresh();
-}
-
-int LynxGrid::CellProgressValue(int row, int col) const
-{
-    const GridCellExtra *extra = validCell(row, col) ? m_data.findCellExtra(row, col) : nullptr;
-    return extra ? extra->progress : -1;
-}
-
-void LynxGrid::SetCellProgressValue(int row, int col, int value)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cellExtra(row, col).progress = value < 0 ? -1 : qMin(value, 100);
-    refresh();
-}
-
-Qt::Alignment LynxGrid::CellAlignment(int row, int col) const
-{
-    if (!validCell(row, col))
-        return {};
-    const GridCellExtra *extra = m_data.findCellExtra(row, col);
-    return extra && (extra->set & GridCellExtra::HasAlignment) ? extra->alignment : m_data.column(col).alignment;
-}
-
-void LynxGrid::SetCellAlignment(int row, int col, Qt::Alignment alignment)
-{
-    if (!validCell(row, col))
-        return;
-    GridCellExtra &extra = m_data.cellExtra(row, col);
-    extra.alignment = alignment;
-    extra.set |= GridCellExtra::HasAlignment;
-    refresh();
-}
-
-QColor LynxGrid::CellBackColor(int row, int col) const
-{
-    const GridCellExtra *extra = validCell(row, col) ? m_data.findCellExtra(row, col) : nullptr;
-    return extra ? extra->back : QColor();
-}
-
-void LynxGrid::SetCellBackColor(int row, int col, const QColor &color)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cellExtra(row, col).back = color;
-    refresh();
-}
-
-QColor LynxGrid::CellForeColor(int row, int col) const
-{
-    const GridCellExtra *extra = validCell(row, col) ? m_data.findCellExtra(row, col) : nullptr;
-    return extra ? extra->fore : QColor();
-}
-
-void LynxGrid::SetCellForeColor(int row, int col, const QColor &color)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cellExtra(row, col).fore = color;
-    refresh();
-}
-
-QString LynxGrid::CellFontName(int row, int col) const
-{
-    const GridCellExtra *extra = validCell(row, col) ? m_data.findCellExtra(row, col) : nullptr;
-    return extra && !extra->fontName.isEmpty() ? extra->fontName : font().family();
-}
-
-void LynxGrid::SetCellFontName(int row, int col, const QString &family)
-{
-    if (!validCell(row, col))
-        return;
-    m_data.cellExtra(row, col).fontName = family;
-    refresh();
-}
-
-namespace {
-
-// A cell's own font flag when it has one, otherwise the fallback.
-bool cellFlag(const GridCellExtra *extra, quint16 has, quint16 flag, bool fallback)
-{
-    return extra && (extra->set & has) ? bool(extra->set & flag) : fallback;
-}
-
-void setCellFlag(GridCellExtra &extra, quint16 has, quint16 flag, bool on)
-{
-    extra.set |= has;
-    extra.set = on ? (extra.set | flag) : (extra.set & ~flag);
-}
-
-} // namespace
-
-bool LynxGrid::CellFontBold(int row, int col) const
-{
-    if (!validCell(row, col))
-        return false;
-    return cellFlag(m_data.findCellExtra(row, col), GridCellExtra::HasBold, GridCellExtra::Bold,
-                    ItemFontBold(row) || font().bold());
-}
-
-void LynxGrid::SetCellFontBold(int row, int col, bool on)
-{
-    if (!validCell(row, col))
-        return;
-    setCellFlag(m_data.cellExtra(row, col), GridCellExtra::HasBold, GridCellExtra::Bold, on);
-    refresh();
-}
-
-bool LynxGrid::CellFontItalic(int row, int col) const
-{
-    if (!validCell(row, col))
-        return false;
-    return cellFlag(m_data.findCellExtra(row, col), GridCellExtra::HasItalic, GridCellExtra::Italic, font().italic());
-}
-
-void LynxGrid::SetCellFontItalic(int row, int col, bool on)
-{
-    if (!validCell(row, col))
-        return;
-    setCellFlag(m_data.cellExtra(row, col), GridCellExtra::HasItalic, GridCellExtra::Italic, on);
-    refresh();
-}
-
-bool LynxGrid::CellFontUnderline(int row, int col) const
-{
-    if (!validCell(row, col))
-        return false;
-    return cellFlag(m_data.findCellExtra(row, col), GridCellExtra::HasUnderline, GridCellExtra::Underline,
-                    font().underline());
-}
-
-void LynxGrid::SetCellFontUnderline(int row, int col, bool on)
-{
-    if (!validCell(row, col))
-        return;
-    setCellFlag(m_data.cellExtra(row, col), GridCellExtra::HasUnderline, GridCellExtra::Underline, on);
-    refresh();
-}
-
-bool LynxGrid::CellWordWrap(int row, int col) const
-{
-    if (!validCell(row, col))
-        return false;
-    return cellFlag(m_data.findCellExtra(row, col), GridCellExtra::HasWordWrap, GridCellExtra::WordWrap,
-                    m_data.column(col).wordWrap);
-}
-
-void LynxGrid::SetCellWordWrap(int row, int col, bool wrap)
-{
-    if (!validCell(row, col))
-        return;
-    setCellFlag(m_data.cellExtra(row, col), GridCellExtra::HasWordWrap, GridCellExtra::WordWrap, wrap);
-    refresh();
-}
-
-bool LynxGrid::CellChanged(int row, int col) const
-{
-    return validCell(row, col) && (m_data.cell(row, col).flags & GridCell::Changed);
-}
-
-void LynxGrid::SetCellChanged(int row, int col, bool changed)
-{
-    if (!validCell(row, col))
-        return;
-    quint8 &flags = m_data.cell(row, col).flags;
-    flags = changed ? (flags | GridCell::Changed) : (flags & ~GridCell::Changed);
 }
 
 // ---- Position ----
@@ -804,17 +425,13 @@ int LynxGrid::SortColumn() const
 void LynxGrid::SetBackColorEdit(const QColor &color)
 {
     m_look.backEdit = color;
-    QPalette palette = m_editBox->palette();
-    palette.setColor(QPalette::Base, color);
-    m_editBox->setPalette(palette);
+    m_editor->setColor(QPalette::Base, color);
 }
 
 void LynxGrid::SetForeColorEdit(const QColor &color)
 {
     m_look.foreEdit = color;
-    QPalette palette = m_editBox->palette();
-    palette.setColor(QPalette::Text, color);
-    m_editBox->setPalette(palette);
+    m_editor->setColor(QPalette::Text, color);
 }
 
 void LynxGrid::SetCheckBoxes(bool on)
@@ -963,24 +580,6 @@ void LynxGrid::SetImageList(const QList<QIcon> &images)
     refresh();
 }
 
-namespace {
-
-// Which of the program's themes a set of colours is; -1 for colours of no theme.
-int themeIndexOf(const ThemeColors &colors)
-{
-    static_assert(std::has_unique_object_representations_v<ThemeColors>, "compared byte by byte");
-    const auto same = [&colors](const ThemeColors &theme) {
-        return std::memcmp(&colors, &theme, sizeof colors) == 0;
-    };
-    if (same(cSkinParam::PaleBlueColors()))
-        return cSkinParam::PaleBlue;
-    if (same(cSkinParam::BlackNightColors()))
-        return cSkinParam::BlackNight;
-    return -1;
-}
-
-} // namespace
-
 void LynxGrid::SetThemeColor(int themeIndex)
 {
     if (themeIndex == cSkinParam::PaleBlue)
@@ -993,22 +592,10 @@ void LynxGrid::SetThemeColor(int themeIndex)
 
 void LynxGrid::SetThemeColors(const ThemeColors &colors)
 {
-    m_themeIndex = themeIndexOf(colors);
-    const auto color = [](quint32 argb) { return QColor::fromRgba(argb); };
-    m_look.back = color(colors.Back);
-    m_look.backAlt = color(colors.BackAlt);
-    m_look.backBkg = color(colors.BackBkg);
-    m_look.backFixed = color(colors.BackFixed);
-    m_look.backSel = color(colors.BackSel);
-    m_look.fore = color(colors.Fore);
-    m_look.foreFixed = color(colors.ForeFixed);
-    m_look.foreSel = color(colors.ForeSel);
-    m_look.foreHdr = color(colors.ForeHdr);
-    m_look.grid = color(colors.Grid);
-    m_look.progress = color(colors.ProgressBar);
-    m_look.focusRect = color(colors.FocusRect);
-    SetBackColorEdit(color(colors.BackEdit));
-    SetForeColorEdit(color(colors.ForeEdit));
+    m_themeIndex = GridLook::ThemeIndexOf(colors);
+    m_look.setTheme(colors);
+    m_editor->setColor(QPalette::Base, m_look.backEdit);
+    m_editor->setColor(QPalette::Text, m_look.foreEdit);
     refresh();
     emit ThemeChanged();
 }

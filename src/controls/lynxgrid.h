@@ -1,16 +1,16 @@
 #pragma once
 
 #include "controls/griddata.h"
+#include "controls/gridlook.h"
 #include "controls/themedcontrol.h"
 
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
 #include <QIcon>
 #include <QList>
-#include <QPointer>
 
 struct ThemeColors;
-class GridEditBox;
+class GridEditor;
 class GridHeader;
 
 enum class GridLineMode { None, Horizontal, Vertical, Both };
@@ -105,6 +105,10 @@ public:
     void SetColTag(int col, const QString &tag);
     int ColImage(int col) const;
     void SetColImage(int col, int image);
+    // The name a screen reader gives the column's cells that have no text, such as
+    // cells that only show the column's image.
+    QString ColImageText(int col) const;
+    void SetColImageText(int col, const QString &text);
     // The current position of the column created as index; -1 when there is none.
     int ColPosition(int index) const;
     void SetColPosition(int index, int position);
@@ -216,7 +220,7 @@ public:
     // Ends the running edit as an update; true when the update was accepted.
     bool CommitEdit();
     void CancelEdit();
-    bool IsEditing() const { return m_editing; }
+    bool IsEditing() const;
     QColor BackColorEdit() const { return m_look.backEdit; }
     void SetBackColorEdit(const QColor &color);
     QColor ForeColorEdit() const { return m_look.foreEdit; }
@@ -374,21 +378,13 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void changeEvent(QEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    friend class GridEditBox;
+    friend class GridEditor;
     friend class GridHeader;
     friend class GridPainter;
     friend class LynxGridAccessible;
     friend class LynxGridCellAccessible;
-
-    struct Look
-    {
-        QColor back, backAlt, backBkg, backFixed, backSel, backEdit;
-        QColor fore, foreFixed, foreSel, foreHdr, foreEdit, foreTotals;
-        QColor grid, progress, focusRect;
-    };
 
     bool validCell(int row, int col) const { return m_data.validRow(row) && m_data.validPosition(col); }
     void refresh();
@@ -400,7 +396,6 @@ private:
     void layoutChanged();
     void updateScrollBars();
     void placeHeader();
-    void placeEditor();
     int headerHeight() const;
     int pageRows() const;
     int contentWidth() const;
@@ -420,16 +415,13 @@ private:
     void moveCurrent(int displayRow, int col, Qt::KeyboardModifiers mods);
     int nextVisibleCol(int col, int step) const;
     void toggleCheck(int row, int col);
-    bool startEditor(int row, int col, const QString &initial, bool replace);
-    void closeEditor();
-    qint16 filterEditKey(int col, qint16 key);
     void typeAhead(const QString &text);
     void clickHeading(int col);
 
     GridData m_data;
-    Look m_look;
+    GridLook m_look;
     GridHeader *m_header;
-    GridEditBox *m_editBox;
+    GridEditor *m_editor; // a child, so that it outlives the edit box in the viewport
 
     bool m_formatCells = false;
     int m_cacheIncrement = 1000;
@@ -449,10 +441,6 @@ private:
     GridSortOrder m_sortOrder = GridSortOrder::Ascending;
     bool m_editable = true;
     int m_editTrigger = EditF2 | EditEnter | EditDblClick | EditClickCurrent;
-    bool m_editing = false;
-    int m_editRow = -1;
-    int m_editCol = -1;
-    QPointer<QWidget> m_editControl;
     bool m_checkBoxes = false;
     int m_rowHeight = 20;
     int m_rowHeightMin = 0;

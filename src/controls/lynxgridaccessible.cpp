@@ -210,7 +210,13 @@ QString LynxGridCellAccessible::text(QAccessible::Text t) const
 {
     if (!isValid() || (t != QAccessible::Name && t != QAccessible::Value))
         return {};
-    return m_row < 0 ? m_grid->ColHeading(m_col) : m_grid->CellText(m_row, m_col);
+    if (m_row < 0)
+        return m_grid->ColHeading(m_col);
+    const QString cellText = m_grid->CellText(m_row, m_col);
+    // A cell that only shows a picture is named by what the picture stands for.
+    if (t == QAccessible::Name && cellText.isEmpty())
+        return m_grid->ColImageText(m_col);
+    return cellText;
 }
 
 QRect LynxGridCellAccessible::rect() const

@@ -1,13 +1,11 @@
-// LynxGrid: geometry, mouse and keyboard, selection and the edit protocol.
+// LynxGrid: geometry, mouse and keyboard, selection and sorting.
 #include "controls/lynxgrid.h"
 
-#include "controls/grideditbox.h"
+#include "controls/grideditor.h"
 #include "controls/gridheader.h"
 #include "controls/gridpainter.h"
 #include "controls/gridsorter.h"
 
-#include <QApplication>
-#include <QComboBox>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -132,7 +130,7 @@ void LynxGrid::layoutChanged()
         return;
     placeHeader();
     updateScrollBars();
-    placeEditor();
+    m_editor->place();
     refresh();
 }
 
@@ -173,14 +171,14 @@ void LynxGrid::resizeEvent(QResizeEvent *event)
     QAbstractScrollArea::resizeEvent(event);
     placeHeader();
     updateScrollBars();
-    placeEditor();
+    m_editor->place();
 }
 
 void LynxGrid::scrollContentsBy(int, int)
 {
     viewport()->update();
     m_header->update();
-    placeEditor();
+    m_editor->place();
     emit Scroll();
 }
 
@@ -188,7 +186,7 @@ void LynxGrid::changeEvent(QEvent *event)
 {
     QAbstractScrollArea::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
-        m_editBox->setFont(font());
+        m_editor->setFont(font());
         m_header->setFont(font());
         SetAutoSizeRow(m_autoSizeRow);
     }
@@ -306,43 +304,22 @@ void LynxGrid::clickHeading(int col)
 
 bool LynxGrid::EditCell(int row, int col)
 {
-    return startEditor(row, col, QString(), false);
+    return m_editor->start(row, col, QString(), false);
 }
 
-bool LynxGrid::startEditor(int row, int col, const QString &initial, bool replace)
+bool LynxGrid::CommitEdit()
 {
-    if (m_editing)
-        CommitEdit();
-    if (!m_editable || !validCell(row, col) || !ColVisible(col))
-        return false;
-    bool cancel = false;
-    emit RequestEdit(row, col, cancel);
-    if (cancel || !validCell(row, col))
-        return false;
+    return m_editor->commit();
+}
 
-    if (m_data.column(col).type == GridColumnType::CheckBox) {
-        toggleCheck(row, col);
-        return true;
-    }
-    setCurrent(row, col);
-    ensureVisible(row, col);
-    m_editing = true;
-    m_editRow = row;
-    m_editCol = col;
-    QWidget *bound = m_data.column(col).boundControl;
-    m_editControl = bound ? bound : m_editBox;
-    if (!bound) {
-        m_editBox->setText(replace ? initial : m_data.cell(row, col).text);
-        if (replace)
-            m_editBox->end(false);
-        else
-            m_editBox->selectAll();
-    }
-    placeEditor();
-    m_editControl->show();
-    m_editControl->raise();
-    m_editControl->setFocus(Qt::OtherFocusReason);
-    return true;
+void LynxGrid::CancelEdit()
+{
+    m_editor->cancel();
+}
+
+bool LynxGrid::IsEditing() const
+{
+    return m_editor->isEditing();
 }
 
 void LynxGrid::toggleCheck(int row, int col)
@@ -353,120 +330,13 @@ void LynxGrid::toggleCheck(int row, int col)
     emit CellUpdated(row, col);
 }
 
-void LynxGrid::placeEditor()
-{
-    if (!m_editing || !m_editControl)
-        return;
-    QRect rect = cellRect(m_editRow, m_editCol);
-    if (m_editControl != m_editBox) {
-        // A drop-down needs its own height; centre it on the row.
-        const int height = qMax(rect.height(), m_editControl->sizeHint().height());
-        rect = QRect(rect.left(), rect.center().y() - height / 2, qMax(rect.width(), 40), height);
-    } else {
-        rect.adjust(1, 1, -1, -1);
-    }
-    m_editControl->setGeometry(rect);
-}
-
-void LynxGrid::closeEditor()
-{
-    m_editing = false;
-    QWidget *control = m_editControl;
-    m_editControl = nullptr;
-    if (!control)
-        return;
-    const QWidget *focused = QApplication::focusWidget();
-    if (focused && (focused == control || control->isAncestorOf(focused)))
-        setFocus(Qt::OtherFocusReason);
-    control->hide();
-    refresh();
-}
-
-bool LynxGrid::CommitEdit()
-{
-    if (!m_editing)
-        return false;
-    const int row = m_editRow;
-    const int col = m_editCol;
-    QString value;
-    if (m_editControl == m_editBox)
-        value = m_editBox->text();
-    else if (auto *combo = qobject_cast<QComboBox *>(m_editControl.data()))
-        value = combo->currentText();
-    else if (m_editControl)
-        value = m_editControl->property("text").toString();
-    closeEditor();
-    if (!validCell(row, col))
-        return false;
-
-    bool cancel = false;
-    emit RequestUpdate(row, col, value, cancel);
-    if (cancel || !validCell(row, col))
-        return false;
-    GridCell &cell = m_data.cell(row, col);
-    if (cell.text != value) {
-        cell.text = value;
-        if (m_trackEdits)
-            cell.flags |= GridCell::Changed;
-    }
-    refresh();
-    emit CellUpdated(row, col);
-    return true;
-}
-
-void LynxGrid::CancelEdit()
-{
-    if (m_editing)
-        closeEditor();
-}
-
-qint16 LynxGrid::filterEditKey(int col, qint16 key)
-{
-    const QString filter = ColInputFilter(col);
-    const QChar typed(static_cast<char16_t>(static_cast<quint16>(key)));
-    if (filter == u"<")
-        key = static_cast<qint16>(typed.toLower().unicode());
-    else if (filter == u">")
-        key = static_cast<qint16>(typed.toUpper().unicode());
-    else if (!filter.isEmpty() && key != 8 && key != 46 && !filter.contains(typed, Qt::CaseInsensitive))
-        key = 0;
-    emit EditKeyPress(col, key);
-    return key;
-}
-
-bool LynxGrid::eventFilter(QObject *watched, QEvent *event)
-{
-    if (m_editing && watched == m_editControl && watched != m_editBox) {
-        if (event->type() == QEvent::KeyPress) {
-            const int key = static_cast<QKeyEvent *>(event)->key();
-            if (key == Qt::Key_Escape) {
-                CancelEdit();
-                return true;
-            }
-            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-                CommitEdit();
-                return true;
-            }
-        } else if (event->type() == QEvent::FocusOut) {
-            const auto reason = static_cast<QFocusEvent *>(event)->reason();
-            const QWidget *focused = QApplication::focusWidget();
-            const bool inside = focused && (focused == m_editControl || m_editControl->isAncestorOf(focused));
-            // The drop-down's own list takes the focus while it is open.
-            if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason && !inside)
-                CommitEdit();
-        }
-    }
-    return QAbstractScrollArea::eventFilter(watched, event);
-}
-
 // ---- Mouse ----
 
 void LynxGrid::mousePressEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
     emit MouseDown(int(event->button()), shiftState(event->modifiers()), pos.x(), pos.y());
-    if (m_editing)
-        CommitEdit();
+    CommitEdit();
     setFocus(Qt::MouseFocusReason);
     m_pressButtons = event->buttons();
     m_pressedOnCurrent = false;
@@ -517,7 +387,7 @@ void LynxGrid::mouseMoveEvent(QMouseEvent *event)
         m_mouseCol = col;
         emit MouseCell(row, col);
     }
-    if (m_multiSelect && (event->buttons() & Qt::LeftButton) && row >= 0 && row != m_row && !m_editing) {
+    if (m_multiSelect && (event->buttons() & Qt::LeftButton) && row >= 0 && row != m_row && !IsEditing()) {
         setCurrent(row, col < 0 ? m_col : col);
         selectRange(m_anchor, row);
         ensureVisible(row, m_col);
@@ -647,15 +517,7 @@ void LynxGrid::keyPressEvent(QKeyEvent *event)
         return;
     const QString typed(QChar(static_cast<char16_t>(static_cast<quint16>(key))));
     if ((m_editTrigger & EditAnyKey) && m_row >= 0) {
-        const int row = m_row;
-        const int col = m_col;
-        startEditor(row, col, QString(), true);
-        // The first character goes through the column's filter like every other.
-        if (m_editing && m_editControl == m_editBox) {
-            const qint16 passed = filterEditKey(col, key);
-            if (passed != 0 && passed != 8)
-                m_editBox->insert(QString(QChar(static_cast<char16_t>(static_cast<quint16>(passed)))));
-        }
+        m_editor->startTyping(m_row, m_col, key);
     } else if (m_searchColumn >= 0) {
         typeAhead(typed);
     }

@@ -331,6 +331,7 @@ void FrmStations::createColumns()
     }
     m_grid->SetColImage(ColPlay, 0);
     m_grid->SetColImageAlignment(ColPlay, Qt::AlignHCenter);
+    m_grid->SetColImageText(ColPlay, QStringLiteral("Play"));
     m_grid->BindControl(ColRating, m_cboRating);
     m_grid->SetRedraw(true);
 }
