@@ -28,7 +28,12 @@ LynxGrid::LynxGrid(QWidget *parent)
     SetAutoSizeRow(true);
 }
 
-LynxGrid::~LynxGrid() = default;
+LynxGrid::~LynxGrid()
+{
+    // The edit box goes with the children, after the grid's data: an edit still
+    // open must not be committed by its losing the focus then.
+    m_editor->cancel();
+}
 
 // ---- Structure ----
 
