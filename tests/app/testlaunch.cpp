@@ -14,11 +14,9 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QPushButton>
-#include <QTcpServer>
 #include <QTest>
 #include <QTimer>
 
@@ -43,13 +41,11 @@ protected:
         program.start(copy, QProcess::splitCommand(arguments));
         ASSERT_TRUE(program.waitForStarted(10000));
     }
-
     // Waits for the program to end while this test's own loop keeps serving it.
     bool exited(int milliseconds)
     {
         return waitUntil([this] { return program.state() == QProcess::NotRunning; }, milliseconds);
     }
-
     IcyServer server;
     QProcess program;
 };
@@ -60,8 +56,8 @@ struct OrdinaryStart
     explicit OrdinaryStart(const TempProfile &profile)
         : state(profile.installFolder(), prompt), windows(state), startup(state, windows)
     {
-        QFile::copy(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/Stations.txt"_s,
-                    profile.installFolder() + u"/Stations.txt"_s);
+        TempProfile::writeFile(profile.installFolder() + u"/Stations.txt"_s,
+                               IcyServer::dataFile(u"Stations.txt"_s));
         windows.setStartup(&startup);
         shown = startup.SubMain({});
         for (QWidget *w : QApplication::topLevelWidgets()) {
@@ -71,7 +67,6 @@ struct OrdinaryStart
         if (main)
             grid = main->findChild<LynxGrid *>(u"LynxGrid1"_s);
     }
-
     // As in the program: the end comes inside the running loop, and the
     // closing procedure ends that loop.
     int runUntil(const std::function<void()> &end)
@@ -79,7 +74,6 @@ struct OrdinaryStart
         QTimer::singleShot(0, main, end);
         return QApplication::exec();
     }
-
     ScriptedPrompt prompt;
     AppState state;
     QtAppWindows windows;
@@ -96,16 +90,13 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     ASSERT_NE(program.grid, nullptr);
     ASSERT_GE(program.state.catalogue.StationCount(), 25);
     EXPECT_EQ(program.grid->ItemCount(), program.state.catalogue.StationCount());
-
     program.main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
     QTest::mouseClick(program.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
     EXPECT_LT(program.grid->ItemCount(), program.state.catalogue.StationCount());
     const QString renamed = program.grid->CellText(0, 1) + u" renamed"_s;
     program.grid->SetCellText(0, 1, renamed);
     program.grid->SetCellChanged(0, 1, true);
-
     EXPECT_EQ(program.runUntil([&program] { program.startup.Terminate(); }), 0);
-
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
     Catalogue saved;
     saved.Load(program.prompt, AppState::AppTitle);
@@ -119,11 +110,8 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
 
 TEST_F(LaunchTest, ARecordingWhoseStationRefusesEndsTheProgram)
 {
-    QTcpServer closed;
-    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
-    const quint16 port = closed.serverPort();
-    closed.close();
-    ASSERT_NO_FATAL_FAILURE(launch(u"-a 127.0.0.1:%1/live -w Loop -s ./%STATION%.mp3 -b 1"_s.arg(port)));
+    ASSERT_NO_FATAL_FAILURE(
+        launch(u"-a 127.0.0.1:%1/live -w Loop -s ./%STATION%.mp3 -b 1"_s.arg(IcyServer::refusedPort())));
     ASSERT_TRUE(exited(20000)) << "an unattended recording must not run on for ever";
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0);
@@ -141,11 +129,9 @@ TEST_F(LaunchTest, TerminatingARecordingWritesWhatWasStillCached)
     const QString file = profile.dataFolder() + u"Rec/Loop.mp3"_s;
     const qint64 before = QFileInfo(file).size();
     EXPECT_LE(before, 8000);
-
     program.terminate();
     ASSERT_TRUE(exited(20000));
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-
     const QByteArray bytes = TempProfile::readFile(file);
     // The interval before the first title opens the file twice over, as at
     // every title change; from there on the audio runs on unbroken.

@@ -15,7 +15,6 @@
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -42,7 +41,6 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     // A copy in the profile's installation folder, so no installed file of the build tree is taken over.
     const QString program = profile.installFolder() + u"/tunecatch"_s;
     ASSERT_TRUE(QFile::copy(qEnvironmentVariable("TUNECATCH_BIN_DIR") + u"/tunecatch"_s, program));
-
     ScriptedPrompt prompt;
     prompt.answers = {true};
     AppState state(profile.installFolder(), prompt);
@@ -64,13 +62,11 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     window->findChild<QRadioButton *>(u"optBreak1"_s)->setChecked(true);
     window->findChild<QLineEdit *>(u"txtBreak1"_s)->setText(u"1"_s);
     QTest::mouseClick(window->findChild<QPushButton *>(u"cmdSchedule"_s), Qt::LeftButton);
-
     EXPECT_EQ(dialogStop, u"After megabytes 1"_s);
     const QWidget *list = window->findChild<QWidget *>(u"FrmScheduledTasks"_s);
     ASSERT_NE(list, nullptr) << "Yes to the question opens the scheduled recordings";
     EXPECT_TRUE(list->isVisible());
     delete window;
-
     SystemdTaskService service(SystemdTaskService::UserUnitFolder(), *systemctl);
     Schedule schedule(service);
     schedule.Refresh();
@@ -82,7 +78,6 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     EXPECT_EQ(task->WorkingDirectory(), profile.installFolder() + u'/');
     EXPECT_EQ(task->Triggers()->item(1)->Text(), u"At 21:15 on 2031-01-31"_s);
     EXPECT_TRUE(systemctl->calls.contains(u"restart Loop\\x20FM_2031\\x2d01\\x2d31_20\\x2d15.timer"_s));
-
     // What systemd starts: the service's ExecStart=, in the service's folder.
     const QString unit = QString::fromUtf8(TempProfile::readFile(task->filename()));
     const QRegularExpressionMatch exec = QRegularExpression(u"\nExecStart=(.*)\n"_s).match(unit);
@@ -92,7 +87,6 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     ASSERT_TRUE(words);
     EXPECT_EQ(words->first(), program);
     EXPECT_EQ(words->mid(1), line.split(u' '));
-
     QProcess run;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
@@ -105,7 +99,6 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
         << run.readAllStandardError().toStdString();
     EXPECT_EQ(run.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(run.exitCode(), 0) << run.readAllStandardError().toStdString();
-
     const QDir rec(profile.dataFolder() + u"Rec"_s);
     const QStringList files = rec.entryList({u"Loop FM_*.mp3"_s}, QDir::Files);
     ASSERT_EQ(files.size(), 1) << rec.entryList().join(u',').toStdString();

@@ -25,7 +25,6 @@ TEST(Conversions, TextToBooleanAndNumbers)
         EXPECT_FALSE(Convert::ToBoolean(QString::fromLatin1(no))) << no;
     for (const char *bad : {"yes", "", "on", "1x"})
         EXPECT_THROW(Convert::ToBoolean(QString::fromLatin1(bad)), AppError) << bad;
-
     // Whole numbers round half to even.
     for (const auto &[text, number] : {std::pair{" 3 ", 3}, {"2.5", 2}, {"3.5", 4}, {"-7", -7}})
         EXPECT_EQ(Convert::ToInt32(QString::fromLatin1(text)), number) << text;
@@ -45,11 +44,9 @@ TEST_F(SettingsTest, ValuesLiveAsTextInTheConfigSectionOfTunecatch)
     EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::V, 27), 27);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), QString());
     EXPECT_TRUE(SettingsStore::GetBoolean(SettingsStore::AppSkinOn, true));
-
     SettingsStore::SaveNumber(SettingsStore::V, 32);
     SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, false);
     SettingsStore::SaveSetting(SettingsStore::OptGenre, u"Jazz"_s);
-
     QSettings file(profile.configFile(), QSettings::IniFormat);
     EXPECT_EQ(file.value(u"CONFIG/V"_s).toString(), u"32"_s);
     EXPECT_EQ(file.value(u"CONFIG/AppSkinOn"_s).toString(), u"False"_s);
@@ -62,7 +59,6 @@ TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutW
     ScriptedPrompt prompt;
     AppState state(profile.installFolder(), prompt);
     state.TrimToolCommand = u"mytool %MP3FILE%"_s;
-
     {
         FrmSettings dialog(state);
         auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
@@ -75,7 +71,6 @@ TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutW
     }
     // Restoring wrote at once: cancelling afterwards keeps the default.
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), AppState::DefaultTrimTool);
-
     {
         FrmSettings dialog(state);
         auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
@@ -85,7 +80,6 @@ TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutW
     }
     EXPECT_EQ(state.TrimToolCommand, u"x"_s);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), u"x"_s);
-
     {
         FrmSettings dialog(state);
         dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s)->setText(u"changed"_s);

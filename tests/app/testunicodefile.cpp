@@ -27,17 +27,14 @@ TEST_F(UnicodeFile, ReadBytesSkipsTheMarkAndLeavesTheLastByteUnread)
     const struct
     {
         const char *file;
-        bool detect;
-        bool found;
+        bool detect, found;
         const char *read;
-    } rows[] = {
-        {"fffe", true, true, ""},
-        {"fffe41000d000a00", true, true, "41000d000a"},
-        {"ffff4100", true, false, "ffff4100"},
-        {"fffe4100", false, false, "fffe4100"},
-        {"ff", true, false, "ff"},
-        {"", true, false, ""},
-    };
+    } rows[] = {{"fffe", true, true, ""},
+                {"fffe41000d000a00", true, true, "41000d000a"},
+                {"ffff4100", true, false, "ffff4100"},
+                {"fffe4100", false, false, "fffe4100"},
+                {"ff", true, false, "ff"},
+                {"", true, false, ""}};
     const QString file = path("f.bin");
     for (const auto &row : rows) {
         SCOPED_TRACE(row.file);
@@ -46,7 +43,6 @@ TEST_F(UnicodeFile, ReadBytesSkipsTheMarkAndLeavesTheLastByteUnread)
         EXPECT_EQ(ModUnicodeFile::ReadBytes(file, buffer, row.detect), row.found);
         EXPECT_EQ(buffer.toHex(), row.read);
     }
-
     QByteArray buffer("kept");
     EXPECT_FALSE(ModUnicodeFile::ReadBytes(path("missing"), buffer, true));
     EXPECT_EQ(buffer, "kept");
@@ -59,11 +55,9 @@ TEST_F(UnicodeFile, WriteDeletesTheOldFileBeforeWriting)
     TempProfile::writeFile(target, "old");
     // A second name for the same file: writing in place would change it too.
     ASSERT_EQ(::link(QFile::encodeName(target).constData(), QFile::encodeName(other).constData()), 0);
-
     ModUnicodeFile::WriteBytes(target, QByteArray::fromHex("4100"), true);
     EXPECT_EQ(TempProfile::readFile(target).toHex(), "fffe4100");
     EXPECT_EQ(TempProfile::readFile(other), "old");
-
     ModUnicodeFile::WriteBytes(target, "xy", false);
     EXPECT_EQ(TempProfile::readFile(target), "xy");
 }
@@ -81,7 +75,6 @@ TEST_F(UnicodeFile, WriteOverAReadOnlyFileThrowsAndKeepsIt)
         EXPECT_EQ(e.number(), AppError::PathFileAccess);
     }
     EXPECT_EQ(TempProfile::readFile(target), "old");
-
     const QString parent = path("plain");
     TempProfile::writeFile(parent, "x");
     EXPECT_THROW(ModUnicodeFile::WriteBytes(parent + u"/child"_s, "new", false), AppError);

@@ -17,7 +17,6 @@ class Import : public ProfileTest
 {
 protected:
     Import() { QDir().mkpath(folder); }
-
     // A one-entry playlist file in the folder.
     void writePls(const QString &fileName, const QString &file1, const QString &title1,
                   const QString &eol = u"\n"_s)
@@ -41,7 +40,6 @@ protected:
         catalogue.ImportFolder(folder, u"Pop"_s, secondVariant, prompt, u"Tunecatch"_s);
     }
     QString cataloguePath() const { return profile.dataFolder() + u"Stations.txt"_s; }
-
     const QString folder = profile.root() + u"/playlists"_s;
     Catalogue catalogue;
     ScriptedPrompt prompt;
@@ -59,7 +57,6 @@ TEST_F(Import, DirectoryPlaylistGivesAnSsrnStationWithNewStationDefaults)
     EXPECT_TRUE(catalogue.Dirty);
     // The same directory number under another name, in another letter case, is the same station.
     EXPECT_FALSE(import(false, u"Other _#_ 64 _#_ 12345.PLS"_s, u"http://b/"_s, u"Other"_s));
-
     // The name is the cleaned title after the directory prefix.
     const QString names[][2] = {{u"(#1 - 17/200) Smooth Jazz / Blues: Live"_s, u"Smooth Jazz  Blues Live"_s},
                                 {u"No prefix=here"_s, u"No prefix=here"_s},
@@ -80,7 +77,6 @@ TEST_F(Import, SecondVariantKeepsTheAddressWithItsCrAndTakesTheBitRateFromTheLas
     EXPECT_EQ(last().StreamURL, u"http://a:8000/x\r"_s);
     EXPECT_EQ(last().BitRate, u"128"_s);
     EXPECT_FALSE(import(true, u"Again.pls"_s, u"HTTP://A:8000/X"_s, u"Again"_s, u"\r\n"_s));
-
     const QString rows[][2] = {
         {u"Smooth_96.pls"_s, u"96"_s}, {u"Cool (64)_x.pls"_s, u"64"_s}, {u"Smooth Jazz.pls"_s, {}}};
     for (const auto &[fileName, bitRate] : rows) {
@@ -99,7 +95,6 @@ TEST_F(Import, ShortOrMissingPlaylistAddsNothingAndAShortNameThrows)
     EXPECT_THROW(import(false, u"Two _#_ parts.pls"_s, u"http://a/"_s, u"Two"_s), AppError);
     EXPECT_EQ(catalogue.StationCount(), 0);
     EXPECT_FALSE(catalogue.Dirty);
-
     // A bad name stops a folder import before the save.
     QDir().mkpath(profile.dataFolder());
     writePls(u"Good _#_ 1 _#_ 1.pls"_s, u"http://a/"_s, u"Good"_s);
@@ -114,7 +109,6 @@ TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
     writePls(u"Rock _#_ 64 _#_ 12.pls"_s, u"http://c/"_s, u"Rock"_s);
     writePls(u"Ignored _#_ 64 _#_ 13.m3u"_s, u"http://d/"_s, u"No"_s);
     QDir().mkpath(profile.dataFolder());
-
     importFolder(false);
     EXPECT_EQ(catalogue.StationCount(), 2);
     EXPECT_FALSE(catalogue.Dirty);
@@ -123,13 +117,11 @@ TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
     reread.Load(prompt, u"Tunecatch"_s);
     EXPECT_EQ(reread.StationCount(), 2);
     EXPECT_EQ(reread.at(1).Genre, u"Pop"_s);
-
     const QByteArray saved = TempProfile::readFile(cataloguePath());
     importFolder(false);
     EXPECT_EQ(catalogue.StationCount(), 2);
     // The reload puts a CR on the last station's InfoUrl, so the file only grows by that.
     EXPECT_EQ(TempProfile::readFile(cataloguePath()).size(), saved.size() + 2);
-
     importFolder(true);
     EXPECT_EQ(catalogue.StationCount(), 5);
     EXPECT_EQ(last().BitRate, QString());

@@ -3,7 +3,6 @@
 #include "support/icyserver.h"
 
 #include <QSignalSpy>
-#include <QTcpServer>
 
 #include <gtest/gtest.h>
 
@@ -22,16 +21,21 @@ protected:
         server.pages["/empty"] = IcyServer::page({});
         ASSERT_TRUE(server.start());
     }
-
     void begin(const QString &path, const QString &key) { dl.BeginDownload(QUrl(server.url(path)), key); }
-
     void waitForEnds(int count)
     {
         for (int i = 0; i < 50 && completed.size() + failed.size() < count; ++i)
             completed.wait(100);
         ASSERT_EQ(completed.size() + failed.size(), count);
     }
-
+    // The completed downloads' bodies by key.
+    QHash<QString, QByteArray> bodies() const
+    {
+        QHash<QString, QByteArray> byKey;
+        for (const QList<QVariant> &args : completed)
+            byKey.insert(args[0].toString(), args[1].toByteArray());
+        return byKey;
+    }
     IcyServer server;
     FileDL dl;
     QSignalSpy completed{&dl, &FileDL::DownloadComplete};
@@ -46,10 +50,7 @@ TEST_F(FileDLTest, TwoDownloadsAtOnceComeBackByKey)
     begin(u"/two"_s, u"K3"_s);
     dl.Cancel(u"K3"_s);
     waitForEnds(2);
-    QHash<QString, QByteArray> bodies;
-    for (const QList<QVariant> &args : completed)
-        bodies.insert(args[0].toString(), args[1].toByteArray());
-    EXPECT_EQ(bodies, (QHash<QString, QByteArray>{{u"K1"_s, "body one"}, {u"K2"_s, "body one"}}));
+    EXPECT_EQ(bodies(), (QHash<QString, QByteArray>{{u"K1"_s, "body one"}, {u"K2"_s, "body one"}}));
     ASSERT_FALSE(progress.isEmpty());
     EXPECT_EQ(progress.last()[4].toString(), u"Download In Progress.");
 }
@@ -67,10 +68,7 @@ TEST_F(FileDLTest, SecureAddressesAreFetchedWhenTheirCertificateHolds)
     begin(u"/to-secure"_s, u"redirected"_s);
     dl.BeginDownload(QUrl(expired.url(u"/list.pls"_s)), u"expired"_s);
     waitForEnds(3);
-    QHash<QString, QByteArray> bodies;
-    for (const QList<QVariant> &args : completed)
-        bodies.insert(args[0].toString(), args[1].toByteArray());
-    EXPECT_EQ(bodies,
+    EXPECT_EQ(bodies(),
               (QHash<QString, QByteArray>{{u"direct"_s, "secure body"}, {u"redirected"_s, "secure body"}}));
     ASSERT_EQ(failed.size(), 1);
     EXPECT_EQ(failed.first().first().toString(), u"expired"_s);
@@ -78,13 +76,9 @@ TEST_F(FileDLTest, SecureAddressesAreFetchedWhenTheirCertificateHolds)
 
 TEST_F(FileDLTest, FailuresEndAsErrors)
 {
-    QTcpServer closed;
-    closed.listen(QHostAddress::LocalHost);
-    const quint16 deadPort = closed.serverPort();
-    closed.close();
     begin(u"/missing.pls"_s, u"404"_s);
     begin(u"/empty"_s, u"empty"_s);
-    dl.BeginDownload(QUrl(u"http://127.0.0.1:%1/"_s.arg(deadPort)), u"refused"_s);
+    dl.BeginDownload(QUrl(u"http://127.0.0.1:%1/"_s.arg(IcyServer::refusedPort())), u"refused"_s);
     waitForEnds(3);
     EXPECT_TRUE(completed.isEmpty());
     for (const QList<QVariant> &args : failed) {

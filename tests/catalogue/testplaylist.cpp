@@ -49,8 +49,7 @@ TEST(Playlist, FirstServerWithRoomWins)
          "http://c/\r"},
         {u"[playlist]\nentries=1\nFile1=http://c/\nTitle1=(#1 - 1/9)\nLength1=-1\n"_s, ""},
         {u"[playlist]\nnumberofentries=2147483647\nFile1=http://c/\n\n"_s, ""},
-        {u"a\nb\nc"_s, ""},
-    };
+        {u"a\nb\nc"_s, ""}};
     for (const auto &row : rows)
         EXPECT_EQ(ChooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected))
             << row.text.toStdString();

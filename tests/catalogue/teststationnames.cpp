@@ -17,8 +17,7 @@ TEST(StationNames, StripAndClean)
         // Blanks are trimmed before stripping, so a blank that a removed character exposes stays.
         {u"  : x  "_s, u"   x  "_s, u" x"_s, u" x"_s},
         {seventy, seventy, seventy.left(60), seventy.left(30)},
-        {u"\tTab\t"_s, u"\tTab\t"_s, u"\tTab\t"_s, u"\tTab\t"_s},
-    };
+        {u"\tTab\t"_s, u"\tTab\t"_s, u"\tTab\t"_s, u"\tTab\t"_s}};
     for (const auto &[in, stripped, clean, cleanShort] : rows) {
         SCOPED_TRACE(in.toStdString());
         QString text = in;

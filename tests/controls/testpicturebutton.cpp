@@ -1,7 +1,5 @@
 #include "controls/picturebutton.h"
 
-#include "skin/skinparam.h"
-
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
@@ -31,11 +29,9 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&host));
         away();
     }
-
     // The mouse on the window beside the button, so that coming back onto it is an entering.
     void away() { QTest::mouseMove(&host, QPoint(5, 5)); }
     QColor shown() { return button.grab().toImage().pixelColor(20, 20); }
-
     QWidget host;
     ucPictureButton button{&host};
 };
@@ -71,22 +67,11 @@ TEST_F(PictureButtonTest, InToggleModeAClickKeepsItPressedUntilTheNext)
     EXPECT_EQ(clicks[1][0].toBool(), false);
 }
 
-TEST_F(PictureButtonTest, GlyphPicturesFollowTheThemeAndCarryDoubleDensityPixels)
+TEST_F(PictureButtonTest, GlyphPicturesCarryDoubleDensityPixels)
 {
     QPainterPath square;
     square.addRect(8, 8, 8, 8);
     button.SetGlyph(square);
-    const auto faceAndInk = [&] {
-        const QImage image = button.grab().toImage();
-        return std::pair(image.pixelColor(12, 12), image.pixelColor(20, 20));
-    };
-    for (const auto &colors : {cSkinParam::PaleBlueColors(), cSkinParam::BlackNightColors()}) {
-        button.SetThemeColors(colors);
-        const auto [face, ink] = faceAndInk();
-        EXPECT_EQ(face, QColor::fromRgba(colors.BackFixed));
-        EXPECT_EQ(ink, QColor::fromRgba(colors.WindowText));
-    }
-
     const QPixmap twice = button.GetPictures().normal.pixmap(QSize(28, 28), 2.0);
     EXPECT_EQ(twice.size(), QSize(56, 56));
     EXPECT_EQ(twice.devicePixelRatio(), 2.0);

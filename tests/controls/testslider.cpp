@@ -1,7 +1,5 @@
 #include "controls/slider.h"
 
-#include "skin/skinparam.h"
-
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTest>
@@ -25,10 +23,8 @@ protected:
         tip = slider.findChild<QLabel *>(u"ucSliderTip"_s);
         ASSERT_NE(tip, nullptr);
     }
-
     // The groove runs from x 8 to x 108: one value per pixel.
     static QPoint at(int value) { return {8 + value, 10}; }
-
     ucSlider slider;
     QLabel *tip = nullptr;
 };
@@ -37,7 +33,6 @@ TEST_F(SliderTest, DraggingShowsTheValueInATipThatGoesOnRelease)
 {
     QSignalSpy values(&slider, &ucSlider::valueChanged);
     EXPECT_FALSE(tip->isVisible());
-
     // Taken by the handle, a little off its centre: the handle does not jump.
     QTest::mousePress(&slider, Qt::LeftButton, {}, at(50) + QPoint(3, 0));
     EXPECT_EQ(slider.value(), 50);
@@ -49,7 +44,6 @@ TEST_F(SliderTest, DraggingShowsTheValueInATipThatGoesOnRelease)
     QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(80) + QPoint(3, 0));
     EXPECT_FALSE(tip->isVisible());
     EXPECT_EQ(values.size(), 1);
-
     // Anywhere else on the groove the handle comes to the mouse.
     QTest::mousePress(&slider, Qt::LeftButton, {}, at(10));
     EXPECT_EQ(slider.value(), 10);
@@ -57,16 +51,6 @@ TEST_F(SliderTest, DraggingShowsTheValueInATipThatGoesOnRelease)
     EXPECT_EQ(slider.value(), 0) << "held at the end";
     QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(-30));
     EXPECT_FALSE(tip->isVisible());
-}
-
-TEST_F(SliderTest, DrawsTheFilledPartOfTheGrooveInTheThemeColour)
-{
-    for (const auto &colors : {cSkinParam::PaleBlueColors(), cSkinParam::BlackNightColors()}) {
-        slider.SetThemeColors(colors);
-        const QImage image = slider.grab().toImage();
-        EXPECT_EQ(image.pixelColor(at(20)), QColor::fromRgba(colors.BackSel)) << "filled";
-        EXPECT_EQ(image.pixelColor(at(80)), QColor::fromRgba(colors.Grid)) << "beyond the handle";
-    }
 }
 
 } // namespace

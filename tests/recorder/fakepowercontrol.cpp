@@ -1,10 +1,5 @@
 #include "fakepowercontrol.h"
 
-PowerControl::Version FakePowerControl::SystemVersion() const
-{
-    return version;
-}
-
 bool FakePowerControl::ExitWindows(quint32 flags)
 {
     if (onRequest)

@@ -38,11 +38,8 @@ public:
         fileOpen = true;
         calls << u"continuous"_s;
     }
-
     QString title, stream, genre, linkA, linkB, scan;
-    bool waitShown = false;
-    bool writeEnabled = false;
-    bool fileOpen = true;
+    bool waitShown = false, writeEnabled = false, fileOpen = true;
     QByteArray written;
     QStringList calls;
 };
@@ -61,10 +58,7 @@ QByteArray interval(const char *name, int m)
     return QByteArray(name).leftJustified(m, '.');
 }
 
-QByteArray block(const QByteArray &text)
-{
-    return IcyServer::metadataBlock(text);
-}
+const auto block = IcyServer::metadataBlock;
 
 class IcyStreamTest : public ::testing::Test
 {
@@ -81,7 +75,6 @@ protected:
         for (int i = 1; i < events; ++i)
             icy.OnData({});
     }
-
     RecordingHost host;
     IcyStream icy{host};
 };
@@ -111,7 +104,6 @@ TEST_F(IcyStreamTest, SmallIntervalsTakeOneEventEachAndABacklogIsWorkedOffAtOnce
     EXPECT_EQ(icy.ReceiveBufferLength(), 9);
     icy.OnData({});
     EXPECT_EQ(icy.ReceiveBufferLength(), 0);
-
     const int m = 16000;
     RecordingHost flooded;
     IcyStream stream(flooded);
@@ -128,14 +120,12 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
     const struct
     {
         const char *text, *title, *link;
-    } rows[] = {
-        {"StreamTitle='It''s';", "Its", ""},
-        {"StreamTitle='A=B';", "A", ""},
-        {"STREAMTITLE=' Spaced ';", "Spaced", ""},
-        {"junk;StreamTitle='Late';", "", ""},
-        {" StreamTitle='Key with a blank';", "", ""},
-        {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"},
-    };
+    } rows[] = {{"StreamTitle='It''s';", "Its", ""},
+                {"StreamTitle='A=B';", "A", ""},
+                {"STREAMTITLE=' Spaced ';", "Spaced", ""},
+                {"junk;StreamTitle='Late';", "", ""},
+                {" StreamTitle='Key with a blank';", "", ""},
+                {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
         host.title.clear();
@@ -151,23 +141,20 @@ TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrClean)
     EXPECT_TRUE(IcyStream::IsCleanText(QByteArrayView("StreamTitle='A - z';\r\n\0\0", 24)));
     for (const char bad : {'{', '|', '~', '\x7f', '\x01', '\xe9'})
         EXPECT_FALSE(IcyStream::IsCleanText(QByteArray("ok").append(bad))) << int(bad);
-
     const struct
     {
         QByteArray block;
         bool wellFormed;
-    } rows[] = {
-        {"StreamTitle='Caf\xc3\xa9 {live} | 100%';\0\0\0"_ba, true},
-        {"StreamTitle='It's ';' here';StreamUrl='';", true},
-        {"StreamTitle='x';", true},
-        {"StreamTitle='x'", false},
-        {"StreamTitle='x';junk", false},
-        {"StreamTitle='x';\0junk"_ba, false},
-        {"Stream Title='x';", false},
-        {"StreamTitle='a\x01';", false},
-        {"='x';", false},
-        {QByteArray(16, '\0'), false},
-    };
+    } rows[] = {{"StreamTitle='Caf\xc3\xa9 {live} | 100%';\0\0\0"_ba, true},
+                {"StreamTitle='It's ';' here';StreamUrl='';", true},
+                {"StreamTitle='x';", true},
+                {"StreamTitle='x'", false},
+                {"StreamTitle='x';junk", false},
+                {"StreamTitle='x';\0junk"_ba, false},
+                {"Stream Title='x';", false},
+                {"StreamTitle='a\x01';", false},
+                {"='x';", false},
+                {QByteArray(16, '\0'), false}};
     for (const auto &row : rows)
         EXPECT_EQ(IcyStream::IsWellFormed(row.block), row.wellFormed) << row.block.toStdString();
 }
@@ -207,8 +194,7 @@ TEST_F(IcyStreamTest, ResyncDropsOnlyTheBytesBeforeTheNextGoodBlock)
         {"more than an interval", QByteArray(2 * m + 3, '\x01') + titled, 2 * m + 3, audio('T').repeated(2)},
         // The empty block in front of the title shows where the interval before it began.
         {"a malformed block", malformed + audio('B') + '\0' + titled, malformed.size(),
-         audio('B') + audio('T').repeated(2)},
-    };
+         audio('B') + audio('T').repeated(2)}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         RecordingHost fresh;
@@ -258,7 +244,6 @@ TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
     EXPECT_EQ(host.calls,
               (QStringList{u"write A.. flush disabled"_s, u"song Queen - Flash"_s, u"write A.. disabled"_s,
                            u"write B.. flush"_s, u"song The BEATLES - Help"_s, u"write B.."_s}));
-
     // A station that names no song records into one file, but never matches a scan.
     RecordingHost untitled;
     untitled.fileOpen = false;
@@ -293,7 +278,6 @@ TEST_F(IcyStreamTest, StopAndReconnectionFinishWhatIsHeld)
                            u"write C.. flush"_s, u"song Two"_s, u"write C.."_s, u"write DDD flush"_s}));
     EXPECT_EQ(icy.BytesTotal(), 28);
     EXPECT_FALSE(icy.HeaderDone());
-
     // The new connection tells the same title: the song goes on in the same file.
     host.calls.clear();
     feed(header(8));

@@ -30,7 +30,6 @@ TEST(LaunchSwitches, LaterLimitWinsCaseMattersAndOneCharacterGivesNothing)
     EXPECT_FALSE(s.SingleSong);
     EXPECT_TRUE(s.Hibernate);
     EXPECT_EQ(s.Stream, u"");
-
     const LaunchSwitches none = ParseLaunchSwitches(u"-"_s);
     EXPECT_EQ(none.Stream, std::nullopt);
     EXPECT_EQ(none.SelectedBreak, std::nullopt);

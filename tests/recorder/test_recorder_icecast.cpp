@@ -33,14 +33,12 @@ protected:
         const QString failed = station.start(false);
         ASSERT_TRUE(failed.isEmpty()) << failed.toStdString();
     }
-
     static double duration(const QString &file)
     {
         const auto [code, output] = IcecastStation::run(
             u"ffprobe -v error -show_entries format=duration -of csv=p=0 \"%1\""_s.arg(file));
         return code == 0 ? output.trimmed().toDouble() : -1;
     }
-
     IcecastStation station;
     ScriptedPrompt prompt;
     AppState state{profile.installFolder(), prompt};
@@ -59,7 +57,6 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     auto *record = window.findChild<QPushButton *>(u"cmdRecord"_s);
     window.show();
     record->click();
-
     // Two title changes after the first title; stop while the buffer holds
     // audio only, so the last file ends on audio too.
     QStringList seen;
@@ -77,7 +74,6 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     ASSERT_TRUE(changedTwice) << "titles seen: " << seen.join(u", "_s).toStdString();
     EXPECT_EQ(label("lbStream")->text(), u"Icecast Test FM"_s);
     EXPECT_EQ(label("lbGenre")->text(), u"Speech"_s);
-
     QStringList expected;
     for (const QString &title : seen) {
         EXPECT_TRUE(IcecastStation::Titles().contains(title)) << title.toStdString();
@@ -87,7 +83,8 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     const QDir recordings(AppPaths::RecordingsFolder());
     EXPECT_EQ(recordings.entryList(QDir::Files, QDir::Name), expected);
     for (const QString &name : expected) {
-        const auto [code, output] = IcecastStation::run(u"mpg123 -t -q \"%1\""_s.arg(recordings.filePath(name)));
+        const auto [code, output] =
+            IcecastStation::run(u"mpg123 -t -q \"%1\""_s.arg(recordings.filePath(name)));
         EXPECT_EQ(code, 0) << name.toStdString() << ": " << output.toStdString();
         EXPECT_GT(duration(recordings.filePath(name)), 0.5) << name.toStdString();
     }

@@ -10,7 +10,6 @@ TEST(RecorderStats, TimesAndSizes)
         {0, u"0:00"}, {59, u"0:59"}, {60, u"1:00"}, {3600, u"60:00"}, {7507, u"125:07"}};
     for (const auto &[seconds, text] : times)
         EXPECT_EQ(MakeTime(seconds), QStringView(text)) << seconds;
-
     const std::pair<double, const char16_t *> sizes[] = {
         {0, u"0 KB"}, {1536, u"1.5 KB"}, {949999, u"927.73 KB"}, {950000, u"0.91 MB"}, {10485760, u"10 MB"}};
     for (const auto &[bytes, text] : sizes)

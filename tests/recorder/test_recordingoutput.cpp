@@ -23,7 +23,6 @@ protected:
         ASSERT_TRUE(out.OpenFile());
         out.SetWriteEnabled(true);
     }
-
     RecordingOutput out;
 };
 
@@ -31,15 +30,12 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
 {
     const struct
     {
-        QString templ;
-        QString expected;
-    } rows[] = {
-        {u".\\%STATION%_%DATE%_%TIME%.mp3"_s, rec() + u"Radio: X_2024-03-05_07-09.mp3"_s},
-        {u"./%SONG%.mp3"_s, rec() + u"%SONG%.mp3"_s},
-        {u".x\\.\\a.mp3"_s, u".x\\"_s + rec() + u"a.mp3"_s},
-        {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio: X.mp3"_s},
-        {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s},
-    };
+        QString templ, expected;
+    } rows[] = {{u".\\%STATION%_%DATE%_%TIME%.mp3"_s, rec() + u"Radio: X_2024-03-05_07-09.mp3"_s},
+                {u"./%SONG%.mp3"_s, rec() + u"%SONG%.mp3"_s},
+                {u".x\\.\\a.mp3"_s, u".x\\"_s + rec() + u"a.mp3"_s},
+                {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio: X.mp3"_s},
+                {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s}};
     for (const auto &row : rows)
         EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec()), row.expected)
             << row.templ.toStdString();

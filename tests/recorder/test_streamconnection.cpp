@@ -18,7 +18,6 @@ class StreamConnectionTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite() { IcyServer::trustTestAuthority(); }
-
     void SetUp() override
     {
         QObject::connect(&connection, &StreamConnection::dataReceived, &connection,
@@ -26,9 +25,7 @@ protected:
         QObject::connect(&connection, &StreamConnection::statusChanged, &connection,
                          [this](const QString &text) { statuses << text; });
     }
-
     void open(const QString &url) { connection.Open(ParseAddress(url)); }
-
     // Waits for the connection to give up; its reason, or "(still going)".
     QString failure()
     {
@@ -36,12 +33,10 @@ protected:
             return u"(still going)"_s;
         return failed.first().first().toString();
     }
-
     bool receivedAtLeast(qsizetype bytes)
     {
         return waitUntil([&] { return received.size() >= bytes; }, Wait);
     }
-
     StreamConnection connection{StreamConnection::Timing{1000ms, {50ms, 100ms, 150ms}}};
     QSignalSpy failed{&connection, &StreamConnection::failed};
     QSignalSpy interrupted{&connection, &StreamConnection::interrupted};
@@ -61,22 +56,18 @@ TEST_F(StreamConnectionTest, RedirectsAreFollowedWithTheSameRequest)
     front.pages["/loop"] = IcyServer::redirect(u"/loop"_s);
     front.pages["/ftp"] = IcyServer::redirect(u"ftp://127.0.0.1/stream"_s);
     ASSERT_TRUE(front.start());
+    const QString ftpRefused =
+        u"Radio Station redirected to an address that cannot be recorded: ftp://127.0.0.1/stream"_s;
     const struct
     {
         QString path;
         IcyServer *target;
-        QString request;
-        QString reason;
-    } rows[] = {
-        {u"/moved"_s, &station, station.url(), {}},
-        {u"/relative"_s, &station, station.url(), {}},
-        {u"/secure"_s, &secure, secure.url(u"/live?x=1"_s), {}},
-        {u"/loop"_s, nullptr, {}, u"Radio Station redirected more than 5 times."_s},
-        {u"/ftp"_s,
-         nullptr,
-         {},
-         u"Radio Station redirected to an address that cannot be recorded: ftp://127.0.0.1/stream"_s},
-    };
+        QString request, reason;
+    } rows[] = {{u"/moved"_s, &station, station.url(), {}},
+                {u"/relative"_s, &station, station.url(), {}},
+                {u"/secure"_s, &secure, secure.url(u"/live?x=1"_s), {}},
+                {u"/loop"_s, nullptr, {}, u"Radio Station redirected more than 5 times."_s},
+                {u"/ftp"_s, nullptr, {}, ftpRefused}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.path.toStdString());
         received.clear();
@@ -101,11 +92,7 @@ TEST_F(StreamConnectionTest, CertificatesAreCheckedAgainstTheTrustedAuthorities)
     const struct
     {
         QString certificate, problem;
-    } rows[] = {
-        {u"localhost"_s, {}},
-        {u"expired"_s, u"expired"_s},
-        {u"otherhost"_s, u"host name"_s},
-    };
+    } rows[] = {{u"localhost"_s, {}}, {u"expired"_s, u"expired"_s}, {u"otherhost"_s, u"host name"_s}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.certificate.toStdString());
         IcyServer server;
@@ -156,7 +143,6 @@ TEST_F(StreamConnectionTest, AReconnectionThatStreamsStartsTheTriesAfreshAndASta
     const QStringList reconnecting = statuses.filter(u"Reconnecting"_s);
     EXPECT_EQ(QSet<QString>(reconnecting.begin(), reconnecting.end()),
               QSet<QString>{u"Reconnecting... (try 1 of 3)"_s});
-
     // Now it falls silent after each interval, and at last stops answering.
     server.dropAfter = 0;
     server.stallAfter = 1;

@@ -57,13 +57,6 @@ void MemoryTaskService::CheckText(TextField field, const QString &value) const
         throw TaskErrors::Refused(u"refused"_s);
 }
 
-void RecordingEditor::EditTask(Task &task, QObject *owner)
-{
-    owners.append(owner);
-    if (edit)
-        edit(task);
-}
-
 QString MemoryTaskService::FileName(const QString &name) const
 {
     return u"mem:"_s + name;

@@ -6,8 +6,6 @@
 #include <QSet>
 #include <QStringList>
 
-#include <functional>
-
 // A task store in memory, for the scheduler classes: tasks in insertion
 // order, names it refuses to read, text values it refuses to keep, and a
 // record of the tasks it was asked to run.
@@ -27,7 +25,6 @@ public:
     TaskRunState RunState(const QString &) override { return {}; }
     void Run(const QString &name) override;
     void Terminate(const QString &) override {}
-
     QStringList order;
     QMap<QString, TaskDefinition> tasks;
     QSet<QString> unreadable;
@@ -40,12 +37,10 @@ private:
     QString m_computer;
 };
 
-// A property sheet that records where it was opened and can change the task.
+// A property sheet that records where it was opened.
 class RecordingEditor : public TaskEditor
 {
 public:
-    void EditTask(Task &task, QObject *owner) override;
-
+    void EditTask(Task &, QObject *owner) override { owners.append(owner); }
     QList<QObject *> owners;
-    std::function<void(Task &)> edit;
 };

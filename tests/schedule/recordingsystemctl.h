@@ -8,7 +8,6 @@ class RecordingSystemctl : public Systemctl
 {
 public:
     Result Run(const QStringList &arguments) override;
-
     QStringList calls;
     bool reachable = true;
     QByteArray showOutput;

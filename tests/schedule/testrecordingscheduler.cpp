@@ -15,16 +15,16 @@ namespace {
 
 RecordingInputs jazz()
 {
-    RecordingInputs inputs;
-    inputs.Station = u"Jazz24"_s;
-    inputs.SaveLocation = u"D:\\Music"_s;
-    inputs.StreamAddress = u"10.0.0.5:8000/live"_s;
-    inputs.SingleSong = true;
-    inputs.ShutDown = true;
-    inputs.SelectedBreak = 0;
-    inputs.BreakValues[0] = u"60"_s;
-    inputs.BreakValues[1] = u"700"_s;
-    return inputs;
+    return {u"Jazz24"_s, u"D:\\Music"_s, u"10.0.0.5:8000/live"_s, true, false, true, 0, {u"60"_s, u"700"_s}};
+}
+
+// The day of the month and the time of day the task's first trigger starts.
+QString startOf(const TaskDefinition &task)
+{
+    const TriggerRecord &t = task.Triggers.first();
+    return u"%1 %2"_s.arg(t.Word(TriggerRecord::BeginDay))
+        .arg(
+            QTime(t.Word(TriggerRecord::StartHour), t.Word(TriggerRecord::StartMinute)).toString(u"HH:mm"_s));
 }
 
 std::function<QDateTime()> clockAt(QTime time)
@@ -40,27 +40,24 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
     odd.Station = u"Big %DATE% band %time%"_s;
     EXPECT_EQ(RecordingScheduler(odd, clockAt(QTime(7, 5)), {}).BuildTaskName(),
               u"Big 2009-01-31 band %time%_2009-01-31_07-05"_s);
-
     const struct
     {
         std::function<void(RecordingInputs &)> change;
         QString line;
-    } rows[] = {
-        {[](RecordingInputs &) {}, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s},
-        {[](RecordingInputs &in) { in.Hibernate = true; },
-         u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xh -t 60 -v"_s},
-        {[](RecordingInputs &in) {
-             in.SingleSong = in.ShutDown = false;
-             in.SelectedBreak = 1;
-         },
-         u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -b 700 -v"_s},
-        {[](RecordingInputs &in) {
-             in.SelectedBreak = -1;
-             in.Station = u"Jazz 24  FM"_s;
-             in.SaveLocation = u"./My Music/%STATION%.mp3"_s;
-         },
-         u"-s ./My Music/%STATION%.mp3 -a 10.0.0.5:8000/live -w Jazz 24  FM -n -xs -v"_s},
-    };
+    } rows[] = {{[](RecordingInputs &) {}, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s},
+                {[](RecordingInputs &in) { in.Hibernate = true; },
+                 u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xh -t 60 -v"_s},
+                {[](RecordingInputs &in) {
+                     in.SingleSong = in.ShutDown = false;
+                     in.SelectedBreak = 1;
+                 },
+                 u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -b 700 -v"_s},
+                {[](RecordingInputs &in) {
+                     in.SelectedBreak = -1;
+                     in.Station = u"Jazz 24  FM"_s;
+                     in.SaveLocation = u"./My Music/%STATION%.mp3"_s;
+                 },
+                 u"-s ./My Music/%STATION%.mp3 -a 10.0.0.5:8000/live -w Jazz 24  FM -n -xs -v"_s}};
     for (const auto &row : rows) {
         RecordingInputs inputs = jazz();
         row.change(inputs);
@@ -72,28 +69,14 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
 class Registering : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        m_hadUser = qEnvironmentVariableIsSet("USER");
-        m_user = qgetenv("USER");
-        qputenv("USER", "ann");
-    }
-    void TearDown() override
-    {
-        if (m_hadUser)
-            qputenv("USER", m_user);
-        else
-            qunsetenv("USER");
-    }
-
+    void SetUp() override { qputenv("USER", "ann"); }
+    void TearDown() override { m_hadUser ? qputenv("USER", m_user) : qunsetenv("USER"); }
     void click(QTime at, const QString &program = u"/opt/tunecatch/tunecatch"_s)
     {
         RecordingScheduler(jazz(), clockAt(at), program)
             .ScheduleRecording(service, &editor, &owner, prompt, [this] { ++opened; });
     }
-
     const TaskDefinition &task() const { return *service.tasks.cbegin(); }
-
     MemoryTaskService service;
     RecordingEditor editor;
     ScriptedPrompt prompt;
@@ -101,15 +84,14 @@ protected:
     int opened = 0;
 
 private:
-    bool m_hadUser = false;
-    QByteArray m_user;
+    const bool m_hadUser = qEnvironmentVariableIsSet("USER");
+    const QByteArray m_user = qgetenv("USER");
 };
 
 TEST_F(Registering, TheTaskRepeatsTheRecordingAnHourFromNowAndOpensTheDialog)
 {
     prompt.answers = {true};
     click(QTime(20, 15, 40));
-
     ASSERT_EQ(service.tasks.keys(), QStringList{u"Jazz24_2009-01-31_20-15"_s});
     EXPECT_EQ(task().ApplicationName, u"tunecatch"_s);
     EXPECT_EQ(task().WorkingDirectory, u"/opt/tunecatch/"_s);
@@ -119,27 +101,19 @@ TEST_F(Registering, TheTaskRepeatsTheRecordingAnHourFromNowAndOpensTheDialog)
     EXPECT_EQ(task().Flags, 9219);
     EXPECT_EQ(task().Account, u"ann"_s);
     ASSERT_EQ(task().Triggers.size(), 1);
-    const TriggerRecord &trigger = task().Triggers.first();
-    EXPECT_EQ(trigger.Type(), TriggerRecord::Once);
-    EXPECT_EQ(trigger.Long(TriggerRecord::Flags), 0);
-    EXPECT_EQ(trigger.Word(TriggerRecord::BeginDay), 31);
-    EXPECT_EQ(trigger.Word(TriggerRecord::StartHour), 21);
-    EXPECT_EQ(trigger.Word(TriggerRecord::StartMinute), 15);
-
+    EXPECT_EQ(task().Triggers.first().Type(), TriggerRecord::Once);
+    EXPECT_EQ(task().Triggers.first().Long(TriggerRecord::Flags), 0);
+    EXPECT_EQ(startOf(task()), u"31 21:15"_s);
     EXPECT_EQ(editor.owners, QList<QObject *>{&owner});
     ASSERT_EQ(prompt.shown.size(), 1);
     EXPECT_EQ(prompt.shown[0].text, u"Do you wish open Task Scheduler?"_s);
-    EXPECT_EQ(prompt.shown[0].title, u"Tunecatch"_s);
     EXPECT_EQ(opened, 1);
 }
 
 TEST_F(Registering, LateInTheEveningTheStartFallsOnTheSameDayAlreadyPast)
 {
     click(QTime(23, 30), u"/tunecatch"_s);
-    const TriggerRecord &trigger = task().Triggers.first();
-    EXPECT_EQ(trigger.Word(TriggerRecord::BeginDay), 31);
-    EXPECT_EQ(trigger.Word(TriggerRecord::StartHour), 0);
-    EXPECT_EQ(trigger.Word(TriggerRecord::StartMinute), 30);
+    EXPECT_EQ(startOf(task()), u"31 00:30"_s);
     EXPECT_EQ(task().WorkingDirectory, u"//"_s);
     EXPECT_EQ(opened, 0) << "No to the question";
 }
@@ -187,16 +161,14 @@ TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
         StopCondition read;
         StopCondition replacement;
         QString replaced;
-    } rows[] = {
-        {u"-s x -w J -t 60 -v"_s,
-         {StopCondition::Minutes, u"60"_s},
-         {StopCondition::Megabytes, u"5"_s},
-         u"-s x -w J -b 5 -v"_s},
-        {u"-s x -t 60 -b 7 -v"_s, {StopCondition::Megabytes, u"7"_s}, {}, u"-s x -v"_s},
-        {u"-s x -w J"_s, {}, {StopCondition::Minutes, u"90"_s}, u"-s x -w J -t 90"_s},
-        {u"-s a  b -v -m"_s, {}, {StopCondition::Minutes, u"1"_s}, u"-s a  b -v -m -t 1"_s},
-        {QString(), {}, {StopCondition::Minutes, u"1"_s}, u"-t 1"_s},
-    };
+    } rows[] = {{u"-s x -w J -t 60 -v"_s,
+                 {StopCondition::Minutes, u"60"_s},
+                 {StopCondition::Megabytes, u"5"_s},
+                 u"-s x -w J -b 5 -v"_s},
+                {u"-s x -t 60 -b 7 -v"_s, {StopCondition::Megabytes, u"7"_s}, {}, u"-s x -v"_s},
+                {u"-s x -w J"_s, {}, {StopCondition::Minutes, u"90"_s}, u"-s x -w J -t 90"_s},
+                {u"-s a  b -v -m"_s, {}, {StopCondition::Minutes, u"1"_s}, u"-s a  b -v -m -t 1"_s},
+                {QString(), {}, {StopCondition::Minutes, u"1"_s}, u"-t 1"_s}};
     for (const auto &row : rows) {
         EXPECT_EQ(ReadStopCondition(row.line), row.read) << row.line.toStdString();
         EXPECT_EQ(WithStopCondition(row.line, row.replacement), row.replaced) << row.line.toStdString();

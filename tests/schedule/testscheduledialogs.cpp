@@ -19,7 +19,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTest>
 #include <QTimeEdit>
 #include <QTimeZone>
@@ -62,7 +61,6 @@ protected:
         trigger->SetStartTime(QTime(21, 15));
         task->Save();
     }
-
     // The task as a fresh look at the store finds it.
     std::shared_ptr<Task> stored()
     {
@@ -70,7 +68,6 @@ protected:
         schedule->Refresh();
         return schedule->Count() == 1 ? schedule->Job(1) : nullptr;
     }
-
     std::shared_ptr<RecordingSystemctl> systemctl = std::make_shared<RecordingSystemctl>();
     SchedulingSetup setup;
     std::unique_ptr<SchedulerParts> parts;
@@ -92,7 +89,6 @@ TEST_F(ScheduleDialogs, TheDialogShowsTheTaskAndOkSavesTheChanges)
         EXPECT_EQ(child<QLineEdit>(&dialog, "txtComment")->text(), u"Recording from Jazz 24"_s);
         EXPECT_EQ(child<QLabel>(&dialog, "lblNotice")->text(), QString());
         expectAccessibleNames(&dialog);
-
         child<QTimeEdit>(&dialog, "tmStart")->setTime(QTime(6, 30));
         child<QComboBox>(&dialog, "cboSchedule")->setCurrentIndex(TaskDialog::RepeatWeekly);
         child<QCheckBox>(&dialog, "chkDay1")->setChecked(true);
@@ -105,7 +101,6 @@ TEST_F(ScheduleDialogs, TheDialogShowsTheTaskAndOkSavesTheChanges)
     };
     stored()->ShowProperties(nullptr);
     ASSERT_TRUE(shown);
-
     const std::shared_ptr<Task> task = stored();
     ASSERT_NE(task, nullptr);
     EXPECT_EQ(task->CommandLine(), u"-s ./%STATION%.mp3 -a http://h:8000/x -w Jazz 24 -n -b 50 -v"_s);
@@ -139,8 +134,7 @@ TEST_F(ScheduleDialogs, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
             child<QLineEdit>(&dialog, "txtStop")->clear();
             QTest::mouseClick(child<QPushButton>(&dialog, "cmdOk"), Qt::LeftButton);
             EXPECT_FALSE(child<QLabel>(&dialog, "lblNotice")->text().isEmpty());
-        },
-    };
+        }};
     for (const auto &cancel : cancels) {
         answer = [&cancel](TaskDialog &dialog) {
             cancel(dialog);
@@ -149,7 +143,6 @@ TEST_F(ScheduleDialogs, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
         stored()->Edit(nullptr);
         EXPECT_EQ(TempProfile::readFile(parts->service().FileName(u"Jazz24_2031-01-31_20-15"_s)), before);
     }
-
     answer = [](TaskDialog &dialog) {
         child<QDateEdit>(&dialog, "dtStart")->setDate(QDate(2001, 1, 1));
         EXPECT_EQ(child<QLabel>(&dialog, "lblNotice")->text(), TaskDialog::PastNotice);
@@ -179,14 +172,12 @@ TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), Line);
     EXPECT_FALSE(child<QLabel>(window, "lblNotice")->isVisible());
     expectAccessibleNames(window);
-
     answer = [](TaskDialog &dialog) {
         child<QLineEdit>(&dialog, "txtComment")->setText(u"edited"_s);
         QTest::mouseClick(child<QPushButton>(&dialog, "cmdOk"), Qt::LeftButton);
     };
     QTest::mouseClick(child<QPushButton>(window, "cmdEdit"), Qt::LeftButton);
     EXPECT_EQ(stored()->Comment(), u"edited"_s);
-
     prompt.answers = {false, true};
     QTest::mouseClick(child<QPushButton>(window, "cmdDelete"), Qt::LeftButton);
     EXPECT_EQ(list->topLevelItemCount(), 1);
@@ -195,7 +186,6 @@ TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
     EXPECT_EQ(list->topLevelItemCount(), 0);
     EXPECT_TRUE(QDir(setup.unitFolder).entryList(QDir::Files).isEmpty());
     EXPECT_FALSE(child<QPushButton>(window, "cmdDelete")->isEnabled());
-
     systemctl->reachable = false;
     QTest::mouseClick(child<QPushButton>(window, "cmdRefresh"), Qt::LeftButton);
     EXPECT_TRUE(child<QLabel>(window, "lblNotice")->isVisible());

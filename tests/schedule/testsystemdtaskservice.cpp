@@ -31,37 +31,34 @@ TriggerRecord trigger(qint32 type, int hour, int minute, qint16 word0 = 0, qint1
 {
     TriggerRecord record;
     record.SetLong(TriggerRecord::TriggerType, type);
-    record.SetWord(TriggerRecord::BeginYear, 2031);
-    record.SetWord(TriggerRecord::BeginMonth, 1);
-    record.SetWord(TriggerRecord::BeginDay, 31);
-    record.SetWord(TriggerRecord::StartHour, qint16(hour));
-    record.SetWord(TriggerRecord::StartMinute, qint16(minute));
-    record.SetWord(TriggerRecord::TypeWord0, word0);
-    record.SetWord(TriggerRecord::TypeWord1, word1);
-    record.SetWord(TriggerRecord::TypeWord2, word2);
+    using R = TriggerRecord;
+    const std::pair<TriggerRecord::Field, int> words[] = {
+        {R::BeginYear, 2031},     {R::BeginMonth, 1},    {R::BeginDay, 31},     {R::StartHour, hour},
+        {R::StartMinute, minute}, {R::TypeWord0, word0}, {R::TypeWord1, word1}, {R::TypeWord2, word2}};
+    for (const auto &[field, value] : words)
+        record.SetWord(field, qint16(value));
     return record;
 }
 
 // Everything a Task shows of itself.
 TaskDefinition definitionOf(Task &task)
 {
-    TaskDefinition d;
-    d.ApplicationName = task.ApplicationName();
-    d.Parameters = task.CommandLine();
-    d.Comment = task.Comment();
-    d.Creator = task.Creator();
-    d.WorkingDirectory = task.WorkingDirectory();
-    d.Account = task.GetAccountInfo();
-    d.Flags = task.Flags();
-    d.ErrorRetryCount = qint16(task.ErrorRetryCount());
-    d.ErrorRetryInterval = qint16(task.ErrorRetryInterval());
-    int idle = 0;
-    int deadline = 0;
+    int idle = 0, deadline = 0;
     task.GetIdleWait(idle, deadline);
-    d.IdleMinutes = qint16(idle);
-    d.DeadlineMinutes = qint16(deadline);
-    d.MaxRunTime = task.MaxRunTime();
-    d.Priority = task.Priority();
+    TaskDefinition d{task.ApplicationName(),
+                     task.CommandLine(),
+                     task.Comment(),
+                     task.Creator(),
+                     task.WorkingDirectory(),
+                     task.GetAccountInfo(),
+                     task.Flags(),
+                     qint16(task.ErrorRetryCount()),
+                     qint16(task.ErrorRetryInterval()),
+                     qint16(idle),
+                     qint16(deadline),
+                     task.MaxRunTime(),
+                     task.Priority(),
+                     {}};
     for (const std::shared_ptr<Trigger> &t : task.Triggers()->NewEnum())
         d.Triggers.append(t->Record());
     return d;
@@ -85,29 +82,25 @@ protected:
         program = folder + u"/tune%catch"_s;
         ASSERT_TRUE(QFile::copy(QCoreApplication::applicationFilePath(), program));
     }
-
     // The task as the Schedule button leaves it, with a program that exists.
     TaskDefinition recording() const
     {
-        TaskDefinition d;
-        d.ApplicationName = QFileInfo(program).fileName();
-        d.WorkingDirectory = QFileInfo(program).absolutePath() + u'/';
-        d.Parameters =
-            u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 -n -xs -t 60 -v"_s;
-        d.Comment = u"Recording from Jazz 24"_s;
-        d.Creator = u"Tunecatch"_s;
-        d.Account = u"ann"_s;
-        d.Flags = 9219;
-        d.Triggers = {trigger(TriggerRecord::Once, 21, 15)};
-        return d;
+        return {.ApplicationName = QFileInfo(program).fileName(),
+                .Parameters =
+                    u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 "
+                    "-n -xs -t 60 -v"_s,
+                .Comment = u"Recording from Jazz 24"_s,
+                .Creator = u"Tunecatch"_s,
+                .WorkingDirectory = QFileInfo(program).absolutePath() + u'/',
+                .Account = u"ann"_s,
+                .Flags = 9219,
+                .Triggers = {trigger(TriggerRecord::Once, 21, 15)}};
     }
-
     QString unitFolder() const { return SystemdTaskService::UserUnitFolder(); }
     QString unitText(const QString &name, const QString &suffix) const
     {
         return QString::fromUtf8(TempProfile::readFile(unitFolder() + u'/' + escaped(name) + suffix));
     }
-
     // systemd's own check of the pair: not a word to say.
     void expectVerified(const QString &name) const
     {
@@ -121,7 +114,6 @@ protected:
         const QByteArray said = verify.readAll();
         EXPECT_TRUE(said.isEmpty()) << name.toStdString() << ": " << said.toStdString();
     }
-
     std::shared_ptr<Task> readBack(const QString &name)
     {
         fresh = std::make_unique<SystemdTaskService>(unitFolder(), systemctl);
@@ -133,7 +125,6 @@ protected:
         }
         return nullptr;
     }
-
     QString program;
     RecordingSystemctl systemctl;
     SystemdTaskService service{SystemdTaskService::UserUnitFolder(), systemctl};
@@ -169,27 +160,20 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
     relative.ApplicationName = u"tunecatch"_s;
     relative.Priority = TaskPriority::Idle;
     relative.MaxRunTime = 1;
-
-    const struct
-    {
-        const char *name;
-        TaskDefinition definition;
-    } rows[] = {{"Jazz24_2009-01-31_20-15", recording()},
-                {"Radio Één/2 .x", odd},
-                {".hidden", relative},
-                {"empty", TaskDefinition()}};
-    for (const auto &row : rows) {
-        const QString name = QString::fromUtf8(row.name);
-        SCOPED_TRACE(row.name);
-        service.Save(name, row.definition);
+    const std::pair<QString, TaskDefinition> rows[] = {{u"Jazz24_2009-01-31_20-15"_s, recording()},
+                                                       {u"Radio Één/2 .x"_s, odd},
+                                                       {u".hidden"_s, relative},
+                                                       {u"empty"_s, TaskDefinition()}};
+    for (const auto &[name, definition] : rows) {
+        SCOPED_TRACE(name.toStdString());
+        service.Save(name, definition);
         const std::shared_ptr<Task> task = readBack(name);
         ASSERT_NE(task, nullptr);
-        EXPECT_EQ(definitionOf(*task), row.definition);
-        for (int i = 0; i < row.definition.Triggers.size(); ++i)
+        EXPECT_EQ(definitionOf(*task), definition);
+        for (const TriggerRecord &record : definition.Triggers)
             EXPECT_TRUE(unitText(name, u".timer"_s)
                             .contains(u"X-Tunecatch-Trigger="_s +
-                                      QString::fromLatin1(row.definition.Triggers[i].Bytes().toHex()) +
-                                      u'\n'));
+                                      QString::fromLatin1(record.Bytes().toHex()) + u'\n'));
     }
     EXPECT_EQ(schedule->Count(), 4);
     expectVerified(u"Radio Één/2 .x"_s);
@@ -207,7 +191,6 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
                        trigger(TriggerRecord::MonthlyDow, 9, 30, 2, 0x20, 0x1)};
     service.Save(u"Jazz24_2009-01-31_20-15"_s, recording());
     service.Save(u"weekly"_s, weekly);
-
     const QString serviceText = unitText(u"Jazz24_2009-01-31_20-15"_s, u".service"_s);
     const QString folder = QFileInfo(program).absolutePath();
     EXPECT_TRUE(serviceText.contains(u"\nDescription=Recording from Jazz 24\n"_s));
@@ -220,7 +203,6 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
     EXPECT_TRUE(unitText(u"Jazz24_2009-01-31_20-15"_s, u".timer"_s)
                     .contains(u"\nOnCalendar=2031-01-31 21:15:00\n"_s));
     EXPECT_TRUE(unitText(u"weekly"_s, u".service"_s).contains(u"\nRuntimeMaxSec=5400000ms\nNice=19\n"_s));
-
     QStringList calendars;
     for (const TriggerRecord &record : weekly.Triggers)
         calendars.append(OnCalendarFor(record).value_or(QString()));
@@ -234,7 +216,6 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
         EXPECT_EQ(analyze.exitCode(), 0)
             << calendar.toStdString() << analyze.readAllStandardError().toStdString();
     }
-
     expectVerified(u"Jazz24_2009-01-31_20-15"_s);
     expectVerified(u"weekly"_s);
 }
@@ -246,7 +227,6 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
         service.Save(name, {});
     }
     EXPECT_EQ(service.Enum(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
-
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
         EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
     EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"Radio Één/2"_s); }),
@@ -277,12 +257,10 @@ TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlon
     write(u"junk.timer"_s, QByteArray(5000, '\xFF'));
     write(u"junk.service"_s, "");
     write(u"bad\\xZZ.timer"_s, "");
-
     Schedule refreshed(service);
     refreshed.Refresh();
     ASSERT_EQ(refreshed.Count(), 1);
     EXPECT_EQ(refreshed.Job(1)->Name(), u"good"_s);
-
     const QByteArray mine = TempProfile::readFile(folder + u"/mine.timer"_s);
     EXPECT_EQ(ErrorNumber([&] { service.Delete(u"mine"_s); }), AppError::PermissionDenied);
     EXPECT_EQ(ErrorNumber([&] { service.Delete(u"edited"_s); }), AppError::PermissionDenied);
@@ -300,13 +278,11 @@ TEST_F(SystemdStore, ActivationGoesThroughSystemctlAndTheTimerIsLinkedOnlyWhenIt
     service.Save(u"Jazz24_2009-01-31_20-15"_s, task);
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s, u"restart "_s + base + u".timer"_s}));
     EXPECT_EQ(QFileInfo(link).symLinkTarget(), unitFolder() + u'/' + base + u".timer"_s);
-
     systemctl.calls.clear();
     task.Flags |= TaskFlags::Disabled;
     service.Save(u"Jazz24_2009-01-31_20-15"_s, task);
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s, u"stop "_s + base + u".timer"_s}));
     EXPECT_FALSE(QFileInfo(link).isSymLink());
-
     systemctl.calls.clear();
     service.Run(u"Jazz24_2009-01-31_20-15"_s);
     service.Terminate(u"Jazz24_2009-01-31_20-15"_s);
@@ -352,13 +328,11 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
         QByteArray output;
         qint32 status, exitCode;
         QDateTime last, next;
-    } rows[] = {
-        {show(at2115Text, "", "", 0, "inactive"), TaskStatus::HasNotRun, 0, {}, at2115},
-        {show("", at2115Text, "@1927487700", 0, "active"), TaskStatus::Running, 0, started, {}},
-        {show("", at2115Text, "", 3, "failed"), TaskStatus::NoMoreRuns, 3, at2115, {}},
-        {show("", "", "", 0, "inactive"), TaskStatus::NotScheduled, 0, {}, {}},
-        {"garbage", 0, 0, {}, {}},
-    };
+    } rows[] = {{show(at2115Text, "", "", 0, "inactive"), TaskStatus::HasNotRun, 0, {}, at2115},
+                {show("", at2115Text, "@1927487700", 0, "active"), TaskStatus::Running, 0, started, {}},
+                {show("", at2115Text, "", 3, "failed"), TaskStatus::NoMoreRuns, 3, at2115, {}},
+                {show("", "", "", 0, "inactive"), TaskStatus::NotScheduled, 0, {}, {}},
+                {"garbage", 0, 0, {}, {}}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.output.toStdString());
         systemctl.showOutput = row.output;
@@ -382,7 +356,6 @@ TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhen
     service.Save(u"daily"_s, daily);
     EXPECT_FALSE(unitText(u"daily"_s, u".service"_s).contains(u"ExecStopPost"_s))
         << "a repeating task has starts left after its first run";
-
     const QRegularExpression stopPost(u"\nExecStopPost=(.*)\n"_s);
     const QRegularExpressionMatch match = stopPost.match(unitText(u"once"_s, u".service"_s));
     ASSERT_TRUE(match.hasMatch());
@@ -392,7 +365,6 @@ TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhen
     rm.start(words->first(), words->mid(1));
     ASSERT_TRUE(rm.waitForFinished(10000));
     EXPECT_EQ(rm.exitCode(), 0);
-
     QStringList left = QDir(unitFolder()).entryList(QDir::Files | QDir::System, QDir::Name);
     left += QDir(unitFolder() + u"/timers.target.wants"_s).entryList(QDir::Files | QDir::System, QDir::Name);
     EXPECT_EQ(left, (QStringList{u"daily.service"_s, u"daily.timer"_s, u"daily.timer"_s}));

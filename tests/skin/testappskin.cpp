@@ -23,18 +23,16 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
         bool running;
         const char *storedAfter;
     };
-    const Row rows[] = {
-        {Engine::Built, true, nullptr, true, "True"},
-        {Engine::Built, true, "true", true, "True"},
-        {Engine::Built, true, "TRUE", true, "True"},
-        {Engine::Built, true, "1", true, "True"},
-        {Engine::Built, true, "0", false, "0"},
-        {Engine::Built, true, "False", false, "False"},
-        {Engine::Built, false, "True", false, "False"},
-        {Engine::None, true, "True", false, "False"},
-        {Engine::WrongArchitecture, true, "True", false, "False"},
-        {Engine::NoExports, true, "True", false, "False"},
-    };
+    const Row rows[] = {{Engine::Built, true, nullptr, true, "True"},
+                        {Engine::Built, true, "true", true, "True"},
+                        {Engine::Built, true, "TRUE", true, "True"},
+                        {Engine::Built, true, "1", true, "True"},
+                        {Engine::Built, true, "0", false, "0"},
+                        {Engine::Built, true, "False", false, "False"},
+                        {Engine::Built, false, "True", false, "False"},
+                        {Engine::None, true, "True", false, "False"},
+                        {Engine::WrongArchitecture, true, "True", false, "False"},
+                        {Engine::NoExports, true, "True", false, "False"}};
     for (const Row &row : rows) {
         const std::string what = std::to_string(&row - rows);
         TempProfile profile;
@@ -43,7 +41,6 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
             QFile::copy(SkinFiles::Shipped("Zelvane.urf"), profile.installFolder() + u"/Zelvane.urf"_s);
         if (row.skinOn)
             SettingsStore::SaveSetting(SettingsStore::AppSkinOn, QString::fromLatin1(row.skinOn));
-
         ModAppSkin skin(profile.installFolder());
         EXPECT_EQ(skin.SkinStartup(), row.running) << what;
         EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), QLatin1StringView(row.storedAfter))
@@ -70,14 +67,12 @@ TEST(AppSkin, AStoredSkinStartsAndARefusedOrMissingOneTurnsSkinningOff)
     SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Ledovec.urf"_s);
     ASSERT_TRUE(skin.SkinStartup());
     EXPECT_EQ(skin.SkinFile(), folder + u"/Ledovec.urf"_s);
-
     // A refused switch does not leave the old skin running against the setting.
     TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
     skin.StartSkinWithFile(folder + u"/Broken.urf"_s);
     EXPECT_FALSE(skin.SkinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
-
     // A stored skin file that has gone.
     SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
     SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Gone.urf"_s);

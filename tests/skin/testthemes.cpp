@@ -55,7 +55,6 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
     ~ThemeTest() override { QApplication::setPalette(QPalette()); }
-
     // Every self-drawn control paints again and shows the colours of the theme.
     void expectDrawnIn(const ThemeColors &colors)
     {
@@ -69,7 +68,6 @@ protected:
         EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(colors.Window));
         EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipText), QColor::fromRgba(colors.ForeEdit));
     }
-
     ThemeApplier applier;
     cSkinParam themes;
     PaintCounter counter;

@@ -17,6 +17,7 @@ TEST(UrfFile, HeaderAndSheetAreReadOrTheFileIsRefused)
         int theme;
     };
     const QByteArray sheet = "QPushButton { color: red; }\n";
+    const QByteArray huge = SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::MaxBytes, ' '));
     const Row rows[] = {
         {"complete", SkinFiles::Skin(u"Ice"_s, sheet, "Pale Blue"), UrfSkin::Ok, u"Ice"_s, 0},
         {"keys in any case, CR LF, byte-order mark, theme by number",
@@ -32,12 +33,7 @@ TEST(UrfFile, HeaderAndSheetAreReadOrTheFileIsRefused)
         {"blanks only", " \r\n\t\n", UrfSkin::Empty, {}, UrfSkin::NoTheme},
         {"zero bytes", SkinFiles::Skin(u"X"_s, QByteArray("a\0b", 3)), UrfSkin::Binary, {}, UrfSkin::NoTheme},
         {"not UTF-8", SkinFiles::Skin(u"X"_s, "\xFF\xFE\x80"), UrfSkin::Binary, {}, UrfSkin::NoTheme},
-        {"over a megabyte",
-         SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::MaxBytes, ' ')),
-         UrfSkin::TooLarge,
-         {},
-         UrfSkin::NoTheme},
-    };
+        {"over a megabyte", huge, UrfSkin::TooLarge, {}, UrfSkin::NoTheme}};
     for (const Row &row : rows) {
         const UrfSkin skin = UrfSkin::Parse(row.bytes);
         EXPECT_EQ(skin.status, row.status) << row.what;
@@ -57,7 +53,6 @@ TEST(UrfFile, FilesAreReadWithinTheLimit)
     EXPECT_EQ(UrfSkin::Read(big).status, UrfSkin::TooLarge);
     EXPECT_EQ(UrfSkin::Read(profile.root() + u"/missing.urf"_s).status, UrfSkin::Unreadable);
     EXPECT_EQ(UrfSkin::Read(profile.root()).status, UrfSkin::Unreadable);
-
     // The shipped skins, with the theme each was drawn for.
     const std::pair<const char *, int> shipped[] = {
         {"Zelvane.urf", 1}, {"Ledovec.urf", 0}, {"Kontrast.urf", 1}};

@@ -38,14 +38,12 @@ protected:
             remove();
         qApp->setStyleSheet({});
     }
-
     QByteArray file(const char *name, const QByteArray &bytes)
     {
         const QString path = profile.root() + u'/' + QLatin1StringView(name);
         TempProfile::writeFile(path, bytes);
         return QFile::encodeName(path);
     }
-
     static inline const QString OwnSheet = u"QLabel { color: #00ff00; }"_s;
     QLibrary engine{SkinFiles::BuiltEngine()};
     Zelvanef::SkinStartFn start = nullptr;
@@ -64,7 +62,6 @@ TEST_F(EngineTest, ShippedSkinsApplyAndRemovalRestoresTheOwnLook)
     QPushButton button;
     button.ensurePolished();
     EXPECT_STREQ(button.style()->metaObject()->className(), "QStyleSheetStyle");
-
     // Switching went from skin to skin; removal goes back to the sheet from before the first.
     remove();
     EXPECT_EQ(qApp->styleSheet(), OwnSheet);
@@ -79,7 +76,6 @@ TEST_F(EngineTest, RemovalLeavesTheApplicationPaletteAndRestoresWidgetColours)
     ASSERT_EQ(start(file("red.urf", SkinFiles::Skin(u"Red"_s, RedButtons)).constData(), 0), 0);
     button.ensurePolished();
     EXPECT_EQ(button.palette().color(QPalette::ButtonText), QColor(Qt::red));
-
     // A theme change while skinned must outlive the skin.
     QPalette themed = before;
     themed.setColor(QPalette::Window, QColor(0x12, 0x34, 0x56));
@@ -95,13 +91,9 @@ TEST_F(EngineTest, BadSkinFilesAreRefusedAndTheLookStays)
     // Every failure of reading the file is the reader's own (tested with it); these reach the engine.
     const std::pair<QByteArray, int> rows[] = {
         {QFile::encodeName(profile.root() + u"/missing.urf"_s), UrfSkin::Unreadable},
-        {file("binary.urf", QByteArray("\x7F"
-                                       "ELF\x02\x01\x01\0\0\0\0\0",
-                                       12)),
-         UrfSkin::Binary},
+        {file("binary.urf", QByteArray::fromHex("7f454c460201010000000000")), UrfSkin::Binary},
         {file("open.urf", SkinFiles::Skin(u"O"_s, "QPushButton { color: red; ")), UrfSkin::BadSheet},
-        {file("braces.urf", SkinFiles::Skin(u"B"_s, "}}} QWidget")), UrfSkin::BadSheet},
-    };
+        {file("braces.urf", SkinFiles::Skin(u"B"_s, "}}} QWidget")), UrfSkin::BadSheet}};
     const QByteArray good = file("good.urf", SkinFiles::Skin(u"Good"_s, RedButtons));
     for (const bool skinned : {false, true}) {
         if (skinned) {
@@ -125,14 +117,12 @@ TEST_F(EngineTest, WindowsTakeASkinOfTheirOwnByNameOrClass)
     probe.show();
     QDialog dialog;
     dialog.show();
-
     EXPECT_EQ(windowSet("FrmProbe", red.constData()), 0);
     EXPECT_EQ(probe.styleSheet(), QString::fromUtf8(RedButtons));
     EXPECT_EQ(windowSet("FrmProbe", ""), 0);
     EXPECT_EQ(probe.styleSheet(), OwnSheet);
     EXPECT_EQ(windowSet("FrmNowhere", red.constData()), Zelvanef::NoSuchWindow);
     EXPECT_EQ(windowSet("FrmProbe", file("plain.urf", RedButtons).constData()), UrfSkin::NotASkin);
-
     EXPECT_EQ(windowSetEx("QDialog", red.constData(), Zelvanef::MatchClass), 0);
     EXPECT_EQ(dialog.styleSheet(), QString::fromUtf8(RedButtons));
     EXPECT_EQ(probe.styleSheet(), OwnSheet);

@@ -6,17 +6,15 @@
 bool waitUntil(const std::function<bool()> &done, int timeoutMs)
 {
     bool met = done();
-    if (met)
-        return true;
     QEventLoop loop;
     QTimer check;
     QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        met = done();
-        if (met)
+        if ((met = done()))
             loop.quit();
     });
     QTimer::singleShot(timeoutMs, &loop, &QEventLoop::quit);
     check.start(5);
-    loop.exec();
+    if (!met)
+        loop.exec();
     return met;
 }

@@ -6,8 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QStandardPaths>
-#include <QTcpServer>
 #include <QTcpSocket>
 
 #include <unistd.h>
@@ -34,11 +32,6 @@ QString IcecastStation::Missing()
             return QLatin1StringView(name) + u" is not installed (make setup installs it)"_s;
     }
     return {};
-}
-
-QString IcecastStation::tool(const QString &name)
-{
-    return QStandardPaths::findExecutable(name);
 }
 
 std::pair<int, QByteArray> IcecastStation::run(const QString &command)
@@ -75,9 +68,7 @@ QString IcecastStation::makeSongs()
     QFile::setPermissions(m_work.path(),
                           QFile::permissions(m_work.path()) | QFileDevice::ExeOther | QFileDevice::ReadOther);
     QDir(m_work.path()).mkdir(u"log"_s);
-    QFile::setPermissions(path("log"), QFileDevice::ReadOther | QFileDevice::WriteOther |
-                                           QFileDevice::ExeOther | QFileDevice::ReadOwner |
-                                           QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    QFile::setPermissions(path("log"), QFileDevice::Permissions(0x7007)); // rwx for the owner and others
     QByteArray playlist;
     for (int i = 1; i <= Songs.size(); ++i) {
         const QString name = m_work.filePath(u"s%1"_s.arg(i));
@@ -101,12 +92,8 @@ QString IcecastStation::start(bool burst)
         return u"no temporary folder"_s;
     if (const QString failed = makeSongs(); !failed.isEmpty())
         return failed;
-    QTcpServer probe;
-    if (!probe.listen(QHostAddress::LocalHost, 0))
+    if (m_port = IcyServer::refusedPort(); m_port == 0)
         return u"no free port"_s;
-    m_port = probe.serverPort();
-    probe.close();
-
     const QString icecast = startServer(
         m_icecast, "icecast2", "icecast.xml",
         u"<icecast><limits><clients>10</clients><sources>2</sources>%4</limits>"

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -24,29 +25,23 @@ public:
         {QStringLiteral("Tester"), QStringLiteral("Song 3")}};
     // The titles the station announces: "artist - title".
     static QStringList Titles();
-
     IcecastStation();
     ~IcecastStation();
-    IcecastStation(const IcecastStation &) = delete;
-    IcecastStation &operator=(const IcecastStation &) = delete;
-
+    Q_DISABLE_COPY_MOVE(IcecastStation)
     // Empty when the servers and the tools that make the songs are installed;
     // otherwise why the station cannot run (for GTEST_SKIP).
     static QString Missing();
-
     // Makes the songs and starts both servers; returns once /stream answers,
     // with an empty text, or with what went wrong.
     // burst: icecast's usual burst of audio on connect; without it a listener
     // gets the audio as it is sent, so titles fall where the audio is.
     QString start(bool burst = true);
-
     quint16 port() const { return m_port; }
     QString url(const QString &path = QStringLiteral("/stream")) const;
-
     // Runs a tool's command line to its end; gives its exit code and output.
     static std::pair<int, QByteArray> run(const QString &command);
     // The path of an installed tool, empty when there is none.
-    static QString tool(const QString &name);
+    static QString tool(const QString &name) { return QStandardPaths::findExecutable(name); }
 
 private:
     struct Server
@@ -54,13 +49,11 @@ private:
         std::unique_ptr<QProcess> process = std::make_unique<QProcess>();
         ~Server();
     };
-
     QString path(const char *name) const;
     QString makeSongs();
     QString startServer(Server &server, const char *program, const char *config, const QString &xml,
                         const QByteArray &target, const QByteArray &answer);
     QByteArray answers(const QByteArray &target) const;
-
     QTemporaryDir m_work;
     quint16 m_port = 0;
     Server m_icecast;

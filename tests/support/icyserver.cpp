@@ -46,8 +46,7 @@ char audioByte(qint64 position)
 
 QByteArray tlsFile(const QString &name)
 {
-    QFile file(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/tests/recorder/tls/"_s + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return IcyServer::dataFile(u"../tests/recorder/tls/"_s + name);
 }
 
 } // namespace
@@ -64,11 +63,6 @@ IcyServer::IcyServer(QObject *parent) : QObject(parent), m_server(new QTcpServer
 
 IcyServer::~IcyServer() = default;
 
-bool IcyServer::start()
-{
-    return listen();
-}
-
 bool IcyServer::startTls(const QString &certificate)
 {
     auto *server = new QSslServer(this);
@@ -79,7 +73,19 @@ bool IcyServer::startTls(const QString &certificate)
     delete m_server;
     m_server = server;
     m_tls = true;
-    return !tls.localCertificate().isNull() && !tls.privateKey().isNull() && listen();
+    return !tls.localCertificate().isNull() && !tls.privateKey().isNull() && start();
+}
+
+quint16 IcyServer::refusedPort()
+{
+    QTcpServer probe;
+    return probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
+}
+
+QByteArray IcyServer::dataFile(const QString &name)
+{
+    QFile file(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/"_s + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void IcyServer::trustTestAuthority()
@@ -89,7 +95,7 @@ void IcyServer::trustTestAuthority()
     QSslConfiguration::setDefaultConfiguration(tls);
 }
 
-bool IcyServer::listen()
+bool IcyServer::start()
 {
     connect(m_server, &QTcpServer::pendingConnectionAvailable, this, &IcyServer::onNewConnection);
     if (!m_server->listen(QHostAddress::LocalHost, 0))
@@ -97,16 +103,6 @@ bool IcyServer::listen()
     // A paced stream needs a steady tick; an unpaced one a fast one.
     m_timer.start(bytesPerSecond > 0 ? 20 : 1);
     return true;
-}
-
-void IcyServer::stopListening()
-{
-    m_server->close();
-}
-
-quint16 IcyServer::port() const
-{
-    return m_server->serverPort();
 }
 
 QString IcyServer::url(const QString &path) const
@@ -174,7 +170,6 @@ void IcyServer::onReadyRead(Client &client)
     client.received.truncate(end + 4);
     if (keepSent)
         client.sent.request = client.received;
-
     const QByteArray path = client.received.split(' ').value(1);
     if (pages.contains(path) || path.endsWith(".pls")) {
         client.socket->write(pages.value(path, "HTTP/1.0 404 Not Found\r\nContent-Length: 0\r\n\r\n"));

@@ -4,13 +4,11 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QTcpServer>
 #include <QTimer>
 
 #include <memory>
 #include <vector>
-
-class QSslCertificate;
-class QTcpServer;
 
 // A scripted station on 127.0.0.1 ("Loopback FM", genre "Test", metadata every
 // metaInt audio bytes, 128 kbit/s): answers a request with an ICY header, then
@@ -30,20 +28,17 @@ public:
         CloseAtOnce,   // closes every connection before reading the request
         EndlessHeader, // sends header lines that never end: a station that sends no answer
     };
-
     struct Song
     {
         QByteArray title;
         int intervals = 1; // audio intervals of metaInt bytes
     };
-
     // A metadata block announcing title sat right after audio byte offset.
     struct TitleMark
     {
         qint64 offset = 0;
         QByteArray title;
     };
-
     struct Sent
     {
         QByteArray request;
@@ -51,10 +46,8 @@ public:
         QList<TitleMark> marks;
         bool finished = false;
     };
-
     explicit IcyServer(QObject *parent = nullptr);
     ~IcyServer() override;
-
     // Listens on a free port of 127.0.0.1 chosen by the system (ports from
     // 32768 up on Linux, so stations on high ports are what tests meet).
     bool start();
@@ -63,17 +56,20 @@ public:
     bool startTls(const QString &certificate);
     // Makes the test authority that signed those trusted by this process.
     static void trustTestAuthority();
+    // A port of 127.0.0.1 where nothing listens (0 if none could be found).
+    static quint16 refusedPort();
+    // The contents of a file under the source tree's data/ folder.
+    static QByteArray dataFile(const QString &name);
     // Stops listening: further connections are refused.
-    void stopListening();
-    quint16 port() const;
+    void stopListening() { m_server->close(); }
+    quint16 port() const { return m_server->serverPort(); }
     // http://127.0.0.1:port/..., or https://localhost:port/... over TLS.
     QString url(const QString &path = QStringLiteral("/stream")) const;
-
     // The script; change it before clients connect.
     QList<Song> songs;
-    bool repeat = false;       // start the songs again after the last; else stop sending
-    bool repeatTitles = false; // send the title in every block, not only on a change
-    bool titles = true;        // false: every block is empty (length 0)
+    bool repeat = false;          // start the songs again after the last; else stop sending
+    bool repeatTitles = false;    // send the title in every block, not only on a change
+    bool titles = true;           // false: every block is empty (length 0)
     bool announceInterval = true; // false: no "icy-metaint:", the stream is plain audio
     int metaInt = 8000;
     qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
@@ -86,10 +82,8 @@ public:
     QMap<QByteArray, QByteArray> pages;
     static QByteArray page(const QByteArray &body);
     static QByteArray redirect(const QString &location);
-
     // A metadata block as it goes on the wire: length byte, then padded text.
     static QByteArray metadataBlock(const QByteArray &text);
-
     int clientCount() const { return int(m_clients.size()); }
     const Sent &sent(int client) const;
     // Audio of one file as the recorder must write it in single-song mode:
@@ -100,15 +94,12 @@ public:
 
 private:
     struct Client;
-
-    bool listen();
     void onNewConnection();
     void onReadyRead(Client &client);
     void pump(Client &client);
     void sendAudio(Client &client, qint64 count);
     QByteArray titleAfterInterval(qint64 interval) const;
     qint64 scriptIntervals() const;
-
     QTcpServer *m_server;
     bool m_tls = false;
     QTimer m_timer;

@@ -12,15 +12,12 @@ class ScriptedPrompt : public Prompt
 public:
     struct Shown
     {
-        QString text;
-        QString title;
+        QString text, title;
         Icon icon;
     };
-
     void message(const QString &text, const QString &title, Icon icon) override;
     bool askYesNo(const QString &text, const QString &title, Icon icon) override;
     QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
-
     // Answers for the next questions, in order; an unscripted question is answered No.
     QList<bool> answers;
     QList<Shown> shown;
@@ -28,6 +25,5 @@ public:
     QStringList files;
     // The starting folder of every file dialog opened.
     QStringList fileFolders;
-
     QStringList texts() const;
 };

@@ -4,12 +4,15 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
+#include <QStringEncoder>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const char *const Variables[4] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "APPDATA"};
+// The folders the first three variables point to, and the installation's.
+const char *const Folders[4] = {"data", "config", "runtime", "install"};
 
 } // namespace
 
@@ -20,13 +23,12 @@ TempProfile::TempProfile()
         m_saved[i] = qgetenv(Variables[i]);
     }
     const QString base = m_dir.path();
-    for (const char *sub : {"data", "config", "runtime", "install"})
+    for (const char *sub : Folders)
         QDir().mkpath(base + u'/' + QLatin1StringView(sub));
     QFile::setPermissions(base + u"/runtime"_s,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    qputenv("XDG_DATA_HOME", QFile::encodeName(base + u"/data"_s));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(base + u"/config"_s));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(base + u"/runtime"_s));
+    for (int i = 0; i < 3; ++i)
+        qputenv(Variables[i], QFile::encodeName(base + u'/' + QLatin1StringView(Folders[i])));
     qunsetenv("APPDATA");
     // QSettings caches its folders for the life of the process; point it here explicitly.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, base + u"/config"_s);
@@ -67,19 +69,12 @@ void TempProfile::setAppData(const QString &value)
 QByteArray TempProfile::readFile(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QByteArray TempProfile::utf16File(const QString &text)
 {
-    QByteArray bytes("\xFF\xFE");
-    for (const QChar c : text) {
-        bytes.append(char(c.unicode() & 0xFF));
-        bytes.append(char(c.unicode() >> 8));
-    }
-    return bytes;
+    return QStringEncoder(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom)(text);
 }
 
 void TempProfile::writeFile(const QString &path, const QByteArray &bytes)

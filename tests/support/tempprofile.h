@@ -14,20 +14,16 @@ class TempProfile
 public:
     TempProfile();
     ~TempProfile();
-    TempProfile(const TempProfile &) = delete;
-    TempProfile &operator=(const TempProfile &) = delete;
-
+    Q_DISABLE_COPY_MOVE(TempProfile)
     QString root() const { return m_dir.path(); }
     // The program's data folder in this profile, with its trailing "/".
     QString dataFolder() const;
     QString installFolder() const;
     QString configFile() const;
-
     // Sets "APPDATA" for the rest of the test (restored afterwards).
     void setAppData(const QString &value);
-
     static QByteArray readFile(const QString &path);
-    // The catalogue's encoding, written out by hand: FF FE, then UTF-16 little-endian units.
+    // The catalogue's encoding: FF FE, then UTF-16 little-endian units.
     static QByteArray utf16File(const QString &text);
     static void writeFile(const QString &path, const QByteArray &bytes);
 

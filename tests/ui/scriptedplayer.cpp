@@ -43,22 +43,10 @@ void ScriptedPlayer::setURL(const QString &url)
         onOpen(*this);
 }
 
-void ScriptedPlayer::play()
+void ScriptedPlayer::request(const char *call, int state)
 {
-    log << QStringLiteral("play");
-    enterLater(Playing);
-}
-
-void ScriptedPlayer::pause()
-{
-    log << QStringLiteral("pause");
-    enterLater(Paused);
-}
-
-void ScriptedPlayer::stop()
-{
-    log << QStringLiteral("stop");
-    enterLater(Stopped);
+    log << QLatin1StringView(call);
+    enterLater(state);
 }
 
 void ScriptedPlayer::setPlayCount(int count)

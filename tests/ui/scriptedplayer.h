@@ -19,10 +19,8 @@ class ScriptedPlayer : public MediaPlayer
 
 public:
     explicit ScriptedPlayer(QWidget *owner);
-
     // A factory that keeps every player it makes in made, oldest first.
     static MediaPlayerFactory Factory(QList<ScriptedPlayer *> &made);
-
     // Enters state and tells it now.
     void enter(int state);
     // Called after every non-empty URL: the test's script of what the media does.
@@ -31,16 +29,14 @@ public:
     // player is in that state by then or has been given another URL since:
     // like the real one, it tells only the states of its current media.
     void enterLater(int state);
-
     QStringList log;
-
     QString URL() const override { return m_url; }
     void setURL(const QString &url) override;
     int playState() const override { return m_state; }
     QString status() const override { return QStringLiteral("scripted ") + QString::number(m_state); }
-    void play() override;
-    void pause() override;
-    void stop() override;
+    void play() override { request("play", Playing); }
+    void pause() override { request("pause", Paused); }
+    void stop() override { request("stop", Stopped); }
     bool mute() const override { return m_mute; }
     void setMute(bool mute) override { m_mute = mute; }
     int volume() const override { return m_volume; }
@@ -52,6 +48,9 @@ public:
     void close() override;
 
 private:
+    // Logs the call and enters the state it leads to, from the event loop.
+    void request(const char *call, int state);
+
     QString m_url;
     int m_urlsSet = 0;
     int m_state = Undefined;

@@ -46,23 +46,18 @@ class StationWindowTest : public ProfileTest
 {
 protected:
     using Col = FrmStations::Column;
-
     // Five stations in the order the window shows them with no filter.
     static const QString Catalogue5;
     static const QString AllFive;
-
     void SetUp() override;
     void TearDown() override;
-
     // Writes the catalogue file (station lines with '|' between fields) and loads it.
     void writeCatalogue(const QString &stations);
     QString cataloguePath() const { return profile.dataFolder() + AppState::CatalogueFileName; }
     // The catalogue file as text.
     QString catalogueText() const;
-
     // Opens the main window; its players are scripted unless factory makes them.
     void open(const MediaPlayerFactory &factory = {});
-
     template <typename T = QWidget> T *child(const char *name) const
     {
         T *found = window->findChild<T *>(QLatin1StringView(name));
@@ -78,7 +73,6 @@ protected:
     QString shown(Col column = Col::ColStation) const;
     void filter(const char *genre, const char *category, const char *type, const char *rating);
     void editText(int row, Col column, const QString &text);
-
     // Quick: a station that never answers costs a fifth of a second.
     StationCheck::Timing checkTiming{2, 101};
     // Plays the user at modal dialogs; empty runs them for real.

@@ -36,7 +36,6 @@ protected:
         ASSERT_TRUE(server.start());
         open();
     }
-
     void open(int row = 4, const QString &url = u"http://127.0.0.1:9/stream"_s)
     {
         players.clear();
@@ -48,7 +47,6 @@ protected:
         window->ListenTitle = u"Test FM"_s;
         window->show();
     }
-
     QString caption() const { return window->windowTitle(); }
     QString info() const { return window->findChild<QLabel *>(u"lblInfo"_s)->text(); }
     QPushButton *button(const char *name) const
@@ -56,7 +54,6 @@ protected:
         return window->findChild<QPushButton *>(QLatin1StringView(name));
     }
     int opened(const QString &url) const { return int(player->log.count(u"URL="_s + url)); }
-
     IcyServer server;
     ScriptedPrompt prompt;
     AppState state{profile.installFolder(), prompt};
@@ -69,15 +66,12 @@ TEST_F(ListenTest, TheAddressDecidesTheCaptionAndWhatIsPlayed)
 {
     const struct
     {
-        QString url;
-        QString caption;
+        QString url, caption;
         QString played; // the address given to the player; empty for none
-    } rows[] = {
-        {u"http://127.0.0.1:9/stream"_s, u"Connecting to: Test FM"_s, u"http://127.0.0.1:9/stream"_s},
-        {u"/home/u/Rec/Test FM_2024.MP3"_s, u"Playing: Test FM"_s, u"/home/u/Rec/Test FM_2024.MP3"_s},
-        {server.url(u"/two.PLS"_s), u"Scanning for: Test FM"_s, {}},
-        {{}, u"Stream missing: Test FM"_s, {}},
-    };
+    } rows[] = {{u"http://127.0.0.1:9/stream"_s, u"Connecting to: Test FM"_s, u"http://127.0.0.1:9/stream"_s},
+                {u"/home/u/Rec/Test FM_2024.MP3"_s, u"Playing: Test FM"_s, u"/home/u/Rec/Test FM_2024.MP3"_s},
+                {server.url(u"/two.PLS"_s), u"Scanning for: Test FM"_s, {}},
+                {{}, u"Stream missing: Test FM"_s, {}}};
     for (const auto &row : rows) {
         ASSERT_NO_FATAL_FAILURE(open(4, row.url));
         window->Play();
@@ -95,14 +89,12 @@ TEST_F(ListenTest, APlaylistIsFetchedAndItsFreeServerPlayedOrItsFailureShown)
     const struct
     {
         const char *path;
-        QString caption;
-        QString played;
+        QString caption, played;
     } rows[] = {
         {"/two.pls", u"Playing: Test FM"_s, u"http://room.test/b"_s}, // without the playlist line's CR
         {"/none.pls", u"Station is not available: Test FM"_s, {}},
         {"/gone.pls", u"PLS error: 0: An Error Has Occurred."_s, {}},
-        {"/page.html?.pls", u"Station is not available: Test FM"_s, {}},
-    };
+        {"/page.html?.pls", u"Station is not available: Test FM"_s, {}}};
     for (const auto &row : rows) {
         ASSERT_NO_FATAL_FAILURE(open(4, server.url(QLatin1StringView(row.path))));
         window->Play();
@@ -130,7 +122,6 @@ TEST_F(ListenTest, AStreamThatFallsBackIsTriedFiveTimesThenGivenUp)
     EXPECT_EQ(caption(), u"Unable to load "_s + url);
     EXPECT_EQ(opened(url), 6) << "the first time and five retries: " << player->log.join(u' ').toStdString();
     EXPECT_EQ(player->log.last(), u"URL="_s);
-
     // Given up: later states change nothing.
     player->log.clear();
     for (const int state : {MediaPlayer::Ready, MediaPlayer::Playing})
@@ -182,15 +173,12 @@ TEST_F(ListenTest, EscapeLeavesFullScreenFirstAndThenClosesStoppingAnyRetry)
     player->enter(MediaPlayer::Playing);
     button("cmdFullScreen")->click();
     ASSERT_TRUE(player->fullScreen());
-
     QTest::keyClick(player->view(), Qt::Key_Escape);
     EXPECT_FALSE(player->fullScreen());
     EXPECT_TRUE(window->isVisible());
-
     button("cmdFullScreen")->click();
     QTest::keyClick(window.get(), Qt::Key_A);
     EXPECT_FALSE(player->fullScreen()) << "any key to the window leaves full screen";
-
     // Closed while retrying a stream that fell back: stopped for good.
     player->onOpen = [](ScriptedPlayer &p) { p.enterLater(MediaPlayer::Transitioning); };
     player->enter(MediaPlayer::Ready);
@@ -220,7 +208,6 @@ TEST_F(ListenTest, TheContextButtonTogglesThePlayersOwnMenu)
     menu->actions().at(3)->trigger();
     EXPECT_TRUE(player->mute());
     menu->close();
-
     button("cmdContext")->click();
     EXPECT_FALSE(button("cmdContext")->isChecked());
     EXPECT_FALSE(player->enableContextMenu());

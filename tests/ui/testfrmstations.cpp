@@ -5,7 +5,6 @@
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -34,7 +33,6 @@ TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
     for (int i = 0; i < categories->count(); ++i)
         items << categories->itemText(i);
     EXPECT_EQ(items.join(u','), u",Rock,Hard rock,Lounge,News,Oldies"_s);
-
     writeCatalogue({});
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(grid->Cols(), 13);
@@ -49,15 +47,13 @@ TEST_F(StationsTest, FiltersKeepTheirCaseRules)
     {
         const char *genre, *category, *type, *rating;
         QString expected;
-    } rows[] = {
-        {"Rock", "", "", "", u"Rock One,Classic Hits"_s},
-        // The category test alone is case-sensitive: "Hard rock" does not contain "Rock".
-        {"", "Rock", "", "", u"Rock One"_s},
-        {"", "", "MP3", "", u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s},
-        {"", "", "", "3", u"Rock One,Rockabilly"_s},
-        {"Rock", "", "MP3", "3", u"Rock One"_s},
-        {"", "", "", "", AllFive},
-    };
+    } rows[] = {{"Rock", "", "", "", u"Rock One,Classic Hits"_s},
+                // The category test alone is case-sensitive: "Hard rock" does not contain "Rock".
+                {"", "Rock", "", "", u"Rock One"_s},
+                {"", "", "MP3", "", u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s},
+                {"", "", "", "3", u"Rock One,Rockabilly"_s},
+                {"Rock", "", "MP3", "3", u"Rock One"_s},
+                {"", "", "", "", AllFive}};
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.genre) + '/' + row.category + '/' + row.type + '/' + row.rating);
         filter(row.genre, row.category, row.type, row.rating);
@@ -76,7 +72,6 @@ TEST_F(StationsTest, StoredFiltersApplyAtLoadAndSelectTheirFirstExactEntry)
     EXPECT_EQ(shown(), u"Classic Hits"_s);
     EXPECT_EQ(child<QComboBox>("cmbCategory")->currentIndex(), 0);
     EXPECT_EQ(child<QComboBox>("cmbType")->currentIndex(), 1);
-
     state->CategoryFilter.clear();
     state->GenreFilter = u"Funk"_s;
     ASSERT_NO_FATAL_FAILURE(open());
@@ -122,12 +117,10 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     EXPECT_EQ(grid->CellText(1, pos(Col::ColRating)), u"5"_s);
     EXPECT_EQ(state->catalogue.at(2).Rating, 5);
     EXPECT_TRUE(grid->CellChanged(1, pos(Col::ColRating)));
-
     ASSERT_TRUE(grid->EditCell(0, pos(Col::ColRating))); // rating 3
     EXPECT_EQ(cboRating->currentText(), u"3"_s);
     QTest::keyClick(cboRating, Qt::Key_Escape);
     EXPECT_EQ(state->catalogue.at(1).Rating, 3);
-
     // Leaving the drop-down without a choice (the focus moving away ends the
     // edit as an update) keeps a rating it cannot show, and an unset one.
     for (const auto &[rating, text] : {std::pair{7, "7"}, {0, "0"}}) {
@@ -140,13 +133,11 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
         EXPECT_EQ(state->catalogue.at(4).Rating, rating);
         EXPECT_FALSE(grid->CellChanged(3, pos(Col::ColRating)));
     }
-
     grid->GotoCell(2, pos(Col::ColSingle));
     grid->setFocus();
     QTest::keyClick(grid, Qt::Key_Space);
     EXPECT_TRUE(grid->CellChanged(2, pos(Col::ColSingle)));
     EXPECT_TRUE(state->catalogue.at(3).SingleSong);
-
     // The play handle only cancels the edit while there is no player.
     EXPECT_FALSE(grid->EditCell(0, pos(Col::ColPlay)));
     EXPECT_FALSE(grid->IsEditing());
@@ -164,7 +155,6 @@ TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
     grid->SetCellChanged(0, pos(Col::ColRating), true);
     grid->SetCellText(0, pos(Col::ColSign), u"A|B"_s);
     grid->SetCellChanged(0, pos(Col::ColSign), true);
-
     window->close();
     EXPECT_TRUE(windows.ended);
     EXPECT_FALSE(state->catalogue.Dirty) << "saved by the closing step";
@@ -184,7 +174,6 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
     window->close();
     EXPECT_EQ(TempProfile::readFile(cataloguePath()), before);
     EXPECT_FALSE(QFile::exists(cataloguePath() + u".bck"_s));
-
     writeCatalogue(Catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
     editText(2, Col::ColStation, u"Jazz Corner"_s);

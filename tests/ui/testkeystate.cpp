@@ -54,8 +54,7 @@ TEST(KeyState, PressesAndReleasesAreTrackedPerKeyAndMissedReleasesHealOnTheNextI
         {QEvent::MouseButtonPress, shift, 0, 0, "-R-"},
         {QEvent::KeyPress, shift | ctrl, 37, 0xffe3, "-RC"},
         {QEvent::KeyPress, shift | ctrl, 105, 0xffe4, "-RC"}, // right Ctrl is none of them
-        {QEvent::KeyPress, none, 38, 0x61, "---"},
-    };
+        {QEvent::KeyPress, none, 38, 0x61, "---"}};
     for (const auto &step : steps) {
         if (step.type == QEvent::MouseButtonPress) {
             QMouseEvent event(step.type, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,

@@ -13,7 +13,6 @@
 #include <QComboBox>
 #include <QDate>
 #include <QPushButton>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -56,19 +55,16 @@ protected:
         wmp1 = players[0];
         bar = child<ucPlayBar>("ucPlayBar1");
     }
-
     ucPictureButton *button(const char *name) const
     {
         return bar->findChild<ucPictureButton *>(QLatin1StringView(name));
     }
     bool playingLook() const { return button("cmdDSPause")->x() == ucPlayBar::ShownLeft; }
-
     void press(Row row)
     {
         grid->SetRow(int(row));
         button("cmdDSPlay")->click();
     }
-
     IcyServer server;
     QStringList traced;
     ScriptedPlayer *wmp1 = nullptr;
@@ -83,13 +79,11 @@ TEST_F(MainPlayerTest, PlayStartsTheCurrentStationOrSaysWhyNot)
         QString caption; // once the start has settled
         QString played;  // the address given to wmp1
         bool playingLook;
-    } rows[] = {
-        {Direct, u"Connecting to: Direct FM"_s, u"http://127.0.0.1:9/direct"_s, true},
-        {NoAddress, u"Not StreamUrl Defined for: & No Address"_s, {}, false},
-        {Listed, u"Scanning for: Listed FM"_s, u"http://one.test/s"_s, true},
-        {Empty, u"Station is not available: Empty List"_s, {}, false},
-        {Gone, u"PLS error: 0: An Error Has Occurred."_s, {}, true},
-    };
+    } rows[] = {{Direct, u"Connecting to: Direct FM"_s, u"http://127.0.0.1:9/direct"_s, true},
+                {NoAddress, u"Not StreamUrl Defined for: & No Address"_s, {}, false},
+                {Listed, u"Scanning for: Listed FM"_s, u"http://one.test/s"_s, true},
+                {Empty, u"Station is not available: Empty List"_s, {}, false},
+                {Gone, u"PLS error: 0: An Error Has Occurred."_s, {}, true}};
     for (const auto &row : rows) {
         wmp1->log.clear();
         press(row.row);
@@ -103,7 +97,6 @@ TEST_F(MainPlayerTest, PlayStartsTheCurrentStationOrSaysWhyNot)
         ASSERT_TRUE(waitUntil([&] { return wmp1->playState() == MediaPlayer::Stopped; }, 2000));
     }
     EXPECT_EQ(bar->toolTip(), u"Stream: http://one.test/s"_s);
-
     // A filter that keeps no station leaves no current row.
     window->findChild<QComboBox *>(u"cmbType"_s)->setCurrentText(u"TV"_s);
     window->findChild<QPushButton *>(u"cmdFilter"_s)->click();
@@ -125,8 +118,7 @@ TEST_F(MainPlayerTest, ThePlayersStatesShowInTheCaption)
         {MediaPlayer::Ready, u"Paused: Direct FM"_s},
         {MediaPlayer::Reconnecting, u"Direct FM ... Reconnecting 11"_s},
         {MediaPlayer::Stopped, QString()},
-        {MediaPlayer::Playing, QString()},
-    };
+        {MediaPlayer::Playing, QString()}};
     for (const auto &[s, caption] : states) {
         wmp1->enter(s);
         EXPECT_EQ(bar->Caption(), caption) << s;
@@ -144,7 +136,6 @@ TEST_F(MainPlayerTest, PlayResumesAPauseMuteHoldsThroughVolumeAndStopEndsAStatio
     button("cmdDSPlay")->click();
     EXPECT_EQ(wmp1->log, QStringList{u"play"_s});
     EXPECT_EQ(traced.last(), u"PlayBar1: Key = Play, wmp1.Status=scripted 2"_s);
-
     button("cmdDSMute")->click();
     bar->findChild<ucSlider *>(u"ucSlider1"_s)->setValue(40);
     EXPECT_EQ(wmp1->volume(), 40);
@@ -152,7 +143,6 @@ TEST_F(MainPlayerTest, PlayResumesAPauseMuteHoldsThroughVolumeAndStopEndsAStatio
     button("cmdDSMute")->click();
     EXPECT_FALSE(wmp1->mute());
     EXPECT_EQ(traced.last(), u"PlayBar1: Key = NoMute, wmp1.Status=scripted 2"_s);
-
     window->Player().SetScanning(true);
     button("cmdDSStop")->click();
     EXPECT_FALSE(window->Player().Scanning());
@@ -168,7 +158,6 @@ TEST_F(MainPlayerTest, AStationStartedRightAfterAStopStartsInsteadOfResumingOrSt
     player.StopPlayback();
     press(Direct);
     EXPECT_EQ(wmp1->log.last(), u"URL=http://127.0.0.1:9/direct"_s) << "not resumed";
-
     // The stop arrives while the playlist is fetched: it must not end the start.
     wmp1->enter(MediaPlayer::Playing);
     player.StopPlayback();
@@ -195,7 +184,6 @@ TEST_F(MainPlayerTest, ThePlayCellPlaysItsRowAndShowsThePlayingLook)
     EXPECT_FALSE(playCell(Direct)) << "no edit";
     EXPECT_EQ(wmp1->URL(), u"http://127.0.0.1:9/direct"_s);
     EXPECT_TRUE(playingLook());
-
     // Even when nothing could start, the cell leaves the playing look.
     EXPECT_FALSE(playCell(NoAddress));
     EXPECT_EQ(bar->Caption(), u"Not StreamUrl Defined for: & No Address"_s);
@@ -208,7 +196,6 @@ TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     window->StationPlayed(2, int(Listed), u"2030-01-01"_s);
     window->StationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
     EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
-
     FrmListen *listen = window->CreateListenWindow();
     listen->ListenRow = int(Listed);
     listen->ListenUrl = u"http://127.0.0.1:9/direct"_s;

@@ -10,12 +10,9 @@
 #include "support/tempprofile.h"
 #include "ui/frmlisten.h"
 
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QMediaPlayer>
 #include <QSignalSpy>
-#include <QTcpServer>
 
 #include <gtest/gtest.h>
 
@@ -24,11 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int OpenTimeout = 20000;
-
-QString sourceFile(const char *name)
-{
-    return qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/"_s + QLatin1StringView(name);
-}
 
 // A WAVE file whose audio is in a format no decoder knows.
 QByteArray unknownFormatWave()
@@ -53,13 +45,11 @@ protected:
         station = new IcecastStation;
         startFailure = station->start();
     }
-
     static void TearDownTestSuite()
     {
         delete station;
         station = nullptr;
     }
-
     void SetUp() override
     {
         if (!missing.isEmpty())
@@ -72,21 +62,12 @@ protected:
                             "\r\nTitle1=(#1 - 0/10) Ice\r\nLength1=-1\r\nVersion=2\r\n");
         ASSERT_TRUE(server.start());
     }
-
     static bool reaches(const MediaPlayer &player, int state)
     {
         return waitUntil([&] { return player.playState() == state; }, OpenTimeout);
     }
-
     // A port of 127.0.0.1 where nothing listens.
-    static QString refusedAddress()
-    {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost);
-        const quint16 port = probe.serverPort();
-        probe.close();
-        return u"http://127.0.0.1:%1/stream"_s.arg(port);
-    }
+    static QString refusedAddress() { return u"http://127.0.0.1:%1/stream"_s.arg(IcyServer::refusedPort()); }
 
     std::unique_ptr<FrmListen> listenWindow(int row, const QString &url, const QString &title = u"Ice"_s)
     {
@@ -99,9 +80,7 @@ protected:
         window->Play();
         return window;
     }
-
     static QMediaPlayer &qtPlayer(const QObject &owner) { return *owner.findChild<QMediaPlayer *>(); }
-
     static inline QString missing;
     static inline QString startFailure;
     static inline IcecastStation *station = nullptr;
@@ -119,18 +98,15 @@ TEST_F(QtPlayerTest, AStationPlaysPausesAndResumes)
     ASSERT_TRUE(reaches(player, MediaPlayer::Playing)) << player.status().toStdString();
     EXPECT_EQ(states.first().first().toInt(), int(MediaPlayer::Transitioning));
     EXPECT_EQ(player.status(), u"Playing"_s);
-
     player.pause();
     ASSERT_TRUE(reaches(player, MediaPlayer::Paused));
     player.play();
     ASSERT_TRUE(reaches(player, MediaPlayer::Playing));
     EXPECT_EQ(player.URL(), station->url()) << "resumed, not restarted";
-
     player.setMute(true);
     player.setVolume(30);
     EXPECT_TRUE(player.mute()) << "a volume change keeps the mute";
     EXPECT_EQ(player.volume(), 30);
-
     player.setURL({});
     ASSERT_TRUE(reaches(player, MediaPlayer::Stopped));
     EXPECT_EQ(qtPlayer(player).playbackState(), QMediaPlayer::StoppedState);
@@ -142,8 +118,7 @@ TEST_F(QtPlayerTest, MediaThatCannotPlayFallsBackToReady)
         {"refused connection", refusedAddress()},
         {"web page", server.url(u"/page.html"_s)},
         {"unknown audio format", server.url(u"/odd.wav"_s)},
-        {"missing file", profile.dataFolder() + u"Rec/gone.mp3"_s},
-    };
+        {"missing file", profile.dataFolder() + u"Rec/gone.mp3"_s}};
     for (const auto &[what, url] : rows) {
         QtMediaPlayer player(&owner);
         player.setURL(url);
@@ -181,8 +156,7 @@ TEST_F(QtPlayerTest, AListeningWindowPlaysAPlaylistsStreamAndReportsTheStation)
 TEST_F(QtPlayerTest, ARecordingPlaysWithoutReportingAStation)
 {
     const QString recording = profile.dataFolder() + u"Rec/sample.mp3"_s;
-    QDir().mkpath(profile.dataFolder() + u"Rec"_s);
-    ASSERT_TRUE(QFile::copy(sourceFile("sample.mp3"), recording));
+    TempProfile::writeFile(recording, IcyServer::dataFile(u"sample.mp3"_s));
     auto window = listenWindow(FrmListen::FileRow, recording, u"sample.mp3"_s);
     QSignalSpy played(window.get(), &FrmListen::StationPlayed);
     EXPECT_EQ(window->windowTitle(), u"Playing: sample.mp3"_s);
@@ -192,7 +166,7 @@ TEST_F(QtPlayerTest, ARecordingPlaysWithoutReportingAStation)
 
 TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)
 {
-    ASSERT_TRUE(QFile::copy(sourceFile("miniTC.avi"), profile.installFolder() + u"/miniTC.avi"_s));
+    TempProfile::writeFile(profile.installFolder() + u"/miniTC.avi"_s, IcyServer::dataFile(u"miniTC.avi"_s));
     FrmListen window(state, QtMediaPlayer::Create);
     window.ListenRow = FrmListen::WarmUpRow;
     window.ListenUrl = profile.installFolder() + u"/miniTC.avi"_s;

@@ -2,12 +2,10 @@
 
 #include "controls/lynxgrid.h"
 #include "stationwindow.h"
-#include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/qtmediaplayer.h"
 #include "ui/stationplayer.h"
 
-#include <QFile>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTimer>
@@ -25,11 +23,10 @@ TEST(StationCheckRating, APollRatesWhatThePlayerReached)
     const struct
     {
         int state, polls, rating;
-    } rows[] = {
-        {MediaPlayer::Playing, 1, 4},   {MediaPlayer::Buffering, 7, 3},       {MediaPlayer::Stopped, 1, 2},
-        {MediaPlayer::Ready, 2, 2},     {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
-        {MediaPlayer::Playing, 101, 4}, {MediaPlayer::Undefined, 102, 1},
-    };
+    } rows[] = {{MediaPlayer::Playing, 1, 4},         {MediaPlayer::Buffering, 7, 3},
+                {MediaPlayer::Stopped, 1, 2},         {MediaPlayer::Ready, 2, 2},
+                {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
+                {MediaPlayer::Playing, 101, 4},       {MediaPlayer::Undefined, 102, 1}};
     for (const auto &row : rows)
         EXPECT_EQ(StationCheck::RatingFor(row.state, row.polls, 101), row.rating)
             << row.state << "/" << row.polls;
@@ -53,21 +50,17 @@ protected:
         wmp1 = players[0];
         wmp1->onOpen = [](ScriptedPlayer &p) {
             p.enterLater(MediaPlayer::Transitioning);
-            const QString what = p.URL().section(u'/', -1);
-            if (what == u"play")
-                p.enterLater(MediaPlayer::Playing);
-            else if (what == u"buffer")
-                p.enterLater(MediaPlayer::Buffering);
-            else if (what == u"stop")
-                p.enterLater(MediaPlayer::Stopped);
-            else if (what == u"fail")
-                p.enterLater(MediaPlayer::Ready);
+            const QHash<QString, int> reached{{u"play"_s, MediaPlayer::Playing},
+                                              {u"buffer"_s, MediaPlayer::Buffering},
+                                              {u"stop"_s, MediaPlayer::Stopped},
+                                              {u"fail"_s, MediaPlayer::Ready}};
+            if (const QString what = p.URL().section(u'/', -1); reached.contains(what))
+                p.enterLater(reached[what]);
         };
         check = window->findChild<StationCheck *>();
         ASSERT_NE(check, nullptr);
         state->catalogue.Dirty = false;
     }
-
     // Clicks Info from row with a key held and waits for the check to end.
     void runCheck(int row, quint32 key)
     {
@@ -77,7 +70,6 @@ protected:
         click("cmdInfo", key);
         ASSERT_TRUE(finished.wait(Wait));
     }
-
     // The addresses the player was given to play, by their last part.
     QString played() const
     {
@@ -88,7 +80,6 @@ protected:
         }
         return names.join(u',');
     }
-
     QString ratings() const
     {
         QStringList list;
@@ -96,7 +87,6 @@ protected:
             list << QString::number(state->catalogue.at(index).Rating);
         return list.join(u',');
     }
-
     ScriptedPlayer *wmp1 = nullptr;
     StationCheck *check = nullptr;
 };
@@ -120,7 +110,6 @@ TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
     EXPECT_EQ(played(), u"stop,fail,never,play"_s);
     EXPECT_EQ(grid->Row(), 6);
     EXPECT_EQ(wmp1->playState(), MediaPlayer::Playing);
-
     // Buffering counts as playing.
     runCheck(1, LeftControlKey);
     EXPECT_EQ(played(), u"buffer"_s);
@@ -140,7 +129,6 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
     // The station tried when the player was stopped is rated as stopped; the rest is untouched.
     EXPECT_EQ(ratings(), u"5,5,5,5,2,5,5"_s);
     EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
-
     // So does the play bar's Stop; a new check may start while the old one still waits.
     click("cmdInfo", LeftShiftKey);
     window->Player().PlayKey(u"Stop"_s);
@@ -160,7 +148,6 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
     click("cmdDel", RightShiftKey);
     ASSERT_TRUE(finished.wait(Wait));
     EXPECT_EQ(state->catalogue.StationCount(), 0);
-
     // Closed: the check ends with the window, which saves what changed.
     writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
@@ -181,18 +168,14 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
 TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
 {
     IcyServer server;
-    QFile sample(qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + u"/data/sample.mp3"_s);
-    ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
-    server.pages["/sample.mp3"] = IcyServer::page(sample.readAll());
+    const QByteArray sample = IcyServer::dataFile(u"sample.mp3"_s);
+    ASSERT_FALSE(sample.isEmpty());
+    server.pages["/sample.mp3"] = IcyServer::page(sample);
     ASSERT_TRUE(server.start());
     // Takes connections and never answers them.
     QTcpServer silent;
     ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    const quint16 refused = probe.serverPort();
-    probe.close();
-
+    const quint16 refused = IcyServer::refusedPort();
     writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://127.0.0.1:%1/stream|i\r\n"
                    "Refuses|Pop|128|mp3||o|False|5|||http://127.0.0.1:%2/stream|i\r\n"
                    "Plays|Pop|128|mp3||o|False|5|||%3|i\r\n"_s.arg(silent.serverPort())

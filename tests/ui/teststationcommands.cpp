@@ -48,7 +48,6 @@ protected:
         }
         return open;
     }
-
     // Clicks a button and waits until the timer it starts has ticked.
     void clickAndTick(const char *button, const char *timerName)
     {
@@ -57,9 +56,7 @@ protected:
         EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
     }
     void record() { clickAndTick("cmdRecord", "TimerRecord"); }
-
     static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
-
     void SetUp() override
     {
         StationWindowTest::SetUp();
@@ -73,7 +70,6 @@ protected:
             return dialog.result();
         };
     }
-
     // Clicks Listen or Replay; gives the listening window it opened, if any.
     FrmListen *listen(const char *button)
     {
@@ -85,21 +81,18 @@ protected:
         }
         return nullptr;
     }
-
     std::function<void(QDialog &)> modalAnswer;
     QStringList modalTitles;
 };
 
 TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
 {
-    const std::pair<QString, QString> rows[] = {
-        {u"C:\\Data\\Rec\\take.mp3"_s, u"take.mp3"_s},
-        {u"/home/u/Rec/my take.mp3"_s, u"my take.mp3"_s},
-        {u"/home/u/odd\\name.mp3"_s, u"name.mp3"_s},
-        {u"C:\\Rec/take.mp3"_s, u"take.mp3"_s},
-        {u"Rec\\"_s, QString()},
-        {u"take.mp3"_s, u"take.mp3"_s},
-    };
+    const std::pair<QString, QString> rows[] = {{u"C:\\Data\\Rec\\take.mp3"_s, u"take.mp3"_s},
+                                                {u"/home/u/Rec/my take.mp3"_s, u"my take.mp3"_s},
+                                                {u"/home/u/odd\\name.mp3"_s, u"name.mp3"_s},
+                                                {u"C:\\Rec/take.mp3"_s, u"take.mp3"_s},
+                                                {u"Rec\\"_s, QString()},
+                                                {u"take.mp3"_s, u"take.mp3"_s}};
     for (const auto &[path, title] : rows)
         EXPECT_EQ(StationCommands::FileTitle(path), title) << path.toStdString();
 }
@@ -115,7 +108,6 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     record();
     EXPECT_TRUE(recorders().isEmpty());
     EXPECT_EQ(prompt.shown.size(), 1);
-
     // The row as shown, also a cell not yet written back, is what the recorder gets.
     grid->GotoCell(0, 1);
     grid->SetCellText(0, pos(Col::ColStation), u"Rock Two"_s);
@@ -132,13 +124,12 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
         const auto text = [recorder](const char *name) {
             return recorder->findChild<QLineEdit *>(QLatin1StringView(name))->text();
         };
-        return QStringList{recorder->findChild<QLabel *>(u"LblStation"_s)->text(), text("txtStream"),
-                           text("txtSave"),
-                           recorder->findChild<QCheckBox *>(u"chkSingleSong"_s)->isChecked() ? u"1"_s : u""_s};
+        return QStringList{
+            recorder->findChild<QLabel *>(u"LblStation"_s)->text(), text("txtStream"), text("txtSave"),
+            recorder->findChild<QCheckBox *>(u"chkSingleSong"_s)->isChecked() ? u"1"_s : u""_s};
     };
     EXPECT_EQ(filled(first).join(u'|'), u"Rock Two|http://127.0.0.1:8000/a|.\\%STATION%.mp3|1"_s);
     EXPECT_EQ(filled(second).join(u'|'), u"Classic Hits|http://127.0.0.1:8000/b|o|"_s);
-
     // A recorder window's closing is its own; the main window's closing closes them all.
     first->close();
     dropClosedWindows();
@@ -165,7 +156,6 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     QPointer<FrmTC> recorder = recorders().at(0);
     recorder->findChild<QPushButton *>(u"cmdRecord"_s)->click();
     ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, Wait));
-
     window->close();
     ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
     EXPECT_FALSE(recorder->Recording());
@@ -180,7 +170,6 @@ TEST_F(CommandsTest, CopyAddsTheRowAsALastStationAndClosingSavesIt)
     ASSERT_NO_FATAL_FAILURE(open());
     click("cmdCopy");
     EXPECT_EQ(grid->ItemCount(), 5) << "no current row, no copy";
-
     grid->GotoCell(4, pos(Col::ColGenre));
     click("cmdCopy");
     ASSERT_EQ(grid->ItemCount(), 6);
@@ -217,7 +206,6 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     window->close();
     EXPECT_FALSE(catalogueText().contains(u"Jazz Cafe"_s));
     EXPECT_EQ(catalogueText().count(u"\r\n"_s), 8);
-
     // Delete ALL after an edit and a sort leaves the file as it was.
     writeCatalogue(Catalogue5);
     const QString five = catalogueText();
@@ -234,7 +222,6 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_EQ(grid->SortColumn(), -1);
     window->close();
     EXPECT_EQ(catalogueText(), five);
-
     // Another change made before it still saves: the emptied list.
     writeCatalogue(Catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
@@ -260,7 +247,6 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     grid->GotoCell(0, 1);
     click("cmdInfo", RightShiftKey); // no key of the station check
     EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
-
     shell.opened.clear();
     qputenv(WebSearch::HostVariable, "http://directory.test");
     click("cmdSearchWww");
@@ -268,9 +254,8 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     child<QComboBox>("cmbGenre")->setCurrentText(u"Jazz"_s);
     click("cmdSearchWww");
     qunsetenv(WebSearch::HostVariable);
-    EXPECT_EQ(shell.opened, QStringList{WebSearch::SearchAddress(u"http://directory.test"_s,
-                                                                 u"smooth jazz"_s, u"Jazz"_s)});
-
+    EXPECT_EQ(shell.opened,
+              QStringList{WebSearch::SearchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
     shell.opened.clear();
     modalAnswer = [](QDialog &about) {
         for (const char *link : {"lnkData", "lnkRec"}) {
@@ -292,7 +277,6 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     grid->GotoCell(5, 1);
     EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
     EXPECT_EQ(prompt.shown.size(), 1);
-
     // The row as shown is written back first and names the window.
     grid->GotoCell(2, 1);
     grid->SetCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
@@ -303,7 +287,6 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     EXPECT_EQ(station->ListenRow, 2);
     EXPECT_EQ(station->windowTitle(), u"Connecting to: Jazz Cafe Two"_s);
     EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
-
     // Replay starts in the recordings folder; the listen row is back at -1.
     EXPECT_EQ(listen("cmdReplay"), nullptr) << "cancelled";
     const QString recording = AppPaths::RecordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
@@ -322,7 +305,6 @@ TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
     const QColor night = window->palette().color(QPalette::Window);
     click("cmdSkin"); // cancelled
     EXPECT_EQ(window->palette().color(QPalette::Window), night);
-
     modalAnswer = [](QDialog &dialog) {
         ASSERT_NE(qobject_cast<FrmSkin2 *>(&dialog), nullptr);
         dialog.findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(cSkinParam::PaleBlue);
@@ -331,7 +313,8 @@ TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
     };
     click("cmdSkin");
     EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
-    EXPECT_EQ(window->palette().color(QPalette::Window), QColor::fromRgba(cSkinParam::PaleBlueColors().Window));
+    EXPECT_EQ(window->palette().color(QPalette::Window),
+              QColor::fromRgba(cSkinParam::PaleBlueColors().Window));
     EXPECT_FALSE(state->skin.SkinRunning());
 }
 
@@ -351,7 +334,6 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     ASSERT_NO_FATAL_FAILURE(open());
     click("cmdLoadPls");
     EXPECT_EQ(grid->ItemCount(), 5) << "cancelled";
-
     // A deletion renumbers the stations at the reload; the edit must stay with its station.
     grid->GotoCell(1, 1);
     prompt.answers = {true};
@@ -360,7 +342,6 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     grid->SetCellChanged(2, pos(Col::ColStation), true);
     prompt.files = {folder + u"Smooth Jazz (128).pls"_s};
     click("cmdCopy", LeftShiftKey);
-
     EXPECT_EQ(prompt.fileFolders, QStringList(2, QString()));
     EXPECT_EQ(shown().section(u',', 0, 3), u"Rock One,Jazz Cafe,Talk Radio Two,Rockabilly"_s);
     QStringList imported; // in the file system's order
@@ -398,7 +379,6 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(out)), u"-x\n"_s + recording + u'\n');
     EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
     EXPECT_TRUE(prompt.shown.isEmpty());
-
     state->TrimToolCommand = AppState::DefaultTrimTool;
     prompt.files = {recording};
     click("cmdTrim");
@@ -418,9 +398,10 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
     FrmSettings settings(*state, window.get());
     EXPECT_EQ(iface(&settings)->role(), QAccessible::Dialog);
     // A set name, a buddy label, the themed panel's caption and the accent button's caption.
-    const std::pair<const char *, QString> names[] = {
-        {"txtSearch", u"Search stations"_s}, {"cmbGenre", u"Genre"_s},
-        {"fraFilter", u"Filter"_s},          {"cmdRecord", u"Record"_s}};
+    const std::pair<const char *, QString> names[] = {{"txtSearch", u"Search stations"_s},
+                                                      {"cmbGenre", u"Genre"_s},
+                                                      {"fraFilter", u"Filter"_s},
+                                                      {"cmdRecord", u"Record"_s}};
     for (const auto &[name, expected] : names)
         EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
     EXPECT_TRUE(child<SchemeButton>("cmdRecord")->IsAccent());

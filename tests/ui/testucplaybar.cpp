@@ -18,14 +18,12 @@ protected:
         bar.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&bar));
     }
-
     ucPictureButton *button(const char *name) const
     {
         auto *found = bar.findChild<ucPictureButton *>(QLatin1StringView(name));
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
-
     // The look as "<visible one of Play/Pause> <stop enabled>", with the parked one checked.
     std::string look() const
     {
@@ -36,7 +34,6 @@ protected:
         const std::string shown = playShown ? "Play" : pauseShown ? "Pause" : "both or neither";
         return shown + (button("cmdDSStop")->isEnabled() ? " stop" : " -");
     }
-
     ucPlayBar bar;
     QSignalSpy clicks{&bar, &ucPlayBar::Click};
 };
@@ -48,11 +45,9 @@ TEST_F(PlayBarTest, PressesRaiseTheirKeysAndSetTheLook)
         const char *button;
         const char *key;
         std::string look;
-    } presses[] = {
-        {"cmdDSPlay", "Play", "Pause stop"}, {"cmdDSPause", "Pause", "Play stop"},
-        {"cmdDSPlay", "Play", "Pause stop"}, {"cmdDSStop", "Stop", "Play -"},
-        {"cmdDSMute", "Mute", "Play -"},     {"cmdDSMute", "NoMute", "Play -"},
-    };
+    } presses[] = {{"cmdDSPlay", "Play", "Pause stop"}, {"cmdDSPause", "Pause", "Play stop"},
+                   {"cmdDSPlay", "Play", "Pause stop"}, {"cmdDSStop", "Stop", "Play -"},
+                   {"cmdDSMute", "Mute", "Play -"},     {"cmdDSMute", "NoMute", "Play -"}};
     EXPECT_EQ(look(), "Play -") << "shown stopped";
     for (const auto &press : presses) {
         clicks.clear();
@@ -65,10 +60,11 @@ TEST_F(PlayBarTest, PressesRaiseTheirKeysAndSetTheLook)
 
 TEST_F(PlayBarTest, SetStateChangesTheLookInAnyCaseAndRaisesNothing)
 {
-    const std::pair<const char *, std::string> states[] = {
-        {"Play", "Pause stop"}, {"other", "Pause stop"}, {"STOP", "Play -"},
-        {"", "Play -"},         {"pLaY", "Pause stop"},
-    };
+    const std::pair<const char *, std::string> states[] = {{"Play", "Pause stop"},
+                                                           {"other", "Pause stop"},
+                                                           {"STOP", "Play -"},
+                                                           {"", "Play -"},
+                                                           {"pLaY", "Pause stop"}};
     for (const auto &[state, expected] : states) {
         bar.SetState(QLatin1StringView(state));
         EXPECT_EQ(look(), expected) << state;
