@@ -355,6 +355,15 @@ TEST_F(GridTest, ScreenReadersSeeATableOfHeadingsCellsAndTheCurrentCell)
     EXPECT_FALSE(cell->isValid());
     EXPECT_EQ(cells->cellAt(2, 0)->text(QAccessible::Name), u"Alpha"_s);
     EXPECT_EQ(table->focusChild()->text(QAccessible::Name), u"y"_s);
+    // A picture cell without text is named by its column, wherever the column moves.
+    grid.SetColImage(2, 0);
+    grid.SetColImageText(2, u"Play"_s);
+    grid.SetCellText(0, 2, QString());
+    grid.SetColPosition(2, 0);
+    EXPECT_EQ(cells->cellAt(0, 0)->text(QAccessible::Name), u"Play"_s);
+    EXPECT_EQ(cells->cellAt(0, 0)->text(QAccessible::Value), QString());
+    EXPECT_EQ(cells->cellAt(1, 0)->text(QAccessible::Name), u"x"_s);
+    EXPECT_EQ(table->child(0)->text(QAccessible::Name), u"Tag"_s);
 }
 
 TEST_F(GridTest, TheCurrentCellIsFramedInsideItsSelectedRowAndAFocusedEmptyPlaceFramesTheView)
