@@ -3,19 +3,21 @@
 // how much memory a playing main window adds to the process.
 #include "benchsupport.h"
 
-#include "app/apppaths.h"
-#include "app/appstate.h"
+#include "base/apppaths.h"
+#include "app/programparts.h"
+#include "app/qtappwindows.h"
+#include "app/startup.h"
+#include "base/appinfo.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
-#include "recorder/logindpowercontrol.h"
 #include "support/eventwait.h"
 #include "support/icecaststation.h"
 #include "support/tempprofile.h"
-#include "ui/frmstations.h"
-#include "ui/qtmediaplayer.h"
-#include "ui/stationplayer.h"
+#include "ui/stations/frmstations.h"
+#include "ui/player/qtmediaplayer.h"
+#include "player/stationplayer.h"
 
 #include <QApplication>
 #include <QDir>
@@ -44,13 +46,13 @@ struct PlayingWindow
 {
     PlayingWindow() : state(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin"), prompt)
     {
-        TempProfile::writeFile(AppPaths::DataFolder() + AppState::CatalogueFileName,
+        TempProfile::writeFile(AppPaths::DataFolder() + Startup::CatalogueFileName,
                                TempProfile::utf16File(QStringLiteral("2.1\r\n|\r\n# versions\r\n# format\r\n"
                                                                      "Loopback|Speech|128|mp3||o|True|3|||") +
                                                       station->url() + QStringLiteral("|i\r\n")));
-        state.catalogue.Load(prompt, AppState::AppTitle);
-        window = std::make_unique<FrmStations>(state, StationCommands::Services{shell, keys, power},
-                                               QtMediaPlayer::Create);
+        state.catalogue.Load(prompt, AppInfo::Title);
+        window = std::make_unique<FrmStations>(StationWindowParts(state),
+                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
         window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->SetRow(0);
@@ -67,10 +69,9 @@ struct PlayingWindow
     }
 
     QuietPrompt prompt;
-    AppState state;
+    ProgramParts state;
     DesktopShell shell;
     KeyState keys;
-    LogindPowerControl power;
     std::unique_ptr<FrmStations> window;
 };
 

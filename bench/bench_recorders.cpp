@@ -8,9 +8,9 @@
 // memory of that recording (target: under 40 MB whatever a station sends).
 #include "benchsupport.h"
 
-#include "app/appstate.h"
-#include "recorder/frmtc.h"
-#include "recorder/powercontrol.h"
+#include "base/launchoptions.h"
+#include "ui/recorder/frmtc.h"
+#include "base/powercontrol.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -88,7 +88,7 @@ struct Setup
     // A recorder window recording the station, one file per song.
     std::unique_ptr<FrmTC> startRecording(int number)
     {
-        auto window = std::make_unique<FrmTC>(app, power);
+        auto window = std::make_unique<FrmTC>(prompt, launch, power);
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->findChild<QLineEdit *>(QStringLiteral("txtStream"))->setText(url);
         window->findChild<QLineEdit *>(QStringLiteral("txtSave"))
@@ -105,7 +105,7 @@ struct Setup
     QProcess station;
     QString url;
     QuietPrompt prompt{true}; // nothing to ask: every recording writes new files
-    AppState app{QCoreApplication::applicationDirPath(), prompt};
+    LaunchOptions launch;
     NoPower power;
 };
 

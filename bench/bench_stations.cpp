@@ -3,14 +3,15 @@
 // repaints.
 #include "benchsupport.h"
 
-#include "app/appstate.h"
+#include "app/programparts.h"
+#include "app/qtappwindows.h"
+#include "base/appinfo.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
 #include "controls/gridheader.h"
 #include "controls/lynxgrid.h"
-#include "recorder/logindpowercontrol.h"
-#include "ui/frmstations.h"
-#include "ui/qtmediaplayer.h"
+#include "ui/stations/frmstations.h"
+#include "ui/player/qtmediaplayer.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -74,9 +75,9 @@ struct MainWindow
         malloc_trim(0);
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
-        state.catalogue.Load(prompt, AppState::AppTitle);
-        window = std::make_unique<FrmStations>(state, StationCommands::Services{shell, keys, power},
-                                               QtMediaPlayer::Create);
+        state.catalogue.Load(prompt, AppInfo::Title);
+        window = std::make_unique<FrmStations>(StationWindowParts(state),
+                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
         grid = window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));
@@ -95,11 +96,10 @@ struct MainWindow
     }
 
     QuietPrompt prompt;
-    AppState state;
+    ProgramParts state;
     // No command runs here: the window only needs them to exist.
     DesktopShell shell;
     KeyState keys;
-    LogindPowerControl power;
     std::unique_ptr<FrmStations> window;
     LynxGrid *grid = nullptr;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/shell.h"
+#include "base/shell.h"
 
 // The shell of the desktop the program runs on.
 class DesktopShell : public Shell

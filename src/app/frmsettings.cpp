@@ -1,7 +1,7 @@
 #include "app/frmsettings.h"
 
-#include "app/appstate.h"
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
+#include "base/trimtool.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -10,15 +10,15 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-FrmSettings::FrmSettings(AppState &state, QWidget *parent)
-    : QDialog(parent), m_state(state), m_txtTrimMP3(new QLineEdit(this))
+FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
+    : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
     setModal(true);
 
     m_txtTrimMP3->setObjectName(QStringLiteral("txtTrimMP3"));
-    m_txtTrimMP3->setText(m_state.TrimToolCommand);
+    m_txtTrimMP3->setText(m_trimTool.command);
     m_txtTrimMP3->setMinimumWidth(460);
 
     auto *hint = new QLabel(tr("%APP% stands for the program's folder, %MP3FILE% for the recording to trim."), this);
@@ -48,15 +48,15 @@ FrmSettings::FrmSettings(AppState &state, QWidget *parent)
 
 void FrmSettings::cmdOk_Click()
 {
-    m_state.TrimToolCommand = m_txtTrimMP3->text();
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_state.TrimToolCommand);
+    m_trimTool.command = m_txtTrimMP3->text();
+    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
     accept();
 }
 
 void FrmSettings::cmdSearch_Click()
 {
-    m_state.TrimToolCommand.clear();
-    m_state.ApplyDefaultTrimTool();
-    m_txtTrimMP3->setText(m_state.TrimToolCommand);
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_state.TrimToolCommand);
+    m_trimTool.command.clear();
+    m_trimTool.applyDefault();
+    m_txtTrimMP3->setText(m_trimTool.command);
+    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
 }

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-class AppState;
+struct TrimTool;
 class QLineEdit;
 class QPushButton;
 
@@ -13,12 +13,12 @@ class FrmSettings : public QDialog
     Q_DISABLE_COPY_MOVE(FrmSettings)
 
 public:
-    FrmSettings(AppState &state, QWidget *parent = nullptr);
+    explicit FrmSettings(TrimTool &trimTool, QWidget *parent = nullptr);
 
 private:
     void cmdOk_Click();
     void cmdSearch_Click();
 
-    AppState &m_state;
+    TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/modifierkeys.h"
+
 #include <QObject>
 
 class QKeyEvent;
@@ -8,23 +10,15 @@ class QKeyEvent;
 // of a click. Qt's modifiers cannot tell left from right, so an application
 // event filter watches the native keys of every key event instead. Install it
 // on the application before the first window shows.
-class KeyState : public QObject
+class KeyState : public QObject, public ModifierKeys
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(KeyState)
 
 public:
-    // The virtual-key numbers commands ask for.
-    enum Key
-    {
-        LeftShift = 160,
-        RightShift = 161,
-        LeftControl = 162
-    };
-
     explicit KeyState(QObject *parent = nullptr);
 
-    bool IsDown(Key key) const;
+    bool IsDown(Key key) const override;
 
     // The key a native key event stands for, by its key symbol (X11, Wayland)
     // or its virtual key and scan code (Windows); 0 for any other key.

@@ -1,17 +1,38 @@
 #include "app/qtappwindows.h"
 
 #include "app/accessibility.h"
-#include "app/appstate.h"
+#include "app/frmsettings.h"
+#include "app/programparts.h"
 #include "app/startup.h"
-#include "recorder/frmtc.h"
-#include "ui/qtmediaplayer.h"
-#include "ui/frmstations.h"
+#include "ui/schedule/schedulingsetup.h"
+#include "ui/recorder/frmtc.h"
+#include "ui/player/qtmediaplayer.h"
+#include "ui/stations/frmstations.h"
 
 #include <QApplication>
 
 #include <utility>
 
-QtAppWindows::QtAppWindows(AppState &state) : m_state(state)
+FrmStations::Parts StationWindowParts(ProgramParts &parts)
+{
+    return {
+        .catalogue = parts.catalogue,
+        .filters = parts.filters,
+        .appearance = parts.appearance,
+        .trimTool = parts.trimTool,
+        .playerTexts = parts.playerTexts,
+        .launch = parts.launch,
+        .trace = parts.trace,
+        .installFolder = parts.installFolder,
+        .openSettings =
+            [&trimTool = parts.trimTool](QWidget *owner) {
+                FrmSettings dialog(trimTool, owner);
+                dialog.exec();
+            },
+    };
+}
+
+QtAppWindows::QtAppWindows(ProgramParts &parts) : m_parts(parts)
 {
     QCoreApplication::instance()->installEventFilter(&m_keys);
 }
@@ -24,7 +45,13 @@ void QtAppWindows::InitCommonControls()
 
 void QtAppWindows::LoadMainWindow()
 {
-    auto *window = new FrmStations(m_state, {m_shell, m_keys, m_power}, QtMediaPlayer::Create);
+    StationCommands::Services services{
+        .prompt = m_parts.prompt,
+        .shell = m_shell,
+        .keys = m_keys,
+        .newRecorderWindow = [this] { return newRecorderWindow(); },
+    };
+    auto *window = new FrmStations(StationWindowParts(m_parts), std::move(services), QtMediaPlayer::Create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)
@@ -41,7 +68,7 @@ void QtAppWindows::ShowMainWindow()
 
 void QtAppWindows::ShowRecorderWindow()
 {
-    auto *window = new FrmTC(m_state, m_power);
+    FrmTC *window = newRecorderWindow();
     QObject::connect(window, &FrmTC::unloaded, window, [this] {
         if (m_startup)
             m_startup->Close();
@@ -70,6 +97,15 @@ void QtAppWindows::UnloadAllWindows()
 void QtAppWindows::EndProcess()
 {
     QCoreApplication::exit(0);
+}
+
+FrmTC *QtAppWindows::newRecorderWindow()
+{
+    FrmTC::Hooks hooks;
+    hooks.schedule = [this](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
+        ScheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
+    };
+    return new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
 }
 
 QWidget *QtAppWindows::track(QWidget *window)

@@ -3,23 +3,29 @@
 #include "app/appwindows.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
-#include "recorder/logindpowercontrol.h"
+#include "app/logindpowercontrol.h"
+#include "ui/stations/frmstations.h"
 
 #include <QList>
 #include <QPointer>
 #include <QWidget>
 
-class AppState;
+struct ProgramParts;
+class FrmTC;
 class Startup;
 
-// The program's windows as start-up shows them. Every window it creates ends
+// What the station list window gets of the program's parts.
+FrmStations::Parts StationWindowParts(ProgramParts &parts);
+
+// The composition root: builds the program's windows from its parts and
+// shows them as start-up asks. Every window it creates ends
 // the program through the closing procedure when it is closed. It owns the
 // platform parts the windows work with: power control, the desktop shell and
 // the state of the modifier keys.
 class QtAppWindows : public AppWindows
 {
 public:
-    explicit QtAppWindows(AppState &state);
+    explicit QtAppWindows(ProgramParts &parts);
 
     // The closing procedure that the windows run when they unload.
     void setStartup(Startup *startup) { m_startup = startup; }
@@ -34,8 +40,9 @@ public:
 
 private:
     QWidget *track(QWidget *window);
+    FrmTC *newRecorderWindow();
 
-    AppState &m_state;
+    ProgramParts &m_parts;
     Startup *m_startup = nullptr;
     LogindPowerControl m_power;
     DesktopShell m_shell;

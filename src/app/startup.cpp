@@ -1,11 +1,12 @@
 #include "app/startup.h"
 
-#include "app/apperror.h"
-#include "app/apppaths.h"
-#include "app/appstate.h"
+#include "base/apperror.h"
+#include "base/apppaths.h"
+#include "app/programparts.h"
+#include "base/appinfo.h"
 #include "app/appwindows.h"
-#include "app/prompt.h"
-#include "app/settingsstore.h"
+#include "base/prompt.h"
+#include "base/settingsstore.h"
 #include "catalogue/stationnames.h"
 
 #include <QCryptographicHash>
@@ -75,7 +76,7 @@ bool keepBackup(const QString &base, const QByteArray &bytes)
 
 } // namespace
 
-Startup::Startup(AppState &state, AppWindows &windows) : m_state(state), m_windows(windows) {}
+Startup::Startup(ProgramParts &parts, AppWindows &windows) : m_parts(parts), m_windows(windows) {}
 
 bool Startup::IsUpgradeVersion(int version)
 {
@@ -94,49 +95,49 @@ bool Startup::IsUpgradeVersion(int version)
 
 bool Startup::SubMain(const QString &commandLine)
 {
-    const TraceHook &trace = m_state.trace;
+    const TraceHook &trace = m_parts.trace;
     try {
         trace.Trace(QStringLiteral("1: Main Init - start"));
 
-        m_state.skin.SkinStartup();
+        m_parts.appearance.skin.SkinStartup();
         trace.Trace(QStringLiteral("2: Main Init - Skin On"));
 
         m_windows.InitCommonControls();
         trace.Trace(QStringLiteral("3: Main Init - XP / Vista Theme"));
-        m_state.skinParam.Init();
+        m_parts.appearance.theme.Init();
 
         trace.Trace(QStringLiteral("4: Main Init - Process Data Folder"));
-        m_state.DataFolder = AppPaths::DataFolder();
-        trace.Trace(QStringLiteral("5: Main Init - Data Folder: ") + m_state.DataFolder);
+        m_dataFolder = AppPaths::DataFolder();
+        trace.Trace(QStringLiteral("5: Main Init - Data Folder: ") + m_dataFolder);
 
         prepareDataFolder();
 
         loadStartupSettings();
         trace.Trace(QStringLiteral("9: Main Init - Settings loaded"));
 
-        m_state.playerTexts = PlayerTexts::standard();
+        m_parts.playerTexts = PlayerTexts::standard();
         trace.Trace(QStringLiteral("10: Main Init - Stations loaded"));
 
-        m_state.CommandArg = StationNames::TrimBlanks(commandLine);
-        if (m_state.CommandArg.size() < 2) {
+        m_parts.launch.commandArg = StationNames::TrimBlanks(commandLine);
+        if (m_parts.launch.commandArg.size() < 2) {
             trace.Trace(QStringLiteral("11: Main Init - Load data structures "));
-            m_state.catalogue.Load(m_state.prompt, AppState::AppTitle);
+            m_parts.catalogue.Load(m_parts.prompt, AppInfo::Title);
             trace.Trace(QStringLiteral("12: Main Init - Load Main Screen"));
             m_windows.LoadMainWindow();
             m_windows.ProcessEvents();
             trace.Trace(QStringLiteral("13: Main Init - Show Main Screen"));
             m_windows.ShowMainWindow();
         } else {
-            m_state.LaunchMode = true;
-            trace.Trace(QStringLiteral("11: Main Init - Command Arg : ") + m_state.CommandArg);
+            m_parts.launch.launchMode = true;
+            trace.Trace(QStringLiteral("11: Main Init - Command Arg : ") + m_parts.launch.commandArg);
             m_windows.ShowRecorderWindow();
         }
         m_windowShown = true;
     } catch (const AppError &e) {
-        m_state.prompt.message(QStringLiteral("Main Error: %1 : %2").arg(e.number()).arg(e.description()),
+        m_parts.prompt.message(QStringLiteral("Main Error: %1 : %2").arg(e.number()).arg(e.description()),
                                FatalTitle, Prompt::Icon::Critical);
     } catch (const std::exception &e) {
-        m_state.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), FatalTitle,
+        m_parts.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), FatalTitle,
                                Prompt::Icon::Critical);
     }
     return m_windowShown;
@@ -144,8 +145,8 @@ bool Startup::SubMain(const QString &commandLine)
 
 void Startup::prepareDataFolder()
 {
-    const QString data = m_state.DataFolder;
-    const QString install = m_state.InstallFolder + u'/';
+    const QString data = m_dataFolder;
+    const QString install = m_parts.installFolder + u'/';
 
     // A data folder that is not there yet marks the first start after installation.
     bool firstStart = false;
@@ -183,12 +184,12 @@ void Startup::prepareDataFolder()
 //   installed list it keeps its own.
 void Startup::takeOverInstalledList(bool upgrade)
 {
-    const QString installedPath = m_state.InstallFolder + u'/' + AppState::CatalogueFileName;
+    const QString installedPath = m_parts.installFolder + u'/' + CatalogueFileName;
     const std::optional<QByteArray> installed = readWhole(installedPath);
     if (!installed)
         return;
     const QByteArray identity = identityOf(*installed);
-    const QString takenPath = m_state.DataFolder + u'/' + TakenOverFileName;
+    const QString takenPath = m_dataFolder + u'/' + TakenOverFileName;
     const QByteArray taken = readWhole(takenPath).value_or(QByteArray());
     if (!taken.split('\n').contains(identity)) {
         if (!replaceCatalogue(*installed, upgrade) || !writeWhole(takenPath, taken + identity + '\n'))
@@ -201,8 +202,8 @@ void Startup::takeOverInstalledList(bool upgrade)
 // before is in a backup.
 bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
 {
-    const QString data = m_state.DataFolder + u'/';
-    const QString cataloguePath = data + AppState::CatalogueFileName;
+    const QString data = m_dataFolder + u'/';
+    const QString cataloguePath = data + CatalogueFileName;
     const bool existed = AppPaths::FileExists(cataloguePath);
     const std::optional<QByteArray> own = readWhole(cataloguePath);
     if (existed && !own)
@@ -216,21 +217,19 @@ bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
         return false;
     if (!writeWhole(cataloguePath, installed))
         return false;
-    m_state.trace.Trace(own ? QStringLiteral("8: Main Init - stations updated")
+    m_parts.trace.Trace(own ? QStringLiteral("8: Main Init - stations updated")
                             : QStringLiteral("8: Main Init - stations installed"));
     return true;
 }
 
 void Startup::loadStartupSettings()
 {
-    m_state.GenreFilter = SettingsStore::GetSetting(SettingsStore::OptGenre);
-    m_state.CategoryFilter = SettingsStore::GetSetting(SettingsStore::OptCategory);
-    m_state.TypeFilter = SettingsStore::GetSetting(SettingsStore::OptType);
-    m_state.RatingFilter = SettingsStore::GetSetting(SettingsStore::OptRating);
-    m_state.TrimToolCommand = SettingsStore::GetSetting(SettingsStore::TrimMP3Tool);
-    if (m_state.TrimToolCommand.size() < 2) {
-        m_state.ApplyDefaultTrimTool();
-        SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_state.TrimToolCommand);
+    m_parts.filters.load();
+    TrimTool &trim = m_parts.trimTool;
+    trim.command = SettingsStore::GetSetting(SettingsStore::TrimMP3Tool);
+    if (trim.command.size() < 2) {
+        trim.applyDefault();
+        SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, trim.command);
     }
 }
 
@@ -246,22 +245,19 @@ void Startup::Close()
         return;
     m_closing = true;
 
-    if (m_state.catalogue.Dirty) {
+    if (m_parts.catalogue.Dirty) {
         try {
-            m_state.catalogue.Save();
+            m_parts.catalogue.Save();
         } catch (const AppError &e) {
             // The previous list survives as the ".bck" backup the save made first.
-            m_state.prompt.message(QStringLiteral("The station list could not be saved: ") + e.description(),
-                                   AppState::AppTitle, Prompt::Icon::Critical);
+            m_parts.prompt.message(QStringLiteral("The station list could not be saved: ") + e.description(),
+                                   AppInfo::Title, Prompt::Icon::Critical);
         }
     }
-    SettingsStore::SaveSetting(SettingsStore::OptGenre, m_state.GenreFilter);
-    SettingsStore::SaveSetting(SettingsStore::OptCategory, m_state.CategoryFilter);
-    SettingsStore::SaveSetting(SettingsStore::OptType, m_state.TypeFilter);
-    SettingsStore::SaveSetting(SettingsStore::OptRating, m_state.RatingFilter);
+    m_parts.filters.save();
 
     tolerate([this] { m_windows.ProcessEvents(); });
     tolerate([this] { m_windows.UnloadAllWindows(); });
-    tolerate([this] { m_state.skin.RemoveSkin(); });
+    tolerate([this] { m_parts.appearance.skin.RemoveSkin(); });
     tolerate([this] { m_windows.EndProcess(); });
 }

@@ -2,17 +2,18 @@
 
 #include <QString>
 
-class AppState;
+struct ProgramParts;
 class AppWindows;
 
 // The program's entry sequence and its common closing procedure.
 class Startup
 {
 public:
-    Startup(AppState &state, AppWindows &windows);
+    Startup(ProgramParts &parts, AppWindows &windows);
 
     static inline const QString FatalTitle = QStringLiteral("Tunecatch about to Terminate!");
     // The versions whose catalogue the upgrade replaces, and the marker it leaves.
+    static inline const QString CatalogueFileName = QStringLiteral("Stations.txt");
     static constexpr int UpgradedVersion = 32;
     // In the data folder: one line (size and SHA-256) per installed station list
     // taken over, so that no installed file is ever taken over twice.
@@ -31,6 +32,8 @@ public:
     // catalogue; then the closing procedure runs.
     void Terminate();
     bool HasClosed() const { return m_closing; }
+    // Where start-up found the data folder.
+    const QString &dataFolder() const { return m_dataFolder; }
 
     static bool IsUpgradeVersion(int version);
 
@@ -40,7 +43,8 @@ private:
     bool replaceCatalogue(const QByteArray &installed, bool upgrade);
     void loadStartupSettings();
 
-    AppState &m_state;
+    ProgramParts &m_parts;
+    QString m_dataFolder;
     AppWindows &m_windows;
     bool m_windowShown = false;
     bool m_closing = false;

@@ -1,10 +1,10 @@
 #include "catalogue/catalogue.h"
 
-#include "app/apperror.h"
-#include "app/apppaths.h"
-#include "app/conversions.h"
-#include "app/prompt.h"
-#include "app/unicodefile.h"
+#include "base/apperror.h"
+#include "base/apppaths.h"
+#include "base/conversions.h"
+#include "base/prompt.h"
+#include "base/unicodefile.h"
 #include "catalogue/stationnames.h"
 
 #include <QDir>

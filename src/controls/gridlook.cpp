@@ -1,6 +1,6 @@
 #include "controls/gridlook.h"
 
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <cstring>
 #include <type_traits>
@@ -11,10 +11,10 @@ int GridLook::ThemeIndexOf(const ThemeColors &colors)
     const auto same = [&colors](const ThemeColors &theme) {
         return std::memcmp(&colors, &theme, sizeof colors) == 0;
     };
-    if (same(cSkinParam::PaleBlueColors()))
-        return cSkinParam::PaleBlue;
-    if (same(cSkinParam::BlackNightColors()))
-        return cSkinParam::BlackNight;
+    if (same(Themes::paleBlue()))
+        return Themes::PaleBlue;
+    if (same(Themes::blackNight()))
+        return Themes::BlackNight;
     return -1;
 }
 

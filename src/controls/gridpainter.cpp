@@ -1,6 +1,6 @@
 #include "controls/gridpainter.h"
 
-#include "app/conversions.h"
+#include "base/conversions.h"
 #include "controls/lynxgrid.h"
 #include "controls/progresspainter.h"
 

@@ -1,6 +1,6 @@
 #include "controls/gridsorter.h"
 
-#include "app/conversions.h"
+#include "base/conversions.h"
 #include "controls/griddata.h"
 
 #include <QDateTime>

@@ -3,7 +3,7 @@
 #include "controls/grideditor.h"
 #include "controls/gridheader.h"
 #include "controls/lynxgridaccessible.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QAccessible>
 #include <QScrollBar>
@@ -23,7 +23,7 @@ LynxGrid::LynxGrid(QWidget *parent)
     viewport()->setAutoFillBackground(false);
     verticalScrollBar()->setSingleStep(1);
     horizontalScrollBar()->setSingleStep(20);
-    SetThemeColors(cSkinParam::PaleBlueColors());
+    SetThemeColors(Themes::paleBlue());
     SetBorderStyle(GridBorder::Single);
     SetAutoSizeRow(true);
 }
@@ -587,10 +587,10 @@ void LynxGrid::SetImageList(const QList<QIcon> &images)
 
 void LynxGrid::SetThemeColor(int themeIndex)
 {
-    if (themeIndex == cSkinParam::PaleBlue)
-        SetThemeColors(cSkinParam::PaleBlueColors());
-    else if (themeIndex == cSkinParam::BlackNight)
-        SetThemeColors(cSkinParam::BlackNightColors());
+    if (themeIndex == Themes::PaleBlue)
+        SetThemeColors(Themes::paleBlue());
+    else if (themeIndex == Themes::BlackNight)
+        SetThemeColors(Themes::blackNight());
     else
         m_themeIndex = themeIndex;
 }

@@ -118,10 +118,10 @@ qint32 LynxGrid::ItemData(int row) const
     return m_data.validRow(row) ? m_data.item(row).data : 0;
 }
 
-void LynxGrid::SetItemData(int row, qint32 data)
+void LynxGrid::SetItemData(int row, qint32 value)
 {
     if (m_data.validRow(row))
-        m_data.item(row).data = data;
+        m_data.item(row).data = value;
 }
 
 QString LynxGrid::ItemTag(int row) const

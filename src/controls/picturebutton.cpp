@@ -56,7 +56,7 @@ QIcon picture(const QPainterPath &glyph, const Face &face, int size)
 } // namespace
 
 ucPictureButton::ucPictureButton(QWidget *parent)
-    : QAbstractButton(parent), m_colors(cSkinParam::PaleBlueColors())
+    : QAbstractButton(parent), m_colors(Themes::paleBlue())
 {
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::StrongFocus);

@@ -1,7 +1,7 @@
 #include "controls/progresspainter.h"
 
 #include "controls/colormix.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QPainter>
 #include <QPainterPath>

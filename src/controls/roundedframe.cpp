@@ -1,6 +1,6 @@
 #include "controls/roundedframe.h"
 
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -44,7 +44,7 @@ RoundedFrame::RoundedFrame(const QString &title, QWidget *parent) : QFrame(paren
     static const bool factoryInstalled = (QAccessible::installFactory(accessibleFactory), true);
     Q_UNUSED(factoryInstalled)
     setFrameShape(QFrame::NoFrame);
-    SetThemeColors(cSkinParam::PaleBlueColors());
+    SetThemeColors(Themes::paleBlue());
     updateMargins();
 }
 

@@ -2,7 +2,7 @@
 
 #include "controls/colormix.h"
 #include "controls/hovertracker.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -16,7 +16,7 @@ constexpr qreal Radius = 5;
 SchemeButton::SchemeButton(const QString &text, QWidget *parent)
     : QPushButton(text, parent), m_hover(new HoverTracker(this))
 {
-    SetThemeColors(cSkinParam::PaleBlueColors());
+    SetThemeColors(Themes::paleBlue());
     connect(m_hover, &HoverTracker::HoverChanged, this, qOverload<>(&QWidget::update));
 }
 

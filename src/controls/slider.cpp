@@ -18,7 +18,7 @@ QColor color(quint32 argb)
 } // namespace
 
 ucSlider::ucSlider(QWidget *parent)
-    : QAbstractSlider(parent), m_colors(cSkinParam::PaleBlueColors()), m_tip(new QLabel(this, Qt::ToolTip))
+    : QAbstractSlider(parent), m_colors(Themes::paleBlue()), m_tip(new QLabel(this, Qt::ToolTip))
 {
     setOrientation(Qt::Horizontal);
     setAttribute(Qt::WA_Hover);

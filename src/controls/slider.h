@@ -1,7 +1,7 @@
 #pragma once
 
 #include "controls/themedcontrol.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QAbstractSlider>
 

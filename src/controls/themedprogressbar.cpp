@@ -1,11 +1,11 @@
 #include "controls/themedprogressbar.h"
 
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QPainter>
 
 ThemedProgressBar::ThemedProgressBar(QWidget *parent)
-    : QProgressBar(parent), m_colors(ProgressColors::FromTheme(cSkinParam::PaleBlueColors()))
+    : QProgressBar(parent), m_colors(ProgressColors::FromTheme(Themes::paleBlue()))
 {
 }
 

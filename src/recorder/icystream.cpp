@@ -1,7 +1,7 @@
 #include "recorder/icystream.h"
 
-#include "app/apperror.h"
-#include "app/conversions.h"
+#include "base/apperror.h"
+#include "base/conversions.h"
 #include "catalogue/stationnames.h"
 #include "recorder/icystreamhost.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recorder/powercontrol.h"
+#include "base/powercontrol.h"
 
 #include <QString>
 

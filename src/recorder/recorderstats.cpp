@@ -1,6 +1,6 @@
 #include "recorder/recorderstats.h"
 
-#include "app/conversions.h"
+#include "base/conversions.h"
 #include "recorder/recordingoutput.h"
 
 #include <algorithm>

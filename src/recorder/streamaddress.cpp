@@ -1,7 +1,7 @@
 #include "recorder/streamaddress.h"
 
-#include "app/apperror.h"
-#include "app/conversions.h"
+#include "base/apperror.h"
+#include "base/conversions.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "schedule/recordingscheduler.h"
 
-#include "app/apperror.h"
-#include "app/appstate.h"
-#include "app/prompt.h"
+#include "base/apperror.h"
+#include "base/appinfo.h"
+#include "base/prompt.h"
 #include "recorder/launchswitches.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
@@ -79,7 +79,7 @@ std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
     }
     const QFileInfo program(m_programPath);
     tolerate([&] { task->SetApplicationName(program.fileName()); });
-    tolerate([&] { task->SetCreator(AppState::AppTitle); });
+    tolerate([&] { task->SetCreator(AppInfo::Title); });
     tolerate([&] { task->SetCommandLine(BuildScheduleCommandLine()); });
     tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.Station); });
     tolerate([&] { task->SetWorkingDirectory(program.absolutePath() + u'/'); });
@@ -113,7 +113,7 @@ void RecordingScheduler::ScheduleRecording(TaskService &service, TaskEditor *edi
     if (!task)
         return;
     tolerate([&] { task->ShowProperties(owner); });
-    if (prompt.askYesNo(OpenQuestion, AppState::AppTitle, Prompt::Icon::Question))
+    if (prompt.askYesNo(OpenQuestion, AppInfo::Title, Prompt::Icon::Question))
         tolerate(openScheduledTasks);
 }
 

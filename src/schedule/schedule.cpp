@@ -1,7 +1,7 @@
 #include "schedule/schedule.h"
 
-#include "app/apperror.h"
-#include "app/appstate.h"
+#include "base/apperror.h"
+#include "base/appinfo.h"
 #include "schedule/task.h"
 #include "schedule/taskerrors.h"
 #include "schedule/workitem.h"
@@ -15,7 +15,7 @@ std::shared_ptr<Task> Schedule::CreateTask(const QString &name)
     TaskDefinition definition = m_service.NewWorkItem(name);
     std::shared_ptr<Task> task(
         new Task(std::make_shared<WorkItem>(m_service, m_editor, name, std::move(definition))));
-    task->SetCreator(AppState::AppTitle);
+    task->SetCreator(AppInfo::Title);
     task->Save();
     add(name, task);
     return task;

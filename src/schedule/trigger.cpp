@@ -1,6 +1,6 @@
 #include "schedule/trigger.h"
 
-#include "app/apperror.h"
+#include "base/apperror.h"
 #include "schedule/taskerrors.h"
 #include "schedule/workitem.h"
 

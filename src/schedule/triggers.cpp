@@ -1,6 +1,6 @@
 #include "schedule/triggers.h"
 
-#include "app/apperror.h"
+#include "base/apperror.h"
 #include "schedule/taskerrors.h"
 #include "schedule/trigger.h"
 #include "schedule/workitem.h"

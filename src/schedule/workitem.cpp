@@ -4,8 +4,8 @@
 
 #include <QDateTime>
 
-WorkItem::WorkItem(TaskService &service, TaskEditor *editor, QString name, TaskDefinition definition)
-    : service(service), editor(editor), name(std::move(name)), definition(std::move(definition))
+WorkItem::WorkItem(TaskService &taskService, TaskEditor *taskEditor, QString taskName, TaskDefinition taskDefinition)
+    : service(taskService), editor(taskEditor), name(std::move(taskName)), definition(std::move(taskDefinition))
 {
 }
 

@@ -1,8 +1,8 @@
 #include "skin/appskin.h"
 
-#include "app/apppaths.h"
-#include "app/conversions.h"
-#include "app/settingsstore.h"
+#include "base/apppaths.h"
+#include "base/conversions.h"
+#include "base/settingsstore.h"
 #include "skin/engine/zelvanef.h"
 
 #include <QFile>

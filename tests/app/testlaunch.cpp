@@ -1,16 +1,17 @@
 // The program as a user meets it: the real windows behind start-up, and the
 // real executable recording from a loopback station the way a terminal or
 // a scheduled start runs it.
-#include "app/appstate.h"
+#include "app/programparts.h"
+#include "base/appinfo.h"
 #include "app/qtappwindows.h"
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "app/startup.h"
 #include "controls/lynxgrid.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
-#include "ui/frmstations.h"
+#include "ui/stations/frmstations.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -75,7 +76,7 @@ struct OrdinaryStart
         return QApplication::exec();
     }
     ScriptedPrompt prompt;
-    AppState state;
+    ProgramParts state;
     QtAppWindows windows;
     Startup startup;
     bool shown = false;
@@ -85,27 +86,27 @@ struct OrdinaryStart
 
 TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAndFilters)
 {
-    OrdinaryStart program(profile);
-    ASSERT_TRUE(program.shown);
-    ASSERT_NE(program.grid, nullptr);
-    ASSERT_GE(program.state.catalogue.StationCount(), 25);
-    EXPECT_EQ(program.grid->ItemCount(), program.state.catalogue.StationCount());
-    program.main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
-    QTest::mouseClick(program.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
-    EXPECT_LT(program.grid->ItemCount(), program.state.catalogue.StationCount());
-    const QString renamed = program.grid->CellText(0, 1) + u" renamed"_s;
-    program.grid->SetCellText(0, 1, renamed);
-    program.grid->SetCellChanged(0, 1, true);
-    EXPECT_EQ(program.runUntil([&program] { program.startup.Terminate(); }), 0);
+    OrdinaryStart start(profile);
+    ASSERT_TRUE(start.shown);
+    ASSERT_NE(start.grid, nullptr);
+    ASSERT_GE(start.state.catalogue.StationCount(), 25);
+    EXPECT_EQ(start.grid->ItemCount(), start.state.catalogue.StationCount());
+    start.main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
+    QTest::mouseClick(start.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
+    EXPECT_LT(start.grid->ItemCount(), start.state.catalogue.StationCount());
+    const QString renamed = start.grid->CellText(0, 1) + u" renamed"_s;
+    start.grid->SetCellText(0, 1, renamed);
+    start.grid->SetCellChanged(0, 1, true);
+    EXPECT_EQ(start.runUntil([&start] { start.startup.Terminate(); }), 0);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
     Catalogue saved;
-    saved.Load(program.prompt, AppState::AppTitle);
-    EXPECT_EQ(saved.StationCount(), program.state.catalogue.StationCount());
+    saved.Load(start.prompt, AppInfo::Title);
+    EXPECT_EQ(saved.StationCount(), start.state.catalogue.StationCount());
     bool found = false;
     for (int i = 1; i <= saved.StationCount(); ++i)
         found |= saved.at(i).Name == renamed;
     EXPECT_TRUE(found);
-    EXPECT_TRUE(program.prompt.shown.isEmpty());
+    EXPECT_TRUE(start.prompt.shown.isEmpty());
 }
 
 TEST_F(LaunchTest, ARecordingWhoseStationRefusesEndsTheProgram)

@@ -1,10 +1,11 @@
 // The Schedule button from end to end: the task it leaves in the unit folder,
 // and its command line run the way the service would run it, with no display,
 // recording from a loopback station until its limit.
-#include "app/appstate.h"
-#include "recorder/fakepowercontrol.h"
-#include "recorder/frmtc.h"
-#include "schedule/recordingsystemctl.h"
+#include "base/launchoptions.h"
+#include "ui/schedule/schedulingsetup.h"
+#include "support/fakepowercontrol.h"
+#include "ui/recorder/frmtc.h"
+#include "support/recordingsystemctl.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
 #include "schedule/trigger.h"
@@ -43,20 +44,24 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     ASSERT_TRUE(QFile::copy(qEnvironmentVariable("TUNECATCH_BIN_DIR") + u"/tunecatch"_s, program));
     ScriptedPrompt prompt;
     prompt.answers = {true};
-    AppState state(profile.installFolder(), prompt);
+    LaunchOptions launch;
     FakePowerControl power;
     auto systemctl = std::make_shared<RecordingSystemctl>();
     FrmTC::Hooks hooks;
     hooks.now = [] { return QDateTime(QDate(2031, 1, 31), QTime(20, 15, 30)); };
-    hooks.scheduling.systemctl = systemctl;
-    hooks.scheduling.programPath = program;
+    SchedulingSetup scheduling;
+    scheduling.systemctl = systemctl;
+    scheduling.programPath = program;
     QString dialogStop;
-    hooks.scheduling.answerDialog = [&dialogStop](TaskDialog &dialog) {
+    scheduling.answerDialog = [&dialogStop](TaskDialog &dialog) {
         dialogStop = dialog.findChild<QComboBox *>(u"cboStop"_s)->currentText() + u' ' +
                      dialog.findChild<QLineEdit *>(u"txtStop"_s)->text();
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
     };
-    auto *window = new FrmTC(state, power, nullptr, hooks);
+    hooks.schedule = [&](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
+        ScheduleRecording(inputs, now, prompt, scheduling, owner);
+    };
+    auto *window = new FrmTC(prompt, launch, power, nullptr, hooks);
     window->findChild<QLineEdit *>(u"txtStream"_s)->setText(server.url());
     window->findChild<QLabel *>(u"LblStation"_s)->setText(u"Loop FM"_s);
     window->findChild<QRadioButton *>(u"optBreak1"_s)->setChecked(true);

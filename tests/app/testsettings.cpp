@@ -1,8 +1,8 @@
-#include "app/apperror.h"
-#include "app/appstate.h"
-#include "app/conversions.h"
+#include "base/apperror.h"
+#include "base/conversions.h"
 #include "app/frmsettings.h"
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
+#include "base/trimtool.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 
@@ -57,31 +57,30 @@ TEST_F(SettingsTest, ValuesLiveAsTextInTheConfigSectionOfTunecatch)
 TEST_F(SettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutWriting)
 {
     ScriptedPrompt prompt;
-    AppState state(profile.installFolder(), prompt);
-    state.TrimToolCommand = u"mytool %MP3FILE%"_s;
+    TrimTool trim{u"mytool %MP3FILE%"_s};
     {
-        FrmSettings dialog(state);
+        FrmSettings dialog(trim);
         auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
         ASSERT_NE(text, nullptr);
         EXPECT_EQ(text->text(), u"mytool %MP3FILE%"_s);
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdSearch"_s), Qt::LeftButton);
-        EXPECT_EQ(text->text(), AppState::DefaultTrimTool);
+        EXPECT_EQ(text->text(), TrimTool::DefaultCommand);
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdCancel"_s), Qt::LeftButton);
         EXPECT_EQ(dialog.result(), QDialog::Rejected);
     }
     // Restoring wrote at once: cancelling afterwards keeps the default.
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), AppState::DefaultTrimTool);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), TrimTool::DefaultCommand);
     {
-        FrmSettings dialog(state);
+        FrmSettings dialog(trim);
         auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
         text->setText(u"x"_s);
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
         EXPECT_EQ(dialog.result(), QDialog::Accepted);
     }
-    EXPECT_EQ(state.TrimToolCommand, u"x"_s);
+    EXPECT_EQ(trim.command, u"x"_s);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), u"x"_s);
     {
-        FrmSettings dialog(state);
+        FrmSettings dialog(trim);
         dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s)->setText(u"changed"_s);
         QTest::keyClick(&dialog, Qt::Key_Escape);
     }

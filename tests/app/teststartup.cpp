@@ -1,7 +1,7 @@
-#include "app/apperror.h"
-#include "app/appstate.h"
+#include "base/apperror.h"
+#include "app/programparts.h"
 #include "app/appwindows.h"
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "app/startup.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
@@ -93,7 +93,7 @@ protected:
         windows.calls.clear();
         prompt = ScriptedPrompt();
         trace.clear();
-        state = std::make_unique<AppState>(profile.installFolder(), prompt,
+        state = std::make_unique<ProgramParts>(profile.installFolder(), prompt,
                                            TraceHook([this](const QString &line) { trace << line; }));
         startup = std::make_unique<Startup>(*state, windows);
         return startup->SubMain(commandLine);
@@ -120,7 +120,7 @@ protected:
     RecordedWindows windows;
     ScriptedPrompt prompt;
     QStringList trace;
-    std::unique_ptr<AppState> state;
+    std::unique_ptr<ProgramParts> state;
     std::unique_ptr<Startup> startup;
 };
 
@@ -145,8 +145,8 @@ TEST_F(StartupTest, FirstStartPreparesTheDataFolderAndTakesOverTheInstalledCatal
     ASSERT_EQ(state->catalogue.StationCount(), 1);
     EXPECT_EQ(state->catalogue.at(1).Name, u"Jazz One"_s);
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), u"32"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), AppState::DefaultTrimTool);
-    EXPECT_FALSE(state->LaunchMode);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), TrimTool::DefaultCommand);
+    EXPECT_FALSE(state->launch.launchMode);
     EXPECT_TRUE(prompt.shown.isEmpty());
     // The second start leaves the catalogue and the recordings alone.
     QFile::remove(data("Rec/sample.mp3"));
@@ -282,23 +282,23 @@ TEST_F(StartupTest, AnArgumentOfTwoCharactersOpensTheRecorderWithoutLoadingTheCa
     ASSERT_TRUE(start());
     TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
     ASSERT_TRUE(start(u"  -a host:8000/live -w My Station  "_s));
-    EXPECT_TRUE(state->LaunchMode);
-    EXPECT_EQ(state->CommandArg, u"-a host:8000/live -w My Station"_s);
+    EXPECT_TRUE(state->launch.launchMode);
+    EXPECT_EQ(state->launch.commandArg, u"-a host:8000/live -w My Station"_s);
     EXPECT_EQ(trace.last(), u"11: Main Init - Command Arg : -a host:8000/live -w My Station"_s);
     EXPECT_EQ(windows.calls.join(u','), u"init,recorder"_s);
     EXPECT_EQ(state->catalogue.StationCount(), 0);
     ASSERT_TRUE(start(u"  x  "_s));
-    EXPECT_FALSE(state->LaunchMode);
+    EXPECT_FALSE(state->launch.launchMode);
     EXPECT_TRUE(windows.calls.contains(u"main"_s));
 }
 
 TEST_F(StartupTest, StoredSettingsAreReadByTheirRules)
 {
     // The trim tool keeps a one-character command and fills an empty one.
-    for (const auto &[stored, read] : {std::pair{u"x"_s, u"x"_s}, {QString(), AppState::DefaultTrimTool}}) {
+    for (const auto &[stored, read] : {std::pair{u"x"_s, u"x"_s}, {QString(), TrimTool::DefaultCommand}}) {
         SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, stored);
         ASSERT_TRUE(start());
-        EXPECT_EQ(state->TrimToolCommand, read);
+        EXPECT_EQ(state->trimTool.command, read);
     }
     // The theme reads its leading number; none stored is theme 1.
     for (const auto &[stored, theme] : {std::pair{"1x", 1}, {"x1", 0}, {"", 1}}) {
@@ -307,7 +307,7 @@ TEST_F(StartupTest, StoredSettingsAreReadByTheirRules)
         else
             removeSetting("Theme");
         ASSERT_TRUE(start());
-        EXPECT_EQ(state->skinParam.ThemeIndex(), theme) << stored;
+        EXPECT_EQ(state->appearance.theme.ThemeIndex(), theme) << stored;
     }
 }
 
@@ -343,7 +343,7 @@ TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkippe
     profile.setAppData(profile.root() + u"/not-a-folder"_s);
     install(u"Stations.txt"_s, catalogueBytes(u"Shipped"_s));
     ASSERT_TRUE(start());
-    EXPECT_EQ(state->DataFolder, profile.root() + u"/not-a-folder/Tunecatch/"_s);
+    EXPECT_EQ(startup->dataFolder(), profile.root() + u"/not-a-folder/Tunecatch/"_s);
     EXPECT_TRUE(windows.calls.contains(u"main"_s));
     EXPECT_EQ(prompt.texts(), QStringList{Catalogue::DamagedMessage});
 }
@@ -355,9 +355,9 @@ TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
     ASSERT_TRUE(start());
     state->catalogue.at(1).Rating = 5;
     state->catalogue.Dirty = true;
-    state->GenreFilter = u"Jazz"_s;
-    state->CategoryFilter = u"Fav"_s;
-    state->RatingFilter = u"5"_s;
+    state->filters.genre = u"Jazz"_s;
+    state->filters.category = u"Fav"_s;
+    state->filters.rating = u"5"_s;
     windows.calls.clear();
     startup->Close();
     startup->Close();
@@ -368,8 +368,8 @@ TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
     EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptRating), u"5"_s);
     ASSERT_TRUE(start());
     EXPECT_EQ(state->catalogue.at(1).Rating, 5);
-    EXPECT_EQ(state->GenreFilter, u"Jazz"_s);
-    EXPECT_EQ(state->CategoryFilter, u"Fav"_s);
+    EXPECT_EQ(state->filters.genre, u"Jazz"_s);
+    EXPECT_EQ(state->filters.category, u"Fav"_s);
 }
 
 } // namespace

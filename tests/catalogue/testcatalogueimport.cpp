@@ -1,6 +1,6 @@
 #include "catalogue/catalogue.h"
 
-#include "app/apperror.h"
+#include "base/apperror.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
 

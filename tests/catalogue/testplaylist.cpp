@@ -1,6 +1,6 @@
 #include "catalogue/playlist.h"
 
-#include "app/apperror.h"
+#include "base/apperror.h"
 
 #include <QList>
 

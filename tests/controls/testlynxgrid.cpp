@@ -1,6 +1,6 @@
 #include "controls/gridheader.h"
 #include "controls/lynxgrid.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QAccessible>
 #include <QLineEdit>
@@ -387,12 +387,12 @@ TEST_F(GridTest, TheCurrentCellIsFramedInsideItsSelectedRowAndAFocusedEmptyPlace
 
 TEST_F(GridTest, ThemeColorFollowsTheColoursAndClearForgetsTheSort)
 {
-    for (const int theme : {cSkinParam::BlackNight, cSkinParam::PaleBlue}) {
-        grid.SetThemeColors(theme == cSkinParam::PaleBlue ? cSkinParam::PaleBlueColors()
-                                                          : cSkinParam::BlackNightColors());
+    for (const int theme : {Themes::BlackNight, Themes::PaleBlue}) {
+        grid.SetThemeColors(theme == Themes::PaleBlue ? Themes::paleBlue()
+                                                          : Themes::blackNight());
         EXPECT_EQ(grid.ThemeColor(), theme);
     }
-    ThemeColors own = cSkinParam::PaleBlueColors();
+    ThemeColors own = Themes::paleBlue();
     own.Grid = 0xff000000;
     grid.SetThemeColors(own);
     EXPECT_EQ(grid.ThemeColor(), -1);

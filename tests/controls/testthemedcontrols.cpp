@@ -3,7 +3,7 @@
 #include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "controls/themedprogressbar.h"
-#include "skin/skinparam.h"
+#include "base/themecolors.h"
 
 #include <QAccessible>
 #include <QImage>
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const ThemeColors Themes[] = {cSkinParam::PaleBlueColors(), cSkinParam::BlackNightColors()};
+const ThemeColors Themes[] = {Themes::paleBlue(), Themes::blackNight()};
 
 // Contrast as the web's accessibility guidelines define it.
 double contrast(const QColor &a, const QColor &b)

@@ -1,6 +1,6 @@
 // The Schedule button's logic: the task name, the command line and the task
 // it registers, over a task store in memory.
-#include "memorytaskservice.h"
+#include "support/memorytaskservice.h"
 #include "schedule/recordingscheduler.h"
 #include "support/scriptedprompt.h"
 #include "support/tempprofile.h"

@@ -1,7 +1,7 @@
 // The scheduler classes over a task store in memory.
-#include "app/apperror.h"
-#include "errornumber.h"
-#include "memorytaskservice.h"
+#include "base/apperror.h"
+#include "support/errornumber.h"
+#include "support/memorytaskservice.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
 #include "schedule/taskerrors.h"

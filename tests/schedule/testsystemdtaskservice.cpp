@@ -1,8 +1,8 @@
 // The systemd store in a temporary unit folder, with systemctl replaced by a
 // recorder of its calls; the units it writes are checked by systemd's own tools.
-#include "app/apperror.h"
-#include "errornumber.h"
-#include "recordingsystemctl.h"
+#include "base/apperror.h"
+#include "support/errornumber.h"
+#include "support/recordingsystemctl.h"
 #include "schedule/oncalendar.h"
 #include "schedule/schedule.h"
 #include "schedule/systemdtaskservice.h"
@@ -296,8 +296,8 @@ TEST_F(SystemdStore, ActivationGoesThroughSystemctlAndTheTimerIsLinkedOnlyWhenIt
 TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
 {
     systemctl.reachable = false;
-    Schedule schedule(service);
-    const std::shared_ptr<Task> task = schedule.CreateTask(u"offline"_s);
+    Schedule tasks(service);
+    const std::shared_ptr<Task> task = tasks.CreateTask(u"offline"_s);
     task->SetApplicationName(program);
     task->Triggers()->Add();
     task->Save();

@@ -1,6 +1,6 @@
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "skin/appskin.h"
-#include "skinfiles.h"
+#include "support/skinfiles.h"
 #include "support/tempprofile.h"
 
 #include <QApplication>

@@ -1,5 +1,5 @@
 #include "skin/urffile.h"
-#include "skinfiles.h"
+#include "support/skinfiles.h"
 #include "support/tempprofile.h"
 
 #include <gtest/gtest.h>

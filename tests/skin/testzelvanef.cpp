@@ -1,6 +1,6 @@
 #include "skin/engine/zelvanef.h"
 #include "skin/urffile.h"
-#include "skinfiles.h"
+#include "support/skinfiles.h"
 #include "support/tempprofile.h"
 
 #include <QApplication>

@@ -46,7 +46,7 @@ char audioByte(qint64 position)
 
 QByteArray tlsFile(const QString &name)
 {
-    return IcyServer::dataFile(u"../tests/recorder/tls/"_s + name);
+    return IcyServer::dataFile(u"../tests/support/tls/"_s + name);
 }
 
 } // namespace

@@ -51,7 +51,7 @@ public:
     // Listens on a free port of 127.0.0.1 chosen by the system (ports from
     // 32768 up on Linux, so stations on high ports are what tests meet).
     bool start();
-    // The same over TLS, with tests/recorder/tls/<certificate>.pem:
+    // The same over TLS, with tests/support/tls/<certificate>.pem:
     // "localhost", "expired" (ended in 2021) or "otherhost" (other.example).
     bool startTls(const QString &certificate);
     // Makes the test authority that signed those trusted by this process.

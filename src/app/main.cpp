@@ -1,0 +1,76 @@
+#include "app/messageboxprompt.h"
+#include "app/programparts.h"
+#include "app/qtappwindows.h"
+#include "app/startup.h"
+#include "app/terminationwatcher.h"
+#include "base/appinfo.h"
+#include "ui/skin/themeapplier.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QIcon>
+
+namespace {
+
+// Whether a display server seems to be there: a Wayland socket, or an X
+// display whose local socket exists (a remote one is taken on trust).
+bool displayReachable()
+{
+    const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (!wayland.isEmpty()) {
+        const QString socket = QFileInfo(wayland).isAbsolute()
+                                   ? wayland
+                                   : qEnvironmentVariable("XDG_RUNTIME_DIR") + u'/' + wayland;
+        if (QFileInfo::exists(socket))
+            return true;
+    }
+    const QString display = qEnvironmentVariable("DISPLAY");
+    if (display.isEmpty())
+        return false;
+    if (!display.startsWith(u':'))
+        return true;
+    const QString number = display.mid(1).section(u'.', 0, 0);
+    return QFileInfo::exists(QStringLiteral("/tmp/.X11-unix/X") + number);
+}
+
+// A command argument of two characters or more starts a recording at once.
+bool startsRecording(int argc, char *argv[])
+{
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    return words.join(u' ').trimmed().size() >= 2;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    // A scheduled recording may be started by a user service manager that
+    // knows no display: record without windows rather than fail to start.
+    if (startsRecording(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !displayReachable())
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(AppInfo::Title);
+    QApplication::setDesktopFileName(QStringLiteral("tunecatch"));
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("tunecatch"), QIcon(QCoreApplication::applicationDirPath() + QStringLiteral("/tunecatch.png"))));
+
+    MessageBoxPrompt prompt;
+    ThemeApplier themeApplier;
+    ProgramParts parts(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
+    parts.appearance.theme.SetListener(&themeApplier);
+    QtAppWindows windows(parts);
+    Startup startup(parts, windows);
+    windows.setStartup(&startup);
+    TerminationWatcher watcher([&startup] { startup.Terminate(); });
+
+    QStringList words = QCoreApplication::arguments();
+    words.removeFirst();
+    if (!startup.SubMain(words.join(u' ')))
+        return 1;
+    if (startup.HasClosed()) // a signal arrived while start-up was still running
+        return 0;
+    return QApplication::exec();
+}

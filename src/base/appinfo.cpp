@@ -1,0 +1,6 @@
+#include "base/appinfo.h"
+
+QString AppInfo::version()
+{
+    return QStringLiteral(TUNECATCH_VERSION);
+}

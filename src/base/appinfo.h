@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+// The program's name, as windows, message boxes and tasks show it, and its version.
+namespace AppInfo {
+
+inline const QString Title = QStringLiteral("Tunecatch");
+
+QString version();
+
+} // namespace AppInfo

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "ui/player/mediaplayer.h"
+
+#include <QTimer>
+
+class QAudioOutput;
+class QMediaPlayer;
+class QVideoWidget;
+
+// The media player over Qt Multimedia (GStreamer on Linux): QMediaPlayer for
+// the media, QAudioOutput for sound, QVideoWidget for pictures. Qt's playback
+// and media states are read together and turned into the one play-state
+// number the windows know (docs/architecture.md has the table). The number is
+// worked out once the event that changed Qt's states is over, so that a
+// handler of PlayStateChange may set the URL again without re-entering Qt.
+class QtMediaPlayer : public MediaPlayer
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(QtMediaPlayer)
+
+public:
+    explicit QtMediaPlayer(QWidget *owner);
+    ~QtMediaPlayer() override;
+
+    static MediaPlayer *Create(QWidget *owner);
+
+    QString URL() const override { return m_url; }
+    void setURL(const QString &url) override;
+    int playState() const override { return m_state; }
+    QString status() const override;
+
+    void play() override;
+    void pause() override;
+    void stop() override;
+
+    bool mute() const override;
+    void setMute(bool mute) override;
+    int volume() const override { return m_volume; }
+    void setVolume(int volume) override;
+    void setPlayCount(int count) override;
+
+    bool fullScreen() const override;
+    void setFullScreen(bool on) override;
+
+    void clearPlaylist() override;
+    void close() override;
+
+private:
+    void newMedia();
+    void fail(const QString &text);
+    int stateNow() const;
+    void scheduleUpdate();
+    void update();
+    void report(int state);
+
+    QMediaPlayer *m_player;
+    QAudioOutput *m_audio;
+    QVideoWidget *m_video;
+
+    QString m_url;
+    int m_state = Undefined;
+    int m_volume = 100;
+    int m_playCount = 1;
+    // Since the URL was last set:
+    QString m_error;
+    bool m_failed = false;
+    bool m_buffered = false;    // the media has been buffered once
+    bool m_endReported = false; // MediaEnded was told; Stopped comes next
+    qint64 m_lastPosition = -1;
+    bool m_progressing = false; // the position moved on lately
+    QTimer m_stall;
+    bool m_transitionDue = false;
+    bool m_updatePending = false;
+};

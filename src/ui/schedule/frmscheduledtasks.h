@@ -1,0 +1,58 @@
+#pragma once
+
+#include "schedule/schedule.h"
+#include "ui/schedule/schedulingsetup.h"
+
+#include <QWidget>
+
+class Prompt;
+class QLabel;
+class QPushButton;
+class QTreeWidget;
+
+// The program's list of its scheduled recordings: name, next and last run,
+// status and command line, with Edit (the task dialog) and Delete. It says so
+// when no user service manager can be reached, since then nothing starts.
+class FrmScheduledTasks : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(FrmScheduledTasks)
+
+public:
+    enum Column
+    {
+        ColumnName,
+        ColumnNextRun,
+        ColumnLastRun,
+        ColumnStatus,
+        ColumnCommandLine,
+    };
+
+    static inline const QString NoManagerNotice = QStringLiteral(
+        "No user service manager can be reached, so these recordings will not start until a user session "
+        "manager is running. Log in to your desktop, or let systemd keep one for you with "
+        "\"loginctl enable-linger\".");
+
+    FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent = nullptr);
+
+    void RefreshList();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void cmdEdit_Click();
+    void cmdDelete_Click();
+    std::shared_ptr<Task> selectedTask() const;
+
+    SchedulerParts m_parts;
+    Prompt &m_prompt;
+    Schedule m_schedule;
+
+    QLabel *lblNotice = nullptr;
+    QTreeWidget *lstTasks = nullptr;
+    QPushButton *cmdEdit = nullptr;
+    QPushButton *cmdDelete = nullptr;
+    QPushButton *cmdRefresh = nullptr;
+    QPushButton *cmdClose = nullptr;
+};

@@ -1,0 +1,33 @@
+#include "ui/skin/skincommand.h"
+
+#include "skin/appskin.h"
+#include "ui/skin/frmskin2.h"
+#include "skin/skinparam.h"
+
+#include <QWidget>
+
+SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_theme(theme) {}
+
+bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
+                      const std::function<int(QDialog &)> &runModal)
+{
+    FrmSkin2 dialog(m_skin.InstallFolder(), m_skin.SkinFile(), mainWindow);
+    dialog.setWindowTitle(QStringLiteral("Select a Skin"));
+    dialog.setWindowIcon(mainWindow->windowIcon());
+    dialog.setModal(true);
+    if ((runModal ? runModal(dialog) : dialog.exec()) != QDialog::Accepted)
+        return false;
+    Apply(dialog.ChosenTheme(), dialog.ChosenSkin(), redraw);
+    return true;
+}
+
+void SkinCommand::Apply(int theme, const QString &skinName, const std::function<void()> &redraw)
+{
+    m_theme.SetTheme(theme);
+    if (redraw)
+        redraw();
+    if (skinName == FrmSkin2::NoSkin)
+        m_skin.SkinOff();
+    else if (!skinName.isEmpty())
+        m_skin.StartSkinWithFile(m_skin.InstallFolder() + u'/' + skinName);
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QDialog>
+
+class Shell;
+
+// The about box: what the program is, its version, and where it keeps the
+// user's files, as paths that open in the file manager.
+class frmAbout : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(frmAbout)
+
+public:
+    static inline const QString Summary =
+        QStringLiteral("Keeps a list of internet radio stations, plays them and records them to MP3 files.");
+
+    explicit frmAbout(Shell &shell, QWidget *parent = nullptr);
+};

@@ -1,0 +1,584 @@
+#include "ui/stations/frmstations.h"
+
+#include "base/apperror.h"
+#include "base/appinfo.h"
+#include "base/launchoptions.h"
+#include "catalogue/catalogue.h"
+#include "catalogue/stationfilters.h"
+#include "skin/appearance.h"
+#include "base/conversions.h"
+#include "controls/lynxgrid.h"
+#include "controls/roundedframe.h"
+#include "controls/schemebutton.h"
+#include "ui/player/frmlisten.h"
+#include "ui/player/mainplayer.h"
+#include "player/stationplayer.h"
+#include "ui/skin/themepalette.h"
+#include "ui/player/ucplaybar.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace {
+
+struct ColumnDef
+{
+    const char16_t *heading;
+    int width;
+};
+
+// Headings and widths in creation order; the last column's width is the grid's own.
+constexpr ColumnDef Columns[FrmStations::ColumnCount] = {
+    {u" ", 23},         {u"Station", 100}, {u"Genre", 46},     {u"Bit", 33},   {u"Type", 33},
+    {u"Category", 100}, {u"Rating", 66},   {u"StreamUrl", 200}, {u"Single", 46}, {u"LastDate", 66},
+    {u"Sign", 46},      {u"InfoUrl", 166}, {u"Output", 0},
+};
+
+// "Funk" is listed twice on purpose.
+const QStringList GenreEntries = {
+    QString(),          QStringLiteral("TopTen"), QStringLiteral("Alternative"), QStringLiteral("Classical"),
+    QStringLiteral("Comedy"), QStringLiteral("Country"), QStringLiteral("Dance"), QStringLiteral("Funk"),
+    QStringLiteral("Jazz"),   QStringLiteral("Metal"),   QStringLiteral("Funk"),  QStringLiteral("Mixed"),
+    QStringLiteral("Pop"),    QStringLiteral("Rap"),     QStringLiteral("RnB"),   QStringLiteral("Rock"),
+    QStringLiteral("Talk"),   QStringLiteral("Techno"),  QStringLiteral("70s"),   QStringLiteral("80s"),
+    QStringLiteral("World"),  QStringLiteral("Fun"),     QStringLiteral("Adult"),
+};
+const QStringList TypeEntries = {QString(), QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
+                                 QStringLiteral("-"), QStringLiteral("XxX")};
+const QStringList RatingEntries = {QString(), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
+                                   QStringLiteral("4"), QStringLiteral("5")};
+const QStringList RatingEditorEntries = RatingEntries.mid(1);
+
+const QString PlayKey = QStringLiteral("Play");
+
+QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QLatin1StringView(name));
+    combo->setMinimumWidth(minimumWidth);
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    return combo;
+}
+
+SchemeButton *newButton(QWidget *parent, const char *name, const QString &text)
+{
+    auto *button = new SchemeButton(text, parent);
+    button->setObjectName(QLatin1StringView(name));
+    button->setAutoDefault(false);
+    // Narrower than the style's dialog-button minimum, so that the window fits small screens.
+    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + 24);
+    return button;
+}
+
+// Selects the first entry whose text equals value exactly; with none, the selection stays.
+void selectEntry(QComboBox *combo, const QString &value)
+{
+    for (int i = 0; i < combo->count(); ++i) {
+        if (combo->itemText(i) == value) {
+            combo->setCurrentIndex(i);
+            return;
+        }
+    }
+}
+
+// The play handle drawn in column 0, in the theme's accent colour.
+QIcon playIcon(const QColor &color)
+{
+    QPixmap pixmap(32, 32);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(Qt::NoPen);
+    p.setBrush(color);
+    p.drawPolygon(QPolygonF({QPointF(9, 6), QPointF(26, 16), QPointF(9, 26)}));
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaPlayerFactory players,
+                         QWidget *parent)
+    : QWidget(parent), m_parts(std::move(parts)), m_players(std::move(players))
+{
+    setObjectName(QStringLiteral("FrmStations"));
+    setWindowTitle(AppInfo::Title);
+    buildControls();
+    setAccessibleNames();
+    buildPlayer();
+    m_commands = new StationCommands(m_parts.catalogue, m_parts.appearance, m_parts.trimTool, m_parts.installFolder,
+                                     *this, *m_player, std::move(services), this);
+    connectCommands();
+
+    // Load, in its fixed order.
+    m_cboRating->addItems(RatingEditorEntries);
+    ApplyColors();
+    createColumns();
+    FillGrid();
+    fillFilterLists();
+    selectEntry(m_cmbGenre, m_parts.filters.genre);
+    selectEntry(m_cmbCategory, m_parts.filters.category);
+    selectEntry(m_cmbType, m_parts.filters.type);
+    selectEntry(m_cmbRating, m_parts.filters.rating);
+
+    // A hidden listening window, kept as long as this one, holds a paused
+    // player, so that later players start quickly.
+    FrmListen *warmUp = CreateListenWindow();
+    warmUp->ListenRow = FrmListen::WarmUpRow;
+    warmUp->ListenUrl = QDir(m_parts.installFolder).filePath(FrmListen::WarmUpFile);
+    warmUp->setWindowTitle(QStringLiteral("cap dummy"));
+    warmUp->Play();
+}
+
+void FrmStations::buildPlayer()
+{
+    m_playBar = new ucPlayBar(this);
+    m_playBar->setObjectName(QStringLiteral("ucPlayBar1"));
+    m_playBarSlot->addWidget(m_playBar);
+    MediaPlayer *wmp1 = m_players(this);
+    wmp1->view()->setObjectName(QStringLiteral("wmp1"));
+    wmp1->view()->hide();
+    m_player = new MainPlayer(
+        m_parts.playerTexts, m_parts.trace, *wmp1, *m_playBar,
+        [this]() -> const Station * {
+            const int row = m_grid->Row();
+            if (row < 0)
+                return nullptr;
+            return &m_parts.catalogue.at(m_grid->ItemData(row));
+        },
+        this);
+}
+
+FrmListen *FrmStations::CreateListenWindow()
+{
+    auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.Colors(), m_players, this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    connect(window, &FrmListen::StationPlayed, this, &FrmStations::StationPlayed);
+    return window;
+}
+
+void FrmStations::StationPlayed(int kind, int row, const QString &date)
+{
+    if (kind != FrmListen::PlayedKind || row < 0 || row >= m_grid->ItemCount())
+        return;
+    const int index = m_grid->ItemData(row);
+    m_parts.catalogue.at(index).LastDate = date;
+    FillRow(row, index);
+    m_parts.catalogue.Dirty = true;
+}
+
+void FrmStations::buildControls()
+{
+    resize(1100, 660);
+
+    // The arrangement: filter frame across the top, the command strip below it,
+    // the grid filling the rest and the play bar under the grid at its width.
+    // Layouts give that result at every size, so they replace pixel arithmetic.
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(10, 10, 10, 10);
+    outer->setSpacing(8);
+    // The window can shrink to what its controls need, and no further.
+    outer->setSizeConstraint(QLayout::SetMinimumSize);
+
+    auto *fraFilter = new RoundedFrame({}, this);
+    fraFilter->setObjectName(QStringLiteral("fraFilter"));
+    fraFilter->setAccessibleName(tr("Filter"));
+    auto *filters = new QHBoxLayout(fraFilter);
+    // The frame's own margins already leave room round its panel.
+    filters->setContentsMargins(0, 0, 0, 0);
+    filters->setSpacing(6);
+    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 90);
+    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 100);
+    m_cmbType = newCombo(fraFilter, "cmbType", 56);
+    m_cmbRating = newCombo(fraFilter, "cmbRating", 44);
+    const std::pair<QString, QComboBox *> labelled[] = {{tr("Genre"), m_cmbGenre},
+                                                        {tr("Category"), m_cmbCategory},
+                                                        {tr("Type"), m_cmbType},
+                                                        {tr("Rating"), m_cmbRating}};
+    for (const auto &[text, combo] : labelled) {
+        auto *label = new QLabel(text, fraFilter);
+        label->setBuddy(combo);
+        filters->addWidget(label);
+        filters->addWidget(combo);
+        filters->addSpacing(4);
+    }
+    filters->addWidget(newButton(fraFilter, "cmdFilter", tr("Filter")));
+    filters->addStretch(1);
+    m_txtSearch = new QLineEdit(fraFilter);
+    m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
+    m_txtSearch->setPlaceholderText(tr("Station or category"));
+    m_txtSearch->setClearButtonEnabled(true);
+    m_txtSearch->setMinimumWidth(100);
+    filters->addWidget(m_txtSearch, 1);
+    filters->addWidget(newButton(fraFilter, "cmdSearch", tr("Search")));
+    filters->addWidget(newButton(fraFilter, "cmdSearchWww", tr("Search Web")));
+    outer->addWidget(fraFilter);
+
+    auto *gfxOption = new QWidget(this);
+    gfxOption->setObjectName(QStringLiteral("GFXOption"));
+    auto *commands = new QHBoxLayout(gfxOption);
+    commands->setContentsMargins(0, 0, 0, 0);
+    commands->setSpacing(6);
+    const std::pair<const char *, QString> commandButtons[] = {
+        {"cmdRecord", tr("Record")}, {"cmdListen", tr("Listen")},     {"cmdReplay", tr("Replay")},
+        {nullptr, {}},               {"cmdCopy", tr("Copy")},         {"cmdDel", tr("Delete")},
+        {"cmdInfo", tr("Info")},     {"cmdLoadPls", tr("Load PLS")}, {"cmdTrim", tr("Trim")},
+        {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
+        {"cmdAbout", tr("About")},
+    };
+    for (const auto &[name, text] : commandButtons) {
+        if (!name) {
+            commands->addSpacing(14);
+            continue;
+        }
+        commands->addWidget(newButton(gfxOption, name, text));
+    }
+    // The window's main action stands out.
+    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->SetAccent(true);
+    commands->addStretch(1);
+    outer->addWidget(gfxOption);
+
+    m_grid = new LynxGrid(this);
+    m_grid->setObjectName(QStringLiteral("LynxGrid1"));
+    m_grid->setMinimumHeight(200);
+    m_grid->SetFullRowSelect(true);
+    m_grid->SetTrackEdits(true);
+    m_grid->SetFocusRectMode(GridFocusMode::Cell);
+    // The column widths are the catalogue's classic pixel widths; a slightly
+    // smaller face lets the short headings ("Genre", "Type") fit them.
+    QFont gridFont = m_grid->font();
+    gridFont.setPointSizeF(qMax(8.0, gridFont.pointSizeF() - 1));
+    m_grid->SetFont(gridFont);
+    outer->addWidget(m_grid, 1);
+
+    // The play bar comes here, under the grid and as wide as it.
+    m_playBarSlot = new QVBoxLayout;
+    m_playBarSlot->setObjectName(QStringLiteral("ucPlayBar1Slot"));
+    outer->addLayout(m_playBarSlot);
+
+    m_cboRating = new QComboBox(this);
+    m_cboRating->setObjectName(QStringLiteral("cboRating"));
+    m_cboRating->hide();
+
+    // The grid hands answers back through references: these must stay direct connections.
+    connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::CellUpdated, this, &FrmStations::LynxGrid1_CellUpdated);
+
+    // The grid's width is read when the columns are made: give it its real size first.
+    outer->activate();
+}
+
+void FrmStations::connectCommands()
+{
+    const auto clicked = [this](const char *name, auto slot) {
+        connect(findChild<SchemeButton *>(QLatin1StringView(name)), &QPushButton::clicked, this, slot);
+    };
+    clicked("cmdFilter", &FrmStations::cmdFilter_Click);
+    clicked("cmdSearch", &FrmStations::cmdSearch_Click);
+    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
+    clicked("cmdSearchWww",
+            [this] { m_commands->SearchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
+    clicked("cmdSettings", &FrmStations::cmdSettings_Click);
+    clicked("cmdRecord", [this] { m_commands->Record(); });
+    clicked("cmdListen", [this] { m_commands->Listen(); });
+    clicked("cmdReplay", [this] { m_commands->Replay(); });
+    clicked("cmdCopy", [this] { m_commands->Copy(); });
+    clicked("cmdDel", [this] { m_commands->Delete(); });
+    clicked("cmdInfo", [this] { m_commands->Info(); });
+    clicked("cmdLoadPls", [this] { m_commands->LoadPls(); });
+    clicked("cmdTrim", [this] { m_commands->Trim(); });
+    clicked("cmdSkin", [this] { m_commands->Skin(); });
+    clicked("cmdAbout", [this] { m_commands->About(); });
+}
+
+// Names for screen readers where a control's caption does not say what it is:
+// a drop-down would otherwise be read as its chosen entry.
+void FrmStations::setAccessibleNames()
+{
+    m_txtSearch->setAccessibleName(tr("Search stations"));
+    m_cmbGenre->setAccessibleName(tr("Genre"));
+    m_cmbCategory->setAccessibleName(tr("Category"));
+    m_cmbType->setAccessibleName(tr("Type"));
+    m_cmbRating->setAccessibleName(tr("Rating"));
+    m_cboRating->setAccessibleName(tr("Rating"));
+    m_grid->setAccessibleName(tr("Stations"));
+}
+
+void FrmStations::ApplyColors()
+{
+    const ThemeColors &colors = m_parts.appearance.theme.Colors();
+    setPalette(ThemePalette(colors));
+    setAutoFillBackground(true);
+    m_grid->SetThemeColors(colors);
+    m_grid->SetImageList({playIcon(QColor::fromRgba(colors.FocusRect))});
+    m_playBar->SetThemeColors(colors);
+}
+
+void FrmStations::createColumns()
+{
+    for (int index = 0; index < ColumnCount; ++index) {
+        const ColumnDef &column = Columns[index];
+        const QString heading = QString::fromUtf16(column.heading);
+        if (index == ColSingle)
+            m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
+        else if (index == ColOutput)
+            m_grid->AddColumn(heading, m_grid->width());
+        else
+            m_grid->AddColumn(heading, column.width);
+    }
+    m_grid->SetColImage(ColPlay, 0);
+    m_grid->SetColImageAlignment(ColPlay, Qt::AlignHCenter);
+    m_grid->SetColImageText(ColPlay, QStringLiteral("Play"));
+    m_grid->BindControl(ColRating, m_cboRating);
+    m_grid->SetRedraw(true);
+}
+
+void FrmStations::fillFilterLists()
+{
+    m_cmbGenre->addItems(GenreEntries);
+    m_cmbCategory->clear();
+    m_cmbCategory->addItems(m_parts.catalogue.Categories.items());
+    m_cmbType->addItems(TypeEntries);
+    m_cmbRating->addItems(RatingEntries);
+}
+
+int FrmStations::pos(Column column) const
+{
+    return m_grid->ColPosition(column);
+}
+
+void FrmStations::FillGrid()
+{
+    // A refill drops the cells' changed marks, which are what tells the
+    // closing step to save: keep their count for it.
+    CommitEdits();
+    m_grid->Clear();
+    m_grid->SetRedraw(false);
+
+    const QString &genre = m_parts.filters.genre;
+    const QString &category = m_parts.filters.category;
+    const QString &type = m_parts.filters.type;
+    const bool byRating = !m_parts.filters.rating.isEmpty();
+    const double rating = Convert::LeadingNumber(m_parts.filters.rating);
+
+    const Catalogue &catalogue = m_parts.catalogue;
+    const Positions at = positions();
+    for (int index = 1; index <= catalogue.StationCount(); ++index) {
+        const Station &s = catalogue.at(index);
+        if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
+            continue;
+        // The one case-sensitive filter, on purpose.
+        if (!category.isEmpty() && !s.Category.contains(category, Qt::CaseSensitive))
+            continue;
+        if (!type.isEmpty() && !s.Format.contains(type, Qt::CaseInsensitive))
+            continue;
+        if (byRating && rating != s.Rating)
+            continue;
+
+        const int row = m_grid->AddItem();
+        m_grid->SetItemData(row, index);
+        fillRow(row, s, at);
+    }
+    m_grid->SetRedraw(true);
+}
+
+void FrmStations::FillRow(int row, int index)
+{
+    fillRow(row, m_parts.catalogue.at(index), positions());
+}
+
+FrmStations::Positions FrmStations::positions() const
+{
+    Positions at;
+    for (int column = 0; column < ColumnCount; ++column)
+        at[static_cast<std::size_t>(column)] = pos(static_cast<Column>(column));
+    return at;
+}
+
+// The cells in the record's field order, each under its heading wherever the user dragged it.
+void FrmStations::fillRow(int row, const Station &s, const Positions &at)
+{
+    const auto set = [this, row, &at](Column column, const QString &text) {
+        m_grid->SetCellText(row, at[column], text);
+    };
+    set(ColStation, s.Name);
+    set(ColGenre, s.Genre);
+    set(ColBit, s.BitRate);
+    set(ColType, s.Format);
+    set(ColCategory, s.Category);
+    set(ColOutput, s.OutputFile);
+    set(ColSingle, Convert::BooleanText(s.SingleSong));
+    m_grid->SetCellChecked(row, at[ColSingle], s.SingleSong);
+    set(ColRating, QString::number(s.Rating));
+    set(ColLastDate, s.LastDate);
+    set(ColSign, s.CallSign);
+    set(ColStreamUrl, s.StreamURL);
+    set(ColInfoUrl, s.InfoUrl);
+}
+
+void FrmStations::WriteBack(int row, int index)
+{
+    if (index < 1 || index > m_parts.catalogue.StationCount())
+        return;
+    Station &s = m_parts.catalogue.at(index);
+    const auto cell = [this, row](Column column) { return m_grid->CellText(row, pos(column)); };
+    s.Name = cell(ColStation);
+    s.Genre = cell(ColGenre);
+    s.BitRate = cell(ColBit);
+    s.Format = cell(ColType);
+    s.Category = cell(ColCategory);
+    s.OutputFile = cell(ColOutput);
+    s.SingleSong = m_grid->CellChecked(row, pos(ColSingle));
+    try {
+        s.Rating = Convert::LeadingInt32(cell(ColRating));
+    } catch (const AppError &) {
+        // A number too large for a rating leaves the stored one as it was.
+    }
+    s.LastDate = cell(ColLastDate);
+    s.CallSign = cell(ColSign);
+    s.StreamURL = cell(ColStreamUrl);
+    s.InfoUrl = cell(ColInfoUrl);
+}
+
+void FrmStations::cmdFilter_Click()
+{
+    m_parts.filters.genre = m_cmbGenre->currentText();
+    m_parts.filters.category = m_cmbCategory->currentText();
+    m_parts.filters.type = m_cmbType->currentText();
+    m_parts.filters.rating = m_cmbRating->currentText();
+    FillGrid();
+}
+
+void FrmStations::cmdSearch_Click()
+{
+    const QString text = m_txtSearch->text();
+    if (text.isEmpty())
+        return;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+
+    const int station = ColStation;
+    const int category = ColCategory;
+    // Name first, then category; both addressed by their indices as they stand.
+    const auto match = [&](int row) {
+        if (m_grid->CellText(row, station).contains(text, Qt::CaseInsensitive))
+            return station;
+        if (m_grid->CellText(row, category).contains(text, Qt::CaseInsensitive))
+            return category;
+        return -1;
+    };
+    const int start = m_grid->Row() + 1;
+    int found = -1;
+    int col = -1;
+    for (int row = start; row < m_grid->ItemCount() && found < 0; ++row) {
+        if ((col = match(row)) >= 0)
+            found = row;
+    }
+    // The wrap-round pass needs a start row of 2 or more: row 0 current never looks at row 0 again.
+    if (found < 0 && start >= 2) {
+        for (int row = 0; row <= start && found < 0; ++row) {
+            if ((col = match(row)) >= 0)
+                found = row;
+        }
+    }
+    if (found >= 0)
+        m_grid->GotoCell(found, col);
+
+    QGuiApplication::restoreOverrideCursor();
+}
+
+void FrmStations::cmdSettings_Click()
+{
+    if (m_parts.openSettings)
+        m_parts.openSettings(this);
+}
+
+void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
+{
+    if (col == pos(ColPlay)) {
+        cancel = true;
+        m_player->PlayKey(PlayKey);
+        m_player->ShowState(PlayKey);
+    } else if (col == pos(ColRating)) {
+        const QString text = m_grid->CellText(row, col);
+        if (text.isEmpty() || text == u"0")
+            m_cboRating->setCurrentIndex(-1);
+        else
+            m_cboRating->setCurrentIndex(m_cboRating->findText(text));
+    } else if (col == pos(ColSingle)) {
+        m_grid->SetCellChanged(row, col, true);
+    }
+}
+
+void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &cancel)
+{
+    if (col != pos(ColRating))
+        return;
+    // Leaving the drop-down without choosing keeps the rating as it was,
+    // also one outside 1 to 5 that the list cannot show.
+    if (m_cboRating->currentIndex() < 0)
+        cancel = true;
+    else
+        value = m_cboRating->currentText();
+}
+
+void FrmStations::LynxGrid1_CellUpdated(int row, int)
+{
+    WriteBack(row, m_grid->ItemData(row));
+}
+
+int FrmStations::SweepChangedCells()
+{
+    int changed = 0;
+    for (int row = 0; row < m_grid->ItemCount(); ++row) {
+        bool rowChanged = false;
+        for (int col = 0; col < m_grid->Cols(); ++col) {
+            if (m_grid->CellChanged(row, col)) {
+                ++changed;
+                rowChanged = true;
+                m_grid->SetCellChanged(row, col, false);
+            }
+        }
+        if (rowChanged)
+            WriteBack(row, m_grid->ItemData(row));
+    }
+    return changed;
+}
+
+void FrmStations::CommitEdits()
+{
+    m_sweptEdits += SweepChangedCells();
+}
+
+void FrmStations::ForgetEdits()
+{
+    m_sweptEdits = 0;
+    m_grid->Clear();
+}
+
+void FrmStations::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    // An edit still open counts like one the user finished.
+    m_grid->CommitEdit();
+
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const int changed = SweepChangedCells() + m_sweptEdits;
+    QGuiApplication::restoreOverrideCursor();
+
+    if (changed > 0)
+        m_parts.catalogue.Dirty = true;
+    // A station check ends, and the recordings started from the list end
+    // with it, their files complete.
+    m_commands->Unload();
+    emit unloaded();
+}

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "ui/player/mediaplayer.h"
+#include "ui/stations/stationcommands.h"
+
+#include "base/tracehook.h"
+
+#include <QWidget>
+
+#include <array>
+#include <functional>
+
+struct Appearance;
+class Catalogue;
+struct LaunchOptions;
+struct PlayerTexts;
+struct StationFilters;
+struct TrimTool;
+class FrmListen;
+struct Station;
+class LynxGrid;
+class QBoxLayout;
+class QComboBox;
+class QLineEdit;
+class StationPlayer;
+class ucPlayBar;
+
+// The main window: the station catalogue in a grid, four filters, a text
+// search, in-place editing of the stations, and the commands on them.
+class FrmStations : public QWidget, private StationListHost
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(FrmStations)
+
+public:
+    // The grid's columns by their index; cells are reached through the grid's
+    // ColPosition, because the user may drag the columns into another order.
+    enum Column {
+        ColPlay,
+        ColStation,
+        ColGenre,
+        ColBit,
+        ColType,
+        ColCategory,
+        ColRating,
+        ColStreamUrl,
+        ColSingle,
+        ColLastDate,
+        ColSign,
+        ColInfoUrl,
+        ColOutput,
+        ColumnCount
+    };
+
+    // What the window works on and with.
+    struct Parts
+    {
+        Catalogue &catalogue;
+        StationFilters &filters;
+        Appearance &appearance;
+        const TrimTool &trimTool;
+        const PlayerTexts &playerTexts;
+        const LaunchOptions &launch;
+        TraceHook trace;
+        QString installFolder;
+        // Runs the settings dialog over the window.
+        std::function<void(QWidget *owner)> openSettings;
+    };
+
+    // players makes the media players of the window's own player and of its
+    // listening windows.
+    FrmStations(Parts parts, StationCommands::Services services, MediaPlayerFactory players,
+                QWidget *parent = nullptr);
+
+    // A new listening window, not yet shown, whose played stations reach StationPlayed.
+    FrmListen *CreateListenWindow() override;
+    // A listening window's news: kind 1 means the station of row started to
+    // play on date, which becomes its LastDate.
+    void StationPlayed(int kind, int row, const QString &date);
+    StationPlayer &Player() const { return *m_player; }
+
+signals:
+    // The window has unloaded: edited cells are back in the catalogue and its
+    // changed flag is set when any cell was changed. The closing step follows.
+    void unloaded();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildControls();
+    void connectCommands();
+    void createColumns();
+    void fillFilterLists();
+    void setAccessibleNames();
+
+    // StationListHost
+    LynxGrid &Grid() override { return *m_grid; }
+    void FillGrid() override;
+    void WriteBack(int row, int index) override;
+    void FillRow(int row, int index) override;
+    void CommitEdits() override;
+    void ForgetEdits() override;
+    void ApplyColors() override;
+
+    // Writes every row with a changed cell back into its station and clears
+    // the marks; returns the changed cells.
+    int SweepChangedCells();
+    int pos(Column column) const;
+    using Positions = std::array<int, ColumnCount>;
+    Positions positions() const;
+    void fillRow(int row, const Station &station, const Positions &at);
+
+    void cmdFilter_Click();
+    void cmdSearch_Click();
+    void cmdSettings_Click();
+    void LynxGrid1_RequestEdit(int row, int col, bool &cancel);
+    void LynxGrid1_RequestUpdate(int row, int col, QString &value, bool &cancel);
+    void LynxGrid1_CellUpdated(int row, int col);
+
+    void buildPlayer();
+
+    Parts m_parts;
+    MediaPlayerFactory m_players;
+    StationPlayer *m_player = nullptr;
+    StationCommands *m_commands = nullptr;
+    bool m_unloaded = false;
+    // Changed cells swept out of the grid before a refill: they count at
+    // closing like the changed cells still in it.
+    int m_sweptEdits = 0;
+
+    LynxGrid *m_grid = nullptr;
+    QComboBox *m_cboRating = nullptr;
+    QComboBox *m_cmbGenre = nullptr;
+    QComboBox *m_cmbCategory = nullptr;
+    QComboBox *m_cmbType = nullptr;
+    QComboBox *m_cmbRating = nullptr;
+    QLineEdit *m_txtSearch = nullptr;
+    QBoxLayout *m_playBarSlot = nullptr;
+    ucPlayBar *m_playBar = nullptr;
+};

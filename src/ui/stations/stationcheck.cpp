@@ -1,0 +1,135 @@
+#include "ui/stations/stationcheck.h"
+
+#include "catalogue/catalogue.h"
+#include "controls/lynxgrid.h"
+#include "ui/player/mediaplayer.h"
+#include "ui/stations/stationcommands.h"
+#include "player/stationplayer.h"
+
+#include <QTimer>
+
+namespace {
+
+const QString KeyPlay = QStringLiteral("Play");
+const QString KeyStop = QStringLiteral("Stop");
+const QString LookPlay = QStringLiteral("play");
+const QString LookStop = QStringLiteral("stop");
+
+} // namespace
+
+StationCheck::StationCheck(Catalogue &catalogue, StationListHost &list, StationPlayer &player, Timing timing,
+                           QObject *parent)
+    : QObject(parent), m_catalogue(catalogue), m_list(list), m_player(player), m_timing(timing),
+      m_poll(new QTimer(this)), m_step(new QTimer(this))
+{
+    setObjectName(QStringLiteral("StationCheck"));
+    m_poll->setInterval(m_timing.pollInterval);
+    connect(m_poll, &QTimer::timeout, this, &StationCheck::poll);
+    // The next row starts once the events waiting meanwhile have run.
+    m_step->setSingleShot(true);
+    m_step->setInterval(0);
+    connect(m_step, &QTimer::timeout, this, &StationCheck::nextRow);
+}
+
+int StationCheck::RatingFor(int playState, int polls, int pollLimit)
+{
+    switch (playState) {
+    case MediaPlayer::Playing:
+        return RatingPlaying;
+    case MediaPlayer::Buffering:
+        return RatingBuffering;
+    case MediaPlayer::Stopped:
+    // The player gives up on an address it cannot open at Ready: the same
+    // end as falling back to Stopped.
+    case MediaPlayer::Ready:
+        return RatingStopped;
+    default:
+        return polls >= pollLimit ? RatingNoAnswer : 0;
+    }
+}
+
+bool StationCheck::Running() const
+{
+    return m_active && m_player.Scanning();
+}
+
+void StationCheck::Start(Mode mode)
+{
+    Abort();
+    m_mode = mode;
+    m_row = qMax(0, m_list.Grid().Row());
+    m_active = true;
+    m_player.SetScanning(true);
+    nextRow();
+}
+
+void StationCheck::Stop()
+{
+    m_player.SetScanning(false);
+    m_player.PlayKey(KeyStop);
+    m_player.ShowState(LookStop);
+}
+
+void StationCheck::Abort()
+{
+    if (m_active)
+        finish();
+}
+
+void StationCheck::nextRow()
+{
+    LynxGrid &grid = m_list.Grid();
+    // The count is read at every row, so rows removed meanwhile end the
+    // check early. The last step is one past the last row: the grid ignores
+    // a row it does not have, so the current station plays once more and no
+    // station is rated.
+    if (m_row > grid.ItemCount()) {
+        finish();
+        return;
+    }
+    m_player.ShowState(LookStop);
+    m_player.StopPlayback();
+    if (!m_player.Scanning()) {
+        finish();
+        return;
+    }
+    grid.SetItemSelected(m_row - 1, false);
+    grid.GotoCell(m_row, 0);
+    grid.RefreshView();
+    m_index = grid.ItemData(m_row);
+    m_player.PlayKey(KeyPlay);
+    m_player.ShowState(LookPlay);
+    m_polls = 0;
+    m_poll->start();
+}
+
+void StationCheck::poll()
+{
+    const int rating = RatingFor(m_player.PlayState(), ++m_polls, m_timing.pollLimit);
+    if (rating == 0)
+        return;
+    m_poll->stop();
+    // The rows may have been refilled or emptied while the station was tried:
+    // the rating goes to the station tried, and its row only when it still shows it.
+    if (m_index >= 1 && m_index <= m_catalogue.StationCount()) {
+        m_catalogue.at(m_index).Rating = rating;
+        const LynxGrid &grid = m_list.Grid();
+        if (m_row < grid.ItemCount() && grid.ItemData(m_row) == m_index)
+            m_list.FillRow(m_row, m_index);
+    }
+    if (m_mode == Mode::FindNext && rating >= RatingBuffering) {
+        finish();
+        return;
+    }
+    ++m_row;
+    m_step->start();
+}
+
+void StationCheck::finish()
+{
+    m_active = false;
+    m_poll->stop();
+    m_step->stop();
+    m_player.SetScanning(false);
+    emit Finished();
+}

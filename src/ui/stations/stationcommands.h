@@ -1,0 +1,141 @@
+#pragma once
+
+#include "ui/stations/stationcheck.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+
+struct Appearance;
+class Catalogue;
+class FrmListen;
+class LynxGrid;
+class ModifierKeys;
+class Prompt;
+class QDialog;
+class QTimer;
+class QWidget;
+class Shell;
+class StationPlayer;
+struct TrimTool;
+
+// What the commands need of the station list window.
+class StationListHost
+{
+public:
+    virtual ~StationListHost() = default;
+
+    virtual LynxGrid &Grid() = 0;
+    // Rebuilds the grid from the catalogue through the filters; edits of the
+    // old rows are kept for the closing step.
+    virtual void FillGrid() = 0;
+    // Writes a grid row into the station record at index.
+    virtual void WriteBack(int row, int index) = 0;
+    // Sets a grid row's cells from the station record at index.
+    virtual void FillRow(int row, int index) = 0;
+    // Writes every edited row back into its station now, so that a save holds it.
+    virtual void CommitEdits() = 0;
+    // Drops the edits the list keeps for the closing step: their stations
+    // have been saved, or are gone.
+    virtual void ForgetEdits() = 0;
+    // A new listening window, not yet shown, that reports played stations to the list.
+    virtual FrmListen *CreateListenWindow() = 0;
+    // Takes the colour theme's colours again, after the theme changed.
+    virtual void ApplyColors() = 0;
+};
+
+// The main window's commands on the current station or the whole catalogue:
+// record, listen, replay, copy, delete, information page and the station
+// check, playlist import, trimming, the skin chooser, the about box and the
+// web directory search.
+class StationCommands : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(StationCommands)
+
+public:
+    // The outside world the commands reach.
+    struct Services
+    {
+        Prompt &prompt;
+        Shell &shell;
+        ModifierKeys &keys;
+        // A new recorder window, not yet shown; Record fills its controls by name.
+        std::function<QWidget *()> newRecorderWindow;
+        StationCheck::Timing checkTiming = {};
+        // Runs a modal dialog and gives its result; empty means QDialog::exec.
+        std::function<int(QDialog &)> runModal = {};
+    };
+
+    static inline const QString RecordNoStation =
+        QStringLiteral("Select a Station in the list below to Record.");
+    static inline const QString ListenNoStation =
+        QStringLiteral("Select a Station in the list below to Listen.");
+    static inline const QString DeleteQuestion = QStringLiteral("Do you wish to delete the Station: ");
+    static inline const QString DeleteAllQuestion = QStringLiteral("Do you want to Delete ALL stations?");
+    static inline const QString TrimNotStarted =
+        QStringLiteral("The MP3 trimming tool could not be started:\n%1\n\n"
+                       "Its command line is set under Settings.");
+    static inline const QString ImportNotSaved = QStringLiteral("The station list could not be saved: ");
+    static inline const QString PlaylistFilter = QStringLiteral("Playlists (*.pls);;All files (*)");
+    static inline const QString RecordingFilter = QStringLiteral("MP3 files (*.mp3);;All files (*)");
+
+    // player is the main window's own, which the station check drives.
+    StationCommands(Catalogue &catalogue, Appearance &appearance, const TrimTool &trimTool, QString installFolder,
+                    StationListHost &list, StationPlayer &player, Services services, QWidget *owner);
+
+    // The listening window's title for a file: the part after the last "\"
+    // or "/" (paths on this system use the latter).
+    static QString FileTitle(const QString &path);
+
+    void Record();
+    void Listen();
+    void Replay();
+    // Left Shift held: playlist import.
+    void Copy();
+    // Right Shift held: delete all stations.
+    void Delete();
+    // Left Shift: checks every station from the current one; left Ctrl: finds
+    // the next station that plays. A click while a check runs stops it.
+    void Info();
+    void LoadPls();
+    void Trim();
+    void Skin();
+    void About();
+    void SearchWww(const QString &text, const QString &genre);
+
+    // The list is going: ends a station check, and closes the recorder
+    // windows Record opened, newest first, each completing its file. A Record
+    // or Listen click whose window has not opened yet opens none.
+    void Unload();
+
+private:
+    void TimerRecord_Timer();
+    void TimerListen_Timer();
+    int runModal(QDialog &dialog) const;
+    void CopyStation();
+    void DeleteStation();
+    void DeleteAll();
+    void ImportPlaylist();
+    QString currentCell(int column) const;
+    // The current row; with none, -1 after showing noStation.
+    int selectedRow(const QString &noStation) const;
+
+    Catalogue &m_catalogue;
+    Appearance &m_appearance;
+    const TrimTool &m_trimTool;
+    const QString m_installFolder;
+    StationListHost &m_list;
+    Services m_services;
+    QWidget *m_owner;
+    QTimer *TimerRecord;
+    QTimer *TimerListen;
+    // TimerListen's Tag: the address or file the tick opens.
+    QString m_listenTag;
+    // The grid row Listen plays; below 0 for a file chosen by Replay.
+    int m_listenRow = -1;
+    StationCheck *m_check;
+    QList<QPointer<QWidget>> m_recorders;
+};

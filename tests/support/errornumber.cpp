@@ -1,0 +1,13 @@
+#include "support/errornumber.h"
+
+#include "base/apperror.h"
+
+int ErrorNumber(const std::function<void()> &statement)
+{
+    try {
+        statement();
+    } catch (const AppError &error) {
+        return error.number();
+    }
+    return 0;
+}

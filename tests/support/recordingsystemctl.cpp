@@ -1,0 +1,12 @@
+#include "support/recordingsystemctl.h"
+
+Systemctl::Result RecordingSystemctl::Run(const QStringList &arguments)
+{
+    calls.append(arguments.join(u' '));
+    Result result;
+    result.reached = reachable;
+    result.exitCode = reachable ? 0 : 1;
+    if (reachable && arguments.first() == u"show")
+        result.output = showOutput;
+    return result;
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "app/appwindows.h"
+#include "app/desktopshell.h"
+#include "app/keystate.h"
+#include "app/programparts.h"
+#include "app/qtappwindows.h"
+#include "app/startup.h"
+#include "support/fakepowercontrol.h"
+#include "support/scriptedplayer.h"
+#include "support/scriptedprompt.h"
+#include "support/tempprofile.h"
+#include "ui/stations/frmstations.h"
+
+#include <QStringList>
+
+#include <memory>
+
+class LynxGrid;
+
+// The desktop's shell with the browser left out: addresses are only noted.
+// Command lines start for real.
+class BrowserlessShell : public DesktopShell
+{
+public:
+    bool OpenDocument(const QString &address) override;
+    QStringList opened;
+};
+
+// Start-up's windows side as the closing step needs it; ending the process is the one thing not done.
+class QuietWindows : public AppWindows
+{
+public:
+    void InitCommonControls() override {}
+    void LoadMainWindow() override {}
+    void ShowMainWindow() override {}
+    void ShowRecorderWindow() override {}
+    void ProcessEvents() override {}
+    void UnloadAllWindows() override {}
+    void EndProcess() override { ended = true; }
+    bool ended = false;
+};
+
+// The main window over a catalogue in a temporary profile, its questions,
+// dialogs and browser answered by seams; closing it runs the real closing step.
+class StationWindowTest : public ProfileTest
+{
+protected:
+    using Col = FrmStations::Column;
+    // Five stations in the order the window shows them with no filter.
+    static const QString Catalogue5;
+    static const QString AllFive;
+    void SetUp() override;
+    void TearDown() override;
+    // Writes the catalogue file (station lines with '|' between fields) and loads it.
+    void writeCatalogue(const QString &stations);
+    QString cataloguePath() const { return profile.dataFolder() + Startup::CatalogueFileName; }
+    // The catalogue file as text.
+    QString catalogueText() const;
+    // Opens the main window; its players are scripted unless factory makes them.
+    void open(const MediaPlayerFactory &factory = {});
+    template <typename T = QWidget> T *child(const char *name) const
+    {
+        T *found = window->findChild<T *>(QLatin1StringView(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    // X key symbols of the modifier keys.
+    static constexpr quint32 LeftShiftKey = 0xffe1, RightShiftKey = 0xffe2, LeftControlKey = 0xffe3;
+    // A real click, with a modifier key held down as the platform reports it when heldKey is one.
+    void click(const char *button, quint32 heldKey = 0);
+    int pos(Col column) const;
+    // A column's texts as shown, joined by commas.
+    QString shown(Col column = Col::ColStation) const;
+    void filter(const char *genre, const char *category, const char *type, const char *rating);
+    void editText(int row, Col column, const QString &text);
+    // Quick: a station that never answers costs a fifth of a second.
+    StationCheck::Timing checkTiming{2, 101};
+    // Plays the user at modal dialogs; empty runs them for real.
+    std::function<int(QDialog &)> runModal;
+    ScriptedPrompt prompt;
+    QuietWindows windows;
+    BrowserlessShell shell;
+    KeyState keys;
+    FakePowerControl power;
+    std::unique_ptr<ProgramParts> state;
+    std::unique_ptr<Startup> startup;
+    QList<ScriptedPlayer *> players;
+    std::unique_ptr<FrmStations> window;
+    LynxGrid *grid = nullptr;
+};

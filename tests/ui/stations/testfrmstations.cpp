@@ -1,0 +1,203 @@
+#include "ui/stations/stationwindow.h"
+
+#include "base/settingsstore.h"
+#include "controls/lynxgrid.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using StationsTest = StationWindowTest;
+using Col = FrmStations::Column;
+
+TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_GE(grid->ColWidth(Col::ColOutput), 400) << "as wide as the grid";
+    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(Col::ColRating), u"3,0,5,2,3"_s);
+    QString single;
+    for (int row = 0; row < 5; ++row) {
+        EXPECT_EQ(grid->ItemData(row), row + 1);
+        single += grid->CellChecked(row, pos(Col::ColSingle)) ? u'1' : u'0';
+    }
+    EXPECT_EQ(single, u"10010"_s);
+    auto *categories = child<QComboBox>("cmbCategory");
+    QStringList items;
+    for (int i = 0; i < categories->count(); ++i)
+        items << categories->itemText(i);
+    EXPECT_EQ(items.join(u','), u",Rock,Hard rock,Lounge,News,Oldies"_s);
+    writeCatalogue({});
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(grid->Cols(), 13);
+    EXPECT_EQ(grid->ItemCount(), 0);
+    EXPECT_EQ(child<QComboBox>("cmbCategory")->count(), 1);
+}
+
+TEST_F(StationsTest, FiltersKeepTheirCaseRules)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    const struct
+    {
+        const char *genre, *category, *type, *rating;
+        QString expected;
+    } rows[] = {{"Rock", "", "", "", u"Rock One,Classic Hits"_s},
+                // The category test alone is case-sensitive: "Hard rock" does not contain "Rock".
+                {"", "Rock", "", "", u"Rock One"_s},
+                {"", "", "MP3", "", u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s},
+                {"", "", "", "3", u"Rock One,Rockabilly"_s},
+                {"Rock", "", "MP3", "3", u"Rock One"_s},
+                {"", "", "", "", AllFive}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::string(row.genre) + '/' + row.category + '/' + row.type + '/' + row.rating);
+        filter(row.genre, row.category, row.type, row.rating);
+        EXPECT_EQ(shown(), row.expected);
+        EXPECT_EQ(state->filters.genre, QLatin1StringView(row.genre));
+        EXPECT_EQ(state->filters.category, QLatin1StringView(row.category));
+    }
+}
+
+TEST_F(StationsTest, StoredFiltersApplyAtLoadAndSelectTheirFirstExactEntry)
+{
+    // As stored: "rock" keeps "Hard rock" but not "Rock", and no entry equals it.
+    state->filters.category = u"rock"_s;
+    state->filters.type = u"MP3"_s;
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(shown(), u"Classic Hits"_s);
+    EXPECT_EQ(child<QComboBox>("cmbCategory")->currentIndex(), 0);
+    EXPECT_EQ(child<QComboBox>("cmbType")->currentIndex(), 1);
+    state->filters.category.clear();
+    state->filters.genre = u"Funk"_s;
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(child<QComboBox>("cmbGenre")->currentIndex(), 7) << "the first of the two";
+    EXPECT_EQ(shown(), QString());
+}
+
+TEST_F(StationsTest, SearchStepsThroughNameAndCategoryMatchesAndWrapsRound)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    auto *text = child<QLineEdit>("txtSearch");
+    const auto search = [&](const char *what, int fromRow, int row, int col) {
+        SCOPED_TRACE(what);
+        text->setText(QLatin1StringView(what));
+        if (fromRow >= 0)
+            grid->GotoCell(fromRow, 3);
+        QTest::keyClick(text, Qt::Key_Return);
+        EXPECT_EQ(grid->Row(), row);
+        EXPECT_EQ(grid->Col(), col);
+    };
+    // Station names and categories, from the current row on, round to the top.
+    for (const auto &[row, col] : {std::pair{0, 1}, {1, 5}, {4, 1}, {0, 1}, {1, 5}})
+        search("rock", -1, row, col);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    // Text only in the row above the current one: found on the wrap-round pass.
+    search("Rock One", 1, 0, 1);
+    // With row 0 current, row 0 is never looked at again.
+    search("Rock One", 0, 0, 3);
+    // No text, no search.
+    search("", 2, 2, 3);
+}
+
+TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    auto *cboRating = child<QComboBox>("cboRating");
+    ASSERT_TRUE(grid->EditCell(1, pos(Col::ColRating))); // rating 0
+    EXPECT_TRUE(cboRating->isVisible());
+    EXPECT_EQ(cboRating->currentIndex(), -1);
+    cboRating->setCurrentIndex(4);
+    QTest::keyClick(cboRating, Qt::Key_Return);
+    EXPECT_FALSE(grid->IsEditing());
+    EXPECT_EQ(grid->CellText(1, pos(Col::ColRating)), u"5"_s);
+    EXPECT_EQ(state->catalogue.at(2).Rating, 5);
+    EXPECT_TRUE(grid->CellChanged(1, pos(Col::ColRating)));
+    ASSERT_TRUE(grid->EditCell(0, pos(Col::ColRating))); // rating 3
+    EXPECT_EQ(cboRating->currentText(), u"3"_s);
+    QTest::keyClick(cboRating, Qt::Key_Escape);
+    EXPECT_EQ(state->catalogue.at(1).Rating, 3);
+    // Leaving the drop-down without a choice (the focus moving away ends the
+    // edit as an update) keeps a rating it cannot show, and an unset one.
+    for (const auto &[rating, text] : {std::pair{7, "7"}, {0, "0"}}) {
+        state->catalogue.at(4).Rating = rating;
+        grid->SetCellText(3, pos(Col::ColRating), QLatin1StringView(text));
+        ASSERT_TRUE(grid->EditCell(3, pos(Col::ColRating)));
+        EXPECT_EQ(cboRating->currentIndex(), -1);
+        EXPECT_FALSE(grid->CommitEdit());
+        EXPECT_EQ(grid->CellText(3, pos(Col::ColRating)), QLatin1StringView(text));
+        EXPECT_EQ(state->catalogue.at(4).Rating, rating);
+        EXPECT_FALSE(grid->CellChanged(3, pos(Col::ColRating)));
+    }
+    grid->GotoCell(2, pos(Col::ColSingle));
+    grid->setFocus();
+    QTest::keyClick(grid, Qt::Key_Space);
+    EXPECT_TRUE(grid->CellChanged(2, pos(Col::ColSingle)));
+    EXPECT_TRUE(state->catalogue.at(3).SingleSong);
+    // The play handle only cancels the edit while there is no player.
+    EXPECT_FALSE(grid->EditCell(0, pos(Col::ColPlay)));
+    EXPECT_FALSE(grid->IsEditing());
+}
+
+TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    filter("Jazz", "", "OGG", "");
+    ASSERT_EQ(shown(), u"Jazz Cafe"_s);
+    editText(0, Col::ColStation, u"Jazz Corner"_s);
+    // A cell changed without a finished edit still reaches the file through the unload sweep,
+    // and a rating that is no number is stored as 0.
+    grid->SetCellText(0, pos(Col::ColRating), u"x4"_s);
+    grid->SetCellChanged(0, pos(Col::ColRating), true);
+    grid->SetCellText(0, pos(Col::ColSign), u"A|B"_s);
+    grid->SetCellChanged(0, pos(Col::ColSign), true);
+    window->close();
+    EXPECT_TRUE(windows.ended);
+    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the closing step";
+    const QString file = catalogueText();
+    EXPECT_TRUE(file.contains(u"Jazz Corner|Jazz|128|ogg|Lounge"_s));
+    EXPECT_TRUE(file.contains(u"|False|0||A|B|"_s)) << "the typed separator goes into the file as it stands";
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptType), u"OGG"_s);
+    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptCategory), QString());
+}
+
+TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
+{
+    const QByteArray before = TempProfile::readFile(cataloguePath());
+    ASSERT_NO_FATAL_FAILURE(open());
+    filter("Talk", "", "", "");
+    window->close();
+    EXPECT_EQ(TempProfile::readFile(cataloguePath()), before);
+    EXPECT_FALSE(QFile::exists(cataloguePath() + u".bck"_s));
+    writeCatalogue(Catalogue5);
+    ASSERT_NO_FATAL_FAILURE(open());
+    editText(2, Col::ColStation, u"Jazz Corner"_s);
+    filter("Talk", "", "", "");
+    EXPECT_FALSE(state->catalogue.Dirty) << "a refill marks nothing itself; the edit counts at closing";
+    window->close();
+    EXPECT_TRUE(catalogueText().contains(u"\nJazz Corner|Jazz|"_s));
+}
+
+TEST_F(StationsTest, ARefillPutsEachFieldUnderItsHeadingAfterAColumnMove)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    grid->SetColPosition(Col::ColGenre, 9);
+    grid->SetColPosition(Col::ColStation, 0);
+    filter("", "", "", "");
+    ASSERT_EQ(grid->ColHeading(pos(Col::ColGenre)), u"Genre"_s);
+    ASSERT_EQ(grid->ColHeading(pos(Col::ColStation)), u"Station"_s);
+    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(Col::ColGenre), u"Rock,Classic rock,Jazz,Talk,Country"_s);
+    // Editing a moved column writes back the right field.
+    editText(4, Col::ColGenre, u"Rockabilly"_s);
+    EXPECT_EQ(state->catalogue.at(5).Genre, u"Rockabilly"_s);
+    EXPECT_EQ(state->catalogue.at(5).Name, u"Rockabilly"_s);
+    EXPECT_EQ(state->catalogue.at(5).Category, u"Oldies"_s);
+}
+
+} // namespace

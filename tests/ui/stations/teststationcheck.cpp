@@ -1,0 +1,198 @@
+#include "ui/stations/stationcheck.h"
+
+#include "controls/lynxgrid.h"
+#include "ui/stations/stationwindow.h"
+#include "support/icyserver.h"
+#include "ui/player/qtmediaplayer.h"
+#include "player/stationplayer.h"
+
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Wait = 10000;
+
+TEST(StationCheckRating, APollRatesWhatThePlayerReached)
+{
+    const struct
+    {
+        int state, polls, rating;
+    } rows[] = {{MediaPlayer::Playing, 1, 4},         {MediaPlayer::Buffering, 7, 3},
+                {MediaPlayer::Stopped, 1, 2},         {MediaPlayer::Ready, 2, 2},
+                {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
+                {MediaPlayer::Playing, 101, 4},       {MediaPlayer::Undefined, 102, 1}};
+    for (const auto &row : rows)
+        EXPECT_EQ(StationCheck::RatingFor(row.state, row.polls, 101), row.rating)
+            << row.state << "/" << row.polls;
+}
+
+// Stations whose address names what the scripted player does with them.
+class CheckTest : public StationWindowTest
+{
+protected:
+    void SetUp() override
+    {
+        StationWindowTest::SetUp();
+        writeCatalogue(u"Zero|Pop|128|mp3||o|False|5|||http://s/play|i\r\n"
+                       "Buffers|Pop|128|mp3||o|False|5|||http://s/buffer|i\r\n"
+                       "Stops|Pop|128|mp3||o|False|5|||http://s/stop|i\r\n"
+                       "Fails|Pop|128|mp3||o|False|5|||http://s/fail|i\r\n"
+                       "Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"
+                       "No Address|Pop|128|mp3||o|False|5||||i\r\n"
+                       "Plays|Pop|128|mp3||o|False|5|||http://s/play|i\r\n"_s);
+        ASSERT_NO_FATAL_FAILURE(open());
+        wmp1 = players[0];
+        wmp1->onOpen = [](ScriptedPlayer &p) {
+            p.enterLater(MediaPlayer::Transitioning);
+            const QHash<QString, int> reached{{u"play"_s, MediaPlayer::Playing},
+                                              {u"buffer"_s, MediaPlayer::Buffering},
+                                              {u"stop"_s, MediaPlayer::Stopped},
+                                              {u"fail"_s, MediaPlayer::Ready}};
+            if (const QString what = p.URL().section(u'/', -1); reached.contains(what))
+                p.enterLater(reached[what]);
+        };
+        check = window->findChild<StationCheck *>();
+        ASSERT_NE(check, nullptr);
+        state->catalogue.Dirty = false;
+    }
+    // Clicks Info from row with a key held and waits for the check to end.
+    void runCheck(int row, quint32 key)
+    {
+        QSignalSpy finished(check, &StationCheck::Finished);
+        grid->GotoCell(row, 1);
+        wmp1->log.clear();
+        click("cmdInfo", key);
+        ASSERT_TRUE(finished.wait(Wait));
+    }
+    // The addresses the player was given to play, by their last part.
+    QString played() const
+    {
+        QStringList names;
+        for (const QString &entry : wmp1->log) {
+            if (entry.startsWith(u"URL=http"))
+                names << entry.section(u'/', -1);
+        }
+        return names.join(u',');
+    }
+    QString ratings() const
+    {
+        QStringList list;
+        for (int index = 1; index <= state->catalogue.StationCount(); ++index)
+            list << QString::number(state->catalogue.at(index).Rating);
+        return list.join(u',');
+    }
+    ScriptedPlayer *wmp1 = nullptr;
+    StationCheck *check = nullptr;
+};
+
+TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEnd)
+{
+    runCheck(1, LeftShiftKey);
+    EXPECT_EQ(ratings(), u"5,3,2,2,1,2,4"_s);
+    EXPECT_EQ(shown(Col::ColRating), u"5,3,2,2,1,2,4"_s);
+    // The last station is played once more: the grid has no row past the end.
+    EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
+    EXPECT_FALSE(state->catalogue.Dirty);
+    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_EQ(grid->Row(), 6);
+}
+
+TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
+{
+    runCheck(2, LeftControlKey);
+    EXPECT_EQ(ratings(), u"5,5,2,2,1,2,4"_s);
+    EXPECT_EQ(played(), u"stop,fail,never,play"_s);
+    EXPECT_EQ(grid->Row(), 6);
+    EXPECT_EQ(wmp1->playState(), MediaPlayer::Playing);
+    // Buffering counts as playing.
+    runCheck(1, LeftControlKey);
+    EXPECT_EQ(played(), u"buffer"_s);
+}
+
+TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
+{
+    QSignalSpy finished(check, &StationCheck::Finished);
+    grid->GotoCell(4, 1);
+    click("cmdInfo", LeftShiftKey);
+    ASSERT_TRUE(check->Running());
+    click("cmdInfo");
+    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_EQ(wmp1->URL(), QString());
+    ASSERT_TRUE(finished.wait(Wait));
+    EXPECT_EQ(played(), u"never"_s);
+    // The station tried when the player was stopped is rated as stopped; the rest is untouched.
+    EXPECT_EQ(ratings(), u"5,5,5,5,2,5,5"_s);
+    EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
+    // So does the play bar's Stop; a new check may start while the old one still waits.
+    click("cmdInfo", LeftShiftKey);
+    window->Player().PlayKey(u"Stop"_s);
+    click("cmdInfo", LeftControlKey);
+    ASSERT_TRUE(check->Running());
+    ASSERT_TRUE(finished.wait(Wait));
+    EXPECT_EQ(played(), u"never,never,never,play"_s);
+}
+
+TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
+{
+    // Emptied: the station being tried is gone, and nothing is rated.
+    QSignalSpy finished(check, &StationCheck::Finished);
+    grid->GotoCell(4, 1);
+    click("cmdInfo", LeftShiftKey);
+    prompt.answers = {true};
+    click("cmdDel", RightShiftKey);
+    ASSERT_TRUE(finished.wait(Wait));
+    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    // Closed: the check ends with the window, which saves what changed.
+    writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    check = window->findChild<StationCheck *>();
+    grid->GotoCell(0, 1);
+    click("cmdCopy");
+    click("cmdInfo", LeftShiftKey);
+    ASSERT_TRUE(check->Running());
+    window->close();
+    EXPECT_TRUE(windows.ended);
+    EXPECT_FALSE(check->Running());
+    for (const QTimer *timer : check->findChildren<QTimer *>())
+        EXPECT_FALSE(timer->isActive());
+    EXPECT_EQ(catalogueText().count(u"Silent|"_s), 2);
+}
+
+// The real player against three stations on 127.0.0.1.
+TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
+{
+    IcyServer server;
+    const QByteArray sample = IcyServer::dataFile(u"sample.mp3"_s);
+    ASSERT_FALSE(sample.isEmpty());
+    server.pages["/sample.mp3"] = IcyServer::page(sample);
+    ASSERT_TRUE(server.start());
+    // Takes connections and never answers them.
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    const quint16 refused = IcyServer::refusedPort();
+    writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://127.0.0.1:%1/stream|i\r\n"
+                   "Refuses|Pop|128|mp3||o|False|5|||http://127.0.0.1:%2/stream|i\r\n"
+                   "Plays|Pop|128|mp3||o|False|5|||%3|i\r\n"_s.arg(silent.serverPort())
+                       .arg(refused)
+                       .arg(server.url(u"/sample.mp3"_s)));
+    // Three seconds for the station that never answers, time enough for the others.
+    checkTiming = {100, 30};
+    ASSERT_NO_FATAL_FAILURE(open(QtMediaPlayer::Create));
+    auto *check = window->findChild<StationCheck *>();
+    QSignalSpy finished(check, &StationCheck::Finished);
+    grid->GotoCell(0, 1);
+    click("cmdInfo", LeftShiftKey);
+    ASSERT_TRUE(finished.wait(4 * Wait));
+    EXPECT_EQ(state->catalogue.at(1).Rating, StationCheck::RatingNoAnswer);
+    EXPECT_EQ(state->catalogue.at(2).Rating, StationCheck::RatingStopped);
+    EXPECT_GE(state->catalogue.at(3).Rating, StationCheck::RatingBuffering);
+    EXPECT_EQ(shown(Col::ColRating).section(u',', 0, 1), u"1,2"_s);
+}
+
+} // namespace

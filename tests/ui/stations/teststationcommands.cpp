@@ -1,0 +1,410 @@
+#include "ui/stations/stationwindow.h"
+
+#include "app/accessibility.h"
+#include "base/apppaths.h"
+#include "app/frmsettings.h"
+#include "controls/lynxgrid.h"
+#include "controls/schemebutton.h"
+#include "ui/recorder/frmtc.h"
+#include "ui/skin/frmskin2.h"
+#include "support/eventwait.h"
+#include "support/icyserver.h"
+#include "ui/player/frmlisten.h"
+#include "directory/websearch.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Wait = 10000;
+
+class CommandsTest : public StationWindowTest
+{
+protected:
+    // The recorder windows open now, in no particular order.
+    static QList<FrmTC *> recorders()
+    {
+        QList<FrmTC *> open;
+        for (QWidget *shown : QApplication::topLevelWidgets()) {
+            if (auto *recorder = qobject_cast<FrmTC *>(shown); recorder && recorder->isVisible())
+                open << recorder;
+        }
+        return open;
+    }
+    // Clicks a button and waits until the timer it starts has ticked.
+    void clickAndTick(const char *button, const char *timerName)
+    {
+        click(button);
+        auto *timer = window->findChild<QTimer *>(QLatin1StringView(timerName));
+        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
+    }
+    void record() { clickAndTick("cmdRecord", "TimerRecord"); }
+    static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+    void SetUp() override
+    {
+        StationWindowTest::SetUp();
+        // Modal dialogs are answered by the test instead of a modal loop.
+        runModal = [this](QDialog &dialog) {
+            EXPECT_TRUE(dialog.isModal());
+            EXPECT_EQ(dialog.parentWidget(), window.get());
+            modalTitles << dialog.windowTitle();
+            if (modalAnswer)
+                modalAnswer(dialog);
+            return dialog.result();
+        };
+    }
+    // Clicks Listen or Replay; gives the listening window it opened, if any.
+    FrmListen *listen(const char *button)
+    {
+        const QList<FrmListen *> before = window->findChildren<FrmListen *>();
+        clickAndTick(button, "TimerListen");
+        for (FrmListen *opened : window->findChildren<FrmListen *>()) {
+            if (!before.contains(opened))
+                return opened;
+        }
+        return nullptr;
+    }
+    std::function<void(QDialog &)> modalAnswer;
+    QStringList modalTitles;
+};
+
+TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
+{
+    const std::pair<QString, QString> rows[] = {{u"C:\\Data\\Rec\\take.mp3"_s, u"take.mp3"_s},
+                                                {u"/home/u/Rec/my take.mp3"_s, u"my take.mp3"_s},
+                                                {u"/home/u/odd\\name.mp3"_s, u"name.mp3"_s},
+                                                {u"C:\\Rec/take.mp3"_s, u"take.mp3"_s},
+                                                {u"Rec\\"_s, QString()},
+                                                {u"take.mp3"_s, u"take.mp3"_s}};
+    for (const auto &[path, title] : rows)
+        EXPECT_EQ(StationCommands::FileTitle(path), title) << path.toStdString();
+}
+
+TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
+{
+    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    record();
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::RecordNoStation});
+    // A station without an address opens nothing and says nothing.
+    grid->GotoCell(5, 1);
+    record();
+    EXPECT_TRUE(recorders().isEmpty());
+    EXPECT_EQ(prompt.shown.size(), 1);
+    // The row as shown, also a cell not yet written back, is what the recorder gets.
+    grid->GotoCell(0, 1);
+    grid->SetCellText(0, pos(Col::ColStation), u"Rock Two"_s);
+    record();
+    EXPECT_EQ(state->catalogue.at(1).Name, u"Rock Two"_s);
+    ASSERT_EQ(recorders().size(), 1);
+    QPointer<FrmTC> first = recorders().at(0);
+    grid->GotoCell(1, 1);
+    record();
+    ASSERT_EQ(recorders().size(), 2);
+    QPointer<FrmTC> second = recorders().at(recorders().at(0) == first ? 1 : 0);
+    // Name, stream, save pattern and single song, as each window shows them.
+    const auto filled = [](FrmTC *recorder) {
+        const auto text = [recorder](const char *name) {
+            return recorder->findChild<QLineEdit *>(QLatin1StringView(name))->text();
+        };
+        return QStringList{
+            recorder->findChild<QLabel *>(u"LblStation"_s)->text(), text("txtStream"), text("txtSave"),
+            recorder->findChild<QCheckBox *>(u"chkSingleSong"_s)->isChecked() ? u"1"_s : u""_s};
+    };
+    EXPECT_EQ(filled(first).join(u'|'), u"Rock Two|http://127.0.0.1:8000/a|.\\%STATION%.mp3|1"_s);
+    EXPECT_EQ(filled(second).join(u'|'), u"Classic Hits|http://127.0.0.1:8000/b|o|"_s);
+    // A recorder window's closing is its own; the main window's closing closes them all.
+    first->close();
+    dropClosedWindows();
+    EXPECT_TRUE(first.isNull());
+    EXPECT_FALSE(windows.ended);
+    EXPECT_EQ(recorders().size(), 1);
+    window->close();
+    EXPECT_TRUE(windows.ended);
+    dropClosedWindows();
+    EXPECT_TRUE(second.isNull());
+}
+
+TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
+{
+    IcyServer server;
+    ASSERT_TRUE(server.start());
+    server.songs = {{"Artist - Song", 1000}};
+    writeCatalogue(u"Loop|Test|128|mp3|Rock|.\\%STATION%_rec.mp3|False|3|||"_s + server.url() + u"|i\r\n"_s);
+    QDir().mkpath(AppPaths::RecordingsFolder());
+    ASSERT_NO_FATAL_FAILURE(open());
+    grid->GotoCell(0, 1);
+    record();
+    ASSERT_EQ(recorders().size(), 1);
+    QPointer<FrmTC> recorder = recorders().at(0);
+    recorder->findChild<QPushButton *>(u"cmdRecord"_s)->click();
+    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, Wait));
+    window->close();
+    ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
+    EXPECT_FALSE(recorder->Recording());
+    const QByteArray written = TempProfile::readFile(AppPaths::RecordingsFolder() + u"Loop_rec.mp3"_s);
+    EXPECT_EQ(written.size(), qint64(recorder->Output().BytesWritten()));
+    EXPECT_GE(written.size(), 4 * server.metaInt);
+    EXPECT_TRUE(written.startsWith(server.sent(0).audio.left(server.metaInt)));
+}
+
+TEST_F(CommandsTest, CopyAddsTheRowAsALastStationAndClosingSavesIt)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdCopy");
+    EXPECT_EQ(grid->ItemCount(), 5) << "no current row, no copy";
+    grid->GotoCell(4, pos(Col::ColGenre));
+    click("cmdCopy");
+    ASSERT_EQ(grid->ItemCount(), 6);
+    EXPECT_EQ(grid->Row(), 5);
+    EXPECT_EQ(grid->ItemData(5), 6);
+    for (int col = 0; col < grid->Cols(); ++col) {
+        EXPECT_EQ(grid->CellText(5, col), grid->CellText(4, col)) << col;
+        EXPECT_EQ(grid->CellChecked(5, col), grid->CellChecked(4, col)) << col;
+    }
+    EXPECT_TRUE(state->catalogue.Dirty);
+    window->close();
+    EXPECT_EQ(
+        catalogueText().count(u"Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i"_s),
+        2);
+}
+
+TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheListChanged)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdDel");
+    EXPECT_TRUE(prompt.shown.isEmpty()) << "no current row, no question";
+    grid->GotoCell(2, 1);
+    prompt.answers = {false, true};
+    click("cmdDel", LeftShiftKey); // the left key is no Delete ALL
+    EXPECT_EQ(grid->ItemCount(), 5);
+    click("cmdDel");
+    ASSERT_EQ(prompt.shown.size(), 2);
+    EXPECT_EQ(prompt.shown[1].text, StationCommands::DeleteQuestion + u"Jazz Cafe"_s);
+    EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
+    EXPECT_TRUE(state->catalogue.Dirty);
+    // The record stays until the file is written: a refill shows it again.
+    filter("", "", "", "");
+    EXPECT_EQ(shown(), AllFive);
+    window->close();
+    EXPECT_FALSE(catalogueText().contains(u"Jazz Cafe"_s));
+    EXPECT_EQ(catalogueText().count(u"\r\n"_s), 8);
+    // Delete ALL after an edit and a sort leaves the file as it was.
+    writeCatalogue(Catalogue5);
+    const QString five = catalogueText();
+    ASSERT_NO_FATAL_FAILURE(open());
+    editText(1, Col::ColStation, u"Classic Gold"_s);
+    grid->Sort(pos(Col::ColStation));
+    prompt.answers = {false, true};
+    click("cmdDel", RightShiftKey);
+    EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
+    click("cmdDel", RightShiftKey);
+    EXPECT_EQ(prompt.shown.last().text, StationCommands::DeleteAllQuestion);
+    EXPECT_EQ(grid->ItemCount(), 0);
+    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    EXPECT_EQ(grid->SortColumn(), -1);
+    window->close();
+    EXPECT_EQ(catalogueText(), five);
+    // Another change made before it still saves: the emptied list.
+    writeCatalogue(Catalogue5);
+    ASSERT_NO_FATAL_FAILURE(open());
+    grid->GotoCell(0, 0);
+    click("cmdCopy");
+    prompt.answers = {true};
+    click("cmdDel", RightShiftKey);
+    window->close();
+    EXPECT_EQ(catalogueText().split(u"\r\n"_s, Qt::SkipEmptyParts).size(), 4) << "no station line";
+}
+
+TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
+{
+    // Not the last line, whose InfoUrl keeps the file's final CR.
+    writeCatalogue(
+        u"A|Pop|128|mp3|Rock|o|False|3|||http://a|http://a.example/?x=1&y=2\r\n"
+        "B|Pop|128|mp3|Rock|o|False|3|||http://b|i\r\nC|Pop|128|mp3|Rock|o|False|3|||http://c|i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdInfo");
+    grid->GotoCell(1, 1);
+    click("cmdInfo");
+    EXPECT_TRUE(shell.opened.isEmpty()) << "no row; a one-character address";
+    grid->GotoCell(0, 1);
+    click("cmdInfo", RightShiftKey); // no key of the station check
+    EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
+    shell.opened.clear();
+    qputenv(WebSearch::HostVariable, "http://directory.test");
+    click("cmdSearchWww");
+    child<QLineEdit>("txtSearch")->setText(u"smooth jazz"_s);
+    child<QComboBox>("cmbGenre")->setCurrentText(u"Jazz"_s);
+    click("cmdSearchWww");
+    qunsetenv(WebSearch::HostVariable);
+    EXPECT_EQ(shell.opened,
+              QStringList{WebSearch::SearchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
+    shell.opened.clear();
+    modalAnswer = [](QDialog &about) {
+        for (const char *link : {"lnkData", "lnkRec"}) {
+            auto *label = about.findChild<QLabel *>(QLatin1StringView(link));
+            emit label->linkActivated(label->text().section(u'"', 1, 1));
+        }
+    };
+    click("cmdAbout");
+    EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::DataFolder()).toString(),
+                                         QUrl::fromLocalFile(AppPaths::RecordingsFolder()).toString()}));
+}
+
+TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
+{
+    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(listen("cmdListen"), nullptr);
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::ListenNoStation});
+    grid->GotoCell(5, 1);
+    EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
+    EXPECT_EQ(prompt.shown.size(), 1);
+    // The row as shown is written back first and names the window.
+    grid->GotoCell(2, 1);
+    grid->SetCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
+    FrmListen *station = listen("cmdListen");
+    ASSERT_NE(station, nullptr);
+    EXPECT_EQ(state->catalogue.at(3).Name, u"Jazz Cafe Two"_s);
+    EXPECT_TRUE(station->isVisible());
+    EXPECT_EQ(station->ListenRow, 2);
+    EXPECT_EQ(station->windowTitle(), u"Connecting to: Jazz Cafe Two"_s);
+    EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
+    // Replay starts in the recordings folder; the listen row is back at -1.
+    EXPECT_EQ(listen("cmdReplay"), nullptr) << "cancelled";
+    const QString recording = AppPaths::RecordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
+    prompt.files = {recording};
+    FrmListen *file = listen("cmdReplay");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(file->ListenRow, FrmListen::FileRow);
+    EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
+    EXPECT_EQ(file->MPlayer().URL(), recording);
+}
+
+TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    const QColor night = window->palette().color(QPalette::Window);
+    click("cmdSkin"); // cancelled
+    EXPECT_EQ(window->palette().color(QPalette::Window), night);
+    modalAnswer = [](QDialog &dialog) {
+        ASSERT_NE(qobject_cast<FrmSkin2 *>(&dialog), nullptr);
+        dialog.findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(cSkinParam::PaleBlue);
+        dialog.findChild<QListWidget *>(u"List1"_s)->setCurrentRow(0);
+        dialog.findChild<QPushButton *>(u"cmdOk"_s)->click();
+    };
+    click("cmdSkin");
+    EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
+    EXPECT_EQ(window->palette().color(QPalette::Window),
+              QColor::fromRgba(Themes::paleBlue().Window));
+    EXPECT_FALSE(state->appearance.skin.SkinRunning());
+}
+
+TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefills)
+{
+    const QString folder = profile.root() + u"/playlists/"_s;
+    QDir().mkpath(folder);
+    const auto entry = [](const char *file, const char *title) -> QByteArray {
+        return QByteArray("[playlist]\nNumberOfEntries=1\nFile1=") + file + "\nTitle1=" + title + '\n';
+    };
+    TempProfile::writeFile(folder + u"Smooth Jazz (128).pls"_s,
+                           entry("http://10.0.0.1/jazz", "(#1 - 5/9) Smooth: Jazz"));
+    TempProfile::writeFile(folder + u"no bit rate.pls"_s, entry("http://10.0.0.1/talk", "Talk"));
+    TempProfile::writeFile(folder + u"empty.pls"_s, "[playlist]\nNumberOfEntries=0\n");
+    TempProfile::writeFile(folder + u"known_64.pls"_s,
+                           entry("HTTP://127.0.0.1:8000/A", "Known by its address"));
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdLoadPls");
+    EXPECT_EQ(grid->ItemCount(), 5) << "cancelled";
+    // A deletion renumbers the stations at the reload; the edit must stay with its station.
+    grid->GotoCell(1, 1);
+    prompt.answers = {true};
+    click("cmdDel");
+    grid->SetCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
+    grid->SetCellChanged(2, pos(Col::ColStation), true);
+    prompt.files = {folder + u"Smooth Jazz (128).pls"_s};
+    click("cmdCopy", LeftShiftKey);
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, QString()));
+    EXPECT_EQ(shown().section(u',', 0, 3), u"Rock One,Jazz Cafe,Talk Radio Two,Rockabilly"_s);
+    QStringList imported; // in the file system's order
+    for (int row = 4; row < grid->ItemCount(); ++row) {
+        for (const Col column : {Col::ColStation, Col::ColBit, Col::ColGenre, Col::ColStreamUrl})
+            imported << grid->CellText(row, pos(column));
+    }
+    if (imported.value(0) == u"Talk")
+        std::rotate(imported.begin(), imported.begin() + 4, imported.end());
+    EXPECT_EQ(imported.join(u'|'), u"Smooth Jazz|128|Smooth Jazz (128).pls|http://10.0.0.1/jazz|"
+                                   "Talk||Smooth Jazz (128).pls|http://10.0.0.1/talk"_s);
+    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the import";
+    const QString saved = catalogueText();
+    EXPECT_TRUE(saved.contains(u"\nTalk Radio Two|Talk|"_s));
+    EXPECT_FALSE(saved.contains(u"Classic Hits"_s));
+    window->close();
+    EXPECT_EQ(catalogueText(), saved) << "nothing left to save at closing";
+}
+
+TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
+{
+    // A tool that writes down its arguments, one per line.
+    const QString tool = profile.installFolder() + u"/trim tool.sh"_s;
+    const QString out = profile.root() + u"/args.txt"_s;
+    TempProfile::writeFile(tool, "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.tmp\" && mv \"$0.tmp\" '" +
+                                     out.toUtf8() + "'\n");
+    QFile::setPermissions(tool, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    state->trimTool.command = u"\"%APP%/trim tool.sh\" -x %MP3FILE%"_s;
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdTrim");
+    const QString recording = AppPaths::RecordingsFolder() + u"my song's take.mp3"_s;
+    prompt.files = {recording};
+    click("cmdTrim");
+    ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, Wait));
+    EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(out)), u"-x\n"_s + recording + u'\n');
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_TRUE(prompt.shown.isEmpty());
+    state->trimTool.command = TrimTool::DefaultCommand;
+    prompt.files = {recording};
+    click("cmdTrim");
+    ASSERT_EQ(prompt.shown.size(), 1);
+    EXPECT_EQ(prompt.shown[0].text,
+              StationCommands::TrimNotStarted.arg(profile.installFolder() +
+                                                  u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s +
+                                                  recording + u'"'));
+}
+
+TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
+{
+    Accessibility::Install();
+    ASSERT_NO_FATAL_FAILURE(open());
+    const auto iface = [](QObject *object) { return QAccessible::queryAccessibleInterface(object); };
+    EXPECT_EQ(iface(window.get())->role(), QAccessible::Window);
+    FrmSettings settings(state->trimTool, window.get());
+    EXPECT_EQ(iface(&settings)->role(), QAccessible::Dialog);
+    // A set name, a buddy label, the themed panel's caption and the accent button's caption.
+    const std::pair<const char *, QString> names[] = {{"txtSearch", u"Search stations"_s},
+                                                      {"cmbGenre", u"Genre"_s},
+                                                      {"fraFilter", u"Filter"_s},
+                                                      {"cmdRecord", u"Record"_s}};
+    for (const auto &[name, expected] : names)
+        EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
+    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->IsAccent());
+}
+
+} // namespace
