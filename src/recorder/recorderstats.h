@@ -8,6 +8,28 @@
 // counters the stream parser and the output stage keep.
 namespace RecorderStats {
 
+// The counters of one recording as the displays read them: those of the
+// stream parser, then those of the output stage.
+struct Counters
+{
+    double bytesTotal = 0;
+    qint16 bitrate = 0;
+    qint32 metaBlocks = 0;
+    qsizetype receiveBuffer = 0;
+    double peakBuffer = 0;
+    qint32 averagePacket = 0;
+    double largestPacket = 0;
+    double discardedBytes = 0;
+    qint32 resyncCount = 0;
+    bool lastTextValid = true;
+    bool inSync = true;
+    QString lastText;   // the latest header or metadata block
+    QString headerText; // the station's answer
+    qsizetype diskCache = 0;
+    qint32 blockWrites = 0;
+    double bytesWritten = 0;
+};
+
 // Minutes (unlimited), ":" and two-digit seconds: 59 -> "0:59", 7507 -> "125:07".
 QString MakeTime(qint32 seconds);
 
