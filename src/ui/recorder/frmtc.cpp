@@ -1,23 +1,13 @@
 #include "ui/recorder/frmtc.h"
 
-#include "base/apperror.h"
-#include "base/apppaths.h"
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
-#include "base/conversions.h"
-#include "base/prompt.h"
-#include "catalogue/filedl.h"
-#include "catalogue/playlist.h"
 #include "controls/roundedframe.h"
 #include "recorder/launchswitches.h"
-#include "recorder/modshutdown.h"
-#include "recorder/recorderstats.h"
-#include "recorder/streamaddress.h"
 #include "schedule/recordingscheduler.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QFile>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLayout>
@@ -28,7 +18,7 @@
 
 namespace {
 
-// The statistics timer also checks the stop limit; the monitor refreshes faster.
+// The statistics refresh every half second; the monitor refreshes faster.
 constexpr int StatsInterval = 500;
 constexpr int UpdateInterval = 250;
 constexpr int LaunchDelay = 300;
@@ -54,41 +44,37 @@ QTimer *timer(QObject *owner, const QString &name, int interval)
 } // namespace
 
 FrmTC::FrmTC(Prompt &prompt, const LaunchOptions &launch, PowerControl &power, QWidget *parent, Hooks hooks)
-    : QWidget(parent, Qt::Window), m_prompt(prompt), m_launch(launch), m_power(power), m_hooks(std::move(hooks)), m_stream(*this)
+    : QWidget(parent, Qt::Window), m_launch(launch), m_hooks(std::move(hooks))
 {
     if (!m_hooks.now)
         m_hooks.now = [] { return QDateTime::currentDateTime(); };
     if (!m_hooks.chooseSavePath) {
         m_hooks.chooseSavePath = [](QWidget *owner, const QString &current) {
-            return QFileDialog::getSaveFileName(owner, QStringLiteral("Stream Save Location"), current,
-                                                QStringLiteral("MP3 File (*.mp3)"));
+            return QFileDialog::getSaveFileName(owner, tr("Stream Save Location"), current,
+                                                tr("MP3 File (*.mp3)"));
         };
     }
     setObjectName(QStringLiteral("FrmTC"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::Title + QStringLiteral(" - Recorder"));
+    setWindowTitle(AppInfo::Title + tr(" - Recorder"));
 
-    m_connection = new StreamConnection(m_hooks.connection, this);
-    m_fileDL = new FileDL(this);
-    m_fileDL->setObjectName(QStringLiteral("FileDL"));
+    m_recorder =
+        new StreamRecorder(prompt, power, {m_launch.launchMode, m_hooks.now, m_hooks.connection}, this);
     tmrStats = timer(this, QStringLiteral("tmrStats"), StatsInterval);
     tmrUpdate = timer(this, QStringLiteral("tmrUpdate"), UpdateInterval);
     tmrLaunch = timer(this, QStringLiteral("tmrLaunch"), LaunchDelay);
 
     setupControls(this);
     wireControls();
+    wireRecorder();
     load();
 }
 
 FrmTC::~FrmTC()
 {
-    // A window destroyed without being closed still completes its file; the
-    // connection outlives this part of the object, so it must not call back.
-    m_connection->disconnect(this);
-    if (m_recording) {
-        EndStream();
-        m_output.CloseFile();
-    }
+    // The recorder outlives this part of the object and completes its file
+    // when it goes: nothing of that may reach the window.
+    m_recorder->disconnect(this);
 }
 
 void FrmTC::wireControls()
@@ -99,31 +85,56 @@ void FrmTC::wireControls()
     connect(cmdSchedule, &QPushButton::clicked, this, &FrmTC::cmdSchedule_Click);
     connect(cmdStations, &QPushButton::clicked, this, &FrmTC::stationsRequested);
     connect(btSave, &QPushButton::clicked, this, &FrmTC::btSave_Click);
-    connect(btShow, &QPushButton::clicked, this, [this] { switchMetaView(m_stream); });
+    connect(btShow, &QPushButton::clicked, this, [this] { switchMetaView(m_recorder->counters()); });
     // At most one power action: checking one box clears the other.
     connect(ChkHibernate, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
             ChkShutDown->setChecked(false);
+        handOverSettings();
     });
     connect(ChkShutDown, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
             ChkHibernate->setChecked(false);
+        handOverSettings();
     });
-    connect(tmrStats, &QTimer::timeout, this, &FrmTC::tmrStats_Timer);
-    connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_stream, m_output); });
+    connect(chkSingleSong, &QCheckBox::toggled, this, &FrmTC::handOverSettings);
+    connect(txtScanSong, &QLineEdit::textChanged, this, &FrmTC::handOverSettings);
+    connect(tmrStats, &QTimer::timeout, this, [this] { showStatistics(m_recorder->counters()); });
+    connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_recorder->counters()); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunch_Timer);
-    connect(m_connection, &StreamConnection::statusChanged, this,
+}
+
+void FrmTC::wireRecorder()
+{
+    const StreamRecorder *r = m_recorder;
+    connect(r, &StreamRecorder::started, this, [this] {
+        cmdRecord->setText(CaptionStop);
+        SetMode(false);
+    });
+    connect(r, &StreamRecorder::stopped, this, [this] {
+        SetMode(true);
+        cmdRecord->setText(CaptionRecord);
+    });
+    connect(r, &StreamRecorder::statusChanged, this,
             [this](const QString &text) { setLabel(lbStream, text); });
-    connect(m_connection, &StreamConnection::dataReceived, this, &FrmTC::onStreamData);
-    connect(m_connection, &StreamConnection::interrupted, this, &FrmTC::onStreamInterrupted);
-    connect(m_connection, &StreamConnection::failed, this, &FrmTC::stopWithFailure);
-    connect(m_fileDL, &FileDL::DownloadComplete, this, &FrmTC::onDownloadComplete);
-    connect(m_fileDL, &FileDL::DownloadError, this, &FrmTC::onDownloadError);
+    connect(r, &StreamRecorder::stationNameChanged, this,
+            [this](const QString &name) { lbStream->setText(name); });
+    connect(r, &StreamRecorder::titleChanged, this, [this](const QString &title) { lbSong->setText(title); });
+    connect(r, &StreamRecorder::genreChanged, this,
+            [this](const QString &genre) { lbGenre->setText(genre); });
+    connect(r, &StreamRecorder::stationLinkChanged, this,
+            [this](const QString &url) { lnkStation->setText(linkText(url)); });
+    connect(r, &StreamRecorder::songLinkChanged, this,
+            [this](const QString &url) { lnkStream->setText(linkText(url)); });
+    connect(r, &StreamRecorder::waitingForSong, this,
+            [this](bool waiting) { lblWaitScan->setVisible(waiting); });
+    connect(r, &StreamRecorder::switchedToContinuous, this, [this] { chkSingleSong->setChecked(false); });
+    connect(r, &StreamRecorder::limitProgress, this, [this](int percent) { setBar(Bar, percent); });
+    connect(r, &StreamRecorder::finished, this, &QWidget::close);
 }
 
 void FrmTC::load()
 {
-    m_recording = false;
     m_monitorShown = false;
     if (m_launch.launchMode) {
         cmdStations->setEnabled(false);
@@ -131,9 +142,15 @@ void FrmTC::load()
     }
     if (txtSave->text().isEmpty())
         txtSave->setText(DefaultSaveTemplate);
+    handOverSettings();
     tmrStats->start();
     if (m_launch.launchMode)
         tmrLaunch->start();
+}
+
+void FrmTC::handOverSettings()
+{
+    m_recorder->setSettings(recordingSettings());
 }
 
 void FrmTC::SetMode(bool enabled)
@@ -149,26 +166,12 @@ void FrmTC::SetMode(bool enabled)
 
 void FrmTC::cmdRecord_Click()
 {
-    lbSong->clear();
-    if (m_recording) {
-        m_fileDL->Cancel(TagRecording);
-        EndStream();
-        m_output.CloseFile();
-        SetMode(true);
-        cmdRecord->setText(CaptionRecord);
-        m_recording = false;
-        if (!m_output.Error().isEmpty())
-            setLabel(lbStream, m_output.Error());
+    if (m_recorder->Recording()) {
+        m_recorder->stop();
         return;
     }
-    cmdRecord->setText(CaptionStop);
-    m_recording = true;
-    SetMode(false);
-    const QString address = txtStream->text();
-    if (address.toLower().contains(QStringLiteral(".pls")))
-        FetchPlaylist(address, TagRecording);
-    else
-        StartRecording(address);
+    handOverSettings();
+    m_recorder->start();
 }
 
 // The recording as set up here, repeated by a task an hour from now.
@@ -188,137 +191,6 @@ void FrmTC::cmdSchedule_Click()
         m_hooks.schedule(inputs, m_hooks.now, this);
 }
 
-void FrmTC::StartRecording(const QString &address)
-{
-    const bool singleSong = chkSingleSong->isChecked();
-    m_output.ResetCounters();
-    m_output.SetFileName(BuildFileName());
-    if (!singleSong)
-        m_output.RemoveSongPlaceholder();
-    if (StopOverwrite())
-        return;
-    if (!singleSong && !m_output.OpenFile()) {
-        stopWithFailure(m_output.Error());
-        return;
-    }
-    if (!StartStream(address))
-        stopWithFailure(lbStream->text());
-}
-
-QString FrmTC::BuildFileName() const
-{
-    return ::BuildFileName(txtSave->text(), LblStation->text(), m_hooks.now(), AppPaths::RecordingsFolder());
-}
-
-bool FrmTC::StopOverwrite()
-{
-    QFile existing(m_output.FileName());
-    if (!existing.open(QIODevice::ReadOnly))
-        return false;
-    existing.close();
-    if (m_launch.launchMode)
-        return false;
-    return !m_prompt.askYesNo(OverwriteQuestion, AppInfo::Title, Prompt::Icon::Warning);
-}
-
-bool FrmTC::StartStream(const QString &address)
-{
-    StreamAddress target;
-    try {
-        target = ParseAddress(address);
-    } catch (const AppError &error) {
-        setLabel(lbStream, QStringLiteral("Invalid stream address: ") + error.description());
-        return false;
-    }
-    m_stream.Reset();
-    m_connection->Open(target);
-    return true;
-}
-
-void FrmTC::EndStream()
-{
-    m_connection->Close();
-    m_stream.FlushRest();
-    Cleanup();
-}
-
-// Nothing is held beyond what EndStream has closed; kept as the one place for it.
-void FrmTC::Cleanup() {}
-
-void FrmTC::onStreamData(const QByteArray &bytes)
-{
-    if (!m_recording)
-        return;
-    m_stream.OnData(bytes);
-    checkFailures();
-}
-
-void FrmTC::onStreamInterrupted()
-{
-    if (!m_recording)
-        return;
-    m_stream.Interrupt();
-    checkFailures();
-}
-
-void FrmTC::checkFailures()
-{
-    if (!m_stream.Failure().isEmpty())
-        stopWithFailure(m_stream.Failure());
-    else if (!m_output.Error().isEmpty())
-        stopWithFailure(m_output.Error());
-}
-
-void FrmTC::stopWithFailure(const QString &reason)
-{
-    if (!m_recording)
-        return;
-    cmdRecord->click();
-    setLabel(lbStream, reason);
-    // Out of the socket's or the download's call chain: finishing may close the window.
-    if (m_launch.launchMode)
-        QTimer::singleShot(0, this, &FrmTC::FinishRecording);
-}
-
-void FrmTC::FetchPlaylist(const QString &address, const QString &tag)
-{
-    QString url = address;
-    try {
-        if (Playlist::IsDirectoryReference(address)) {
-            url = Playlist::PlaylistServiceAddress(Playlist::DirectoryNumber(address));
-            const QString service = qEnvironmentVariable(PlaylistServiceVariable);
-            if (!service.isEmpty())
-                url.replace(0, Playlist::ServiceHost.size(), service);
-        }
-    } catch (const AppError &error) {
-        onDownloadError(tag, error.number(), error.description());
-        return;
-    }
-    m_fileDL->BeginDownload(QUrl::fromUserInput(url), tag);
-}
-
-void FrmTC::onDownloadComplete(const QString &key, const QByteArray &body)
-{
-    if (key != TagRecording)
-        return;
-    const QString address =
-        Playlist::UsableAddress(Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
-    if (address.isEmpty()) {
-        stopWithFailure(TextNoPlaylistStream);
-        return;
-    }
-    setLabel(lbStream, QStringLiteral("Connecting to: ") + address);
-    StartRecording(address);
-}
-
-void FrmTC::onDownloadError(const QString &key, int statusCode, const QString &statusText)
-{
-    if (key != TagRecording)
-        return;
-    stopWithFailure(QStringLiteral("PLS error: ") + QString::number(statusCode) + QStringLiteral(": ") +
-                    statusText);
-}
-
 void FrmTC::cmdMonitor_Toggled(bool shown)
 {
     m_monitorShown = shown;
@@ -331,7 +203,7 @@ void FrmTC::cmdMonitor_Toggled(bool shown)
         m_monitorGrowth = monitorPanel->sizeHint().height() + MonitorMargin;
         resize(width(), before + m_monitorGrowth);
         tmrUpdate->start();
-        showMonitor(m_stream, m_output);
+        showMonitor(m_recorder->counters());
     } else {
         tmrUpdate->stop();
         monitorPanel->hide();
@@ -347,119 +219,16 @@ void FrmTC::btSave_Click()
         txtSave->setText(path);
 }
 
-void FrmTC::tmrStats_Timer()
-{
-    const std::optional<qint32> elapsed = showStatistics(m_stream);
-    if (m_recording)
-        showLimitProgress(m_output.BytesWritten(), elapsed);
-}
-
-void FrmTC::showLimitProgress(double bytesWritten, std::optional<qint32> elapsed)
-{
-    const int selected = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
-    if (selected < 0)
-        return;
-    const double limit = Convert::LeadingNumber(txtBreak[selected]->text());
-    const auto kind = selected == 0 ? RecorderStats::Limit::Minutes : RecorderStats::Limit::Megabytes;
-    const std::optional<int> percent = RecorderStats::LimitProgress(kind, limit, elapsed, bytesWritten);
-    if (!percent)
-        return;
-    setBar(Bar, *percent);
-    if (RecorderStats::LimitReached(percent, limit))
-        FinishRecording();
-}
-
 void FrmTC::tmrLaunch_Timer()
 {
     tmrLaunch->stop();
     cmdRecord->click();
 }
 
-void FrmTC::FinishRecording()
-{
-    // The output is complete before any power action.
-    if (m_recording)
-        cmdRecord->click();
-    if (ChkShutDown->isChecked()) {
-        modShutdown::ExitWindows(m_power, modShutdown::ExitPowerOff, true);
-        close();
-    } else if (ChkHibernate->isChecked()) {
-        modShutdown::Suspend(m_power, true, true, false);
-    } else if (m_launch.launchMode) {
-        close();
-    }
-}
-
 void FrmTC::closeEvent(QCloseEvent *event)
 {
-    if (m_recording)
+    if (m_recorder->Recording())
         cmdRecord->click();
     event->accept();
     emit unloaded();
-}
-
-QString FrmTC::ShownTitle() const
-{
-    return lbSong->text();
-}
-
-void FrmTC::ShowTitle(const QString &title)
-{
-    lbSong->setText(title);
-}
-
-void FrmTC::ShowStreamText(const QString &text)
-{
-    lbStream->setText(text);
-}
-
-void FrmTC::ShowGenre(const QString &genre)
-{
-    lbGenre->setText(genre);
-}
-
-void FrmTC::SetHyperlinkA(const QString &url)
-{
-    lnkStation->setText(linkText(url));
-}
-
-void FrmTC::SetHyperlinkB(const QString &url)
-{
-    lnkStream->setText(linkText(url));
-}
-
-QString FrmTC::ScanSongText() const
-{
-    return txtScanSong->text();
-}
-
-void FrmTC::ShowWaitScan(bool visible)
-{
-    lblWaitScan->setVisible(visible);
-}
-
-void FrmTC::SetWriteEnabled(bool enabled)
-{
-    m_output.SetWriteEnabled(enabled);
-}
-
-void FrmTC::WriteToDisk(QByteArrayView bytes, bool flush)
-{
-    m_output.WriteToDisk(bytes, flush);
-}
-
-void FrmTC::NewSong(const QString &title)
-{
-    m_output.NewSong(title, chkSingleSong->isChecked(), BuildFileName());
-}
-
-bool FrmTC::IsFileOpen() const
-{
-    return m_output.IsFileOpen();
-}
-
-void FrmTC::SwitchToContinuous()
-{
-    chkSingleSong->setChecked(false);
-    m_output.SwitchToContinuous();
 }

@@ -1,13 +1,11 @@
 #include "ui/recorder/frmtccontrols.h"
 
+#include "base/conversions.h"
 #include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "controls/themedprogressbar.h"
-
-#include "recorder/icystream.h"
 #include "recorder/launchswitches.h"
-#include "recorder/recorderstats.h"
-#include "recorder/recordingoutput.h"
+#include "recorder/streamrecorder.h"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -125,48 +123,62 @@ void FrmTCControls::applyLaunchSwitches(const LaunchSwitches &switches, QWidget 
         cmdMonitor->click();
 }
 
-std::optional<qint32> FrmTCControls::showStatistics(const IcyStream &stream)
+RecordingSettings FrmTCControls::recordingSettings() const
 {
-    setLabel(lbStore, RecorderStats::StoredSizeText(stream.BytesTotal()));
-    const std::optional<qint32> elapsed =
-        RecorderStats::ElapsedSeconds(stream.BytesTotal(), stream.Bitrate());
-    if (elapsed)
+    RecordingSettings settings;
+    settings.address = txtStream->text();
+    settings.saveTemplate = txtSave->text();
+    settings.station = LblStation->text();
+    settings.singleSong = chkSingleSong->isChecked();
+    settings.scanSong = txtScanSong->text();
+    const int selected = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
+    if (selected >= 0) {
+        settings.limit = {selected == 0 ? RecorderStats::Limit::Minutes : RecorderStats::Limit::Megabytes,
+                          Convert::LeadingNumber(txtBreak[selected]->text())};
+    }
+    using enum RecordingSettings::PowerAction;
+    settings.powerAction = ChkShutDown->isChecked() ? ShutDown : ChkHibernate->isChecked() ? Hibernate : None;
+    return settings;
+}
+
+void FrmTCControls::showStatistics(const RecorderStats::Counters &counters)
+{
+    setLabel(lbStore, RecorderStats::StoredSizeText(counters.bytesTotal));
+    if (const auto elapsed = RecorderStats::ElapsedSeconds(counters.bytesTotal, counters.bitrate))
         setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate, stream.Bitrate() > 0 ? QString::number(stream.Bitrate()) + QStringLiteral(" kbit/s")
+    setLabel(lbBitrate, counters.bitrate > 0 ? QString::number(counters.bitrate) + QStringLiteral(" kbit/s")
                                              : QString());
-    setLabel(lbPackets, QString::number(stream.MetaBlocks()) + QStringLiteral(" blocks"));
-    return elapsed;
+    setLabel(lbPackets, QString::number(counters.metaBlocks) + QStringLiteral(" blocks"));
 }
 
-void FrmTCControls::showMonitor(const IcyStream &stream, const RecordingOutput &output)
+void FrmTCControls::showMonitor(const RecorderStats::Counters &counters)
 {
-    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(stream.ReceiveBufferLength())));
-    setLabel(lbBuffer_Peak, RecorderStats::BytesText(stream.PeakBuffer()));
-    if (const auto percent =
-            RecorderStats::BufferBarPercent(stream.ReceiveBufferLength(), stream.PeakBuffer()))
+    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(counters.receiveBuffer)));
+    setLabel(lbBuffer_Peak, RecorderStats::BytesText(counters.peakBuffer));
+    if (const auto percent = RecorderStats::BufferBarPercent(counters.receiveBuffer, counters.peakBuffer))
         setBar(Bar_Buffer, *percent);
-    setLabel(lbPacket_Size, RecorderStats::BytesText(stream.AveragePacket()));
-    setLabel(lbPacket_Max, RecorderStats::BytesText(stream.LargestPacket()));
-    setLabel(lbDCache, RecorderStats::DiskCacheText(output.DiskCache().size()));
-    setBar(Bar_Cache, RecorderStats::CacheBarPercent(output.DiskCache().size()));
-    setLabel(lbSyncStat, RecorderStats::SyncStatText(stream.DiscardedBytes(), stream.ResyncCount()));
-    setLabel(lbRealBytes, RecorderStats::BytesText(output.BytesWritten()));
-    setLabel(lbBlock_Writes, QString::number(output.BlockWrites()));
-    lbValid->setVisible(stream.LastTextValid());
-    lbInvalid->setVisible(!stream.LastTextValid());
-    lbSync->setVisible(stream.ResyncState() == 0);
-    showMeta(stream);
+    setLabel(lbPacket_Size, RecorderStats::BytesText(counters.averagePacket));
+    setLabel(lbPacket_Max, RecorderStats::BytesText(counters.largestPacket));
+    setLabel(lbDCache, RecorderStats::DiskCacheText(counters.diskCache));
+    setBar(Bar_Cache, RecorderStats::CacheBarPercent(counters.diskCache));
+    setLabel(lbSyncStat, RecorderStats::SyncStatText(counters.discardedBytes, counters.resyncCount));
+    setLabel(lbRealBytes, RecorderStats::BytesText(counters.bytesWritten));
+    setLabel(lbBlock_Writes, QString::number(counters.blockWrites));
+    lbValid->setVisible(counters.lastTextValid);
+    lbInvalid->setVisible(!counters.lastTextValid);
+    lbSync->setVisible(counters.inSync);
+    showMeta(counters);
 }
 
-void FrmTCControls::switchMetaView(const IcyStream &stream)
+void FrmTCControls::switchMetaView(const RecorderStats::Counters &counters)
 {
     btShow->setText(btShow->text() == CaptionShowHeader ? CaptionShowMetadata : CaptionShowHeader);
-    showMeta(stream);
+    showMeta(counters);
 }
 
-void FrmTCControls::showMeta(const IcyStream &stream)
+void FrmTCControls::showMeta(const RecorderStats::Counters &counters)
 {
-    QString text = btShow->text() == CaptionShowHeader ? stream.LastText() : stream.HeaderText();
+    QString text = btShow->text() == CaptionShowHeader ? counters.lastText : counters.headerText;
     text.remove(QChar(0)); // metadata blocks are padded with zero bytes
     if (txtMeta->toPlainText() != text)
         txtMeta->setPlainText(text);

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "recorder/recorderstats.h"
+
 #include <QString>
 
-#include <optional>
-
-class IcyStream;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -14,8 +13,8 @@ class RoundedFrame;
 class QPushButton;
 class QRadioButton;
 class QWidget;
-class RecordingOutput;
 struct LaunchSwitches;
+struct RecordingSettings;
 
 // The recorder window's controls, their layout and how they show a recording,
 // kept apart from what the window does with them. Every control carries its
@@ -35,13 +34,15 @@ public:
     // "-v" minimises the window.
     void applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window);
 
-    // tmrStats: stored size, time, bit rate and blocks. Gives the elapsed
-    // seconds, when the bit rate tells them.
-    std::optional<qint32> showStatistics(const IcyStream &stream);
+    // The inputs as the recording reads them.
+    RecordingSettings recordingSettings() const;
+
+    // tmrStats: stored size, time, bit rate and blocks.
+    void showStatistics(const RecorderStats::Counters &counters);
     // tmrUpdate: the monitor panel.
-    void showMonitor(const IcyStream &stream, const RecordingOutput &output);
+    void showMonitor(const RecorderStats::Counters &counters);
     // btShow: switches txtMeta between the header and the latest metadata.
-    void switchMetaView(const IcyStream &stream);
+    void switchMetaView(const RecorderStats::Counters &counters);
 
     static void setLabel(QLabel *label, const QString &text);
     static void setBar(QProgressBar *bar, int value);
@@ -92,7 +93,7 @@ public:
     QPlainTextEdit *txtMeta = nullptr;
 
 private:
-    void showMeta(const IcyStream &stream);
+    void showMeta(const RecorderStats::Counters &counters);
     QWidget *buildInputs();
     QWidget *buildStatus();
     QWidget *buildMonitor();
