@@ -30,15 +30,15 @@ public:
     // An empty folder sends every song to the null device instead of a file.
     explicit OutputHost(const QString &folder) : m_folder(folder) {}
 
-    QString ShownTitle() const override { return m_title; }
-    void ShowTitle(const QString &title) override { m_title = title; }
-    void ShowStreamText(const QString &) override {}
-    void ShowGenre(const QString &) override {}
-    void SetHyperlinkA(const QString &) override {}
-    void SetHyperlinkB(const QString &) override {}
-    QString ScanSongText() const override { return {}; }
-    void ShowWaitScan(bool) override {}
-    void SetWriteEnabled(bool enabled) override { output.SetWriteEnabled(enabled); }
+    QString shownTitle() const override { return m_title; }
+    void showTitle(const QString &title) override { m_title = title; }
+    void showStreamText(const QString &) override {}
+    void showGenre(const QString &) override {}
+    void setHyperlinkA(const QString &) override {}
+    void setHyperlinkB(const QString &) override {}
+    QString scanSongText() const override { return {}; }
+    void showWaitScan(bool) override {}
+    void setWriteEnabled(bool enabled) override { output.setWriteEnabled(enabled); }
     void WriteToDisk(QByteArrayView data, bool flush) override { output.WriteToDisk(data, flush); }
     void NewSong(const QString &title) override
     {
@@ -46,8 +46,8 @@ public:
                        m_folder.isEmpty() ? QProcess::nullDevice()
                                           : BuildFileName(QStringLiteral("./%SONG%.mp3"), {}, {}, m_folder + u'/'));
     }
-    bool IsFileOpen() const override { return output.IsFileOpen(); }
-    void SwitchToContinuous() override { output.SwitchToContinuous(); }
+    bool isFileOpen() const override { return output.isFileOpen(); }
+    void switchToContinuous() override { output.switchToContinuous(); }
 
     RecordingOutput output;
 
@@ -130,10 +130,10 @@ void BM_ParseAndWrite(benchmark::State &state)
             OutputHost host(state.range(0) ? QString() : folder.path());
             IcyStream icy(host);
             for (qsizetype at = 0; at < stream.size(); at += PacketSize)
-                icy.OnData(QByteArrayView(stream).sliced(at, std::min(PacketSize, stream.size() - at)));
-            icy.FlushRest();
+                icy.onData(QByteArrayView(stream).sliced(at, std::min(PacketSize, stream.size() - at)));
+            icy.flushRest();
             host.output.CloseFile();
-            compactions = icy.Compactions();
+            compactions = icy.compactions();
         });
         parse.wall += p.wall;
         parse.cpu += p.cpu;
@@ -163,14 +163,14 @@ void BM_StepWithBacklog(benchmark::State &state)
     IcyStream icy(host);
     const QByteArrayView header = QByteArrayView(stream).first(stream.indexOf("\r\n\r\n") + 4);
     for (auto _ : state) {
-        if (icy.ReceiveBufferLength() < MetaInterval + 4096) {
+        if (icy.receiveBufferLength() < MetaInterval + 4096) {
             state.PauseTiming();
-            icy.Reset();
-            icy.OnData(header);
-            icy.OnData(QByteArrayView(stream).sliced(header.size(), IcyStream::BacklogLimit));
+            icy.reset();
+            icy.onData(header);
+            icy.onData(QByteArrayView(stream).sliced(header.size(), IcyStream::BacklogLimit));
             state.ResumeTiming();
         }
-        icy.OnData({});
+        icy.onData({});
     }
     state.SetBytesProcessed(qint64(MetaInterval) * state.iterations());
 }
@@ -189,8 +189,8 @@ void BM_Flood(benchmark::State &state)
         OutputHost host({});
         IcyStream icy(host);
         for (qsizetype at = 0; at < flood.size(); at += StreamConnection::ReadAhead)
-            icy.OnData(flood.sliced(at, std::min<qsizetype>(StreamConnection::ReadAhead, flood.size() - at)));
-        peak = icy.PeakBuffer();
+            icy.onData(flood.sliced(at, std::min<qsizetype>(StreamConnection::ReadAhead, flood.size() - at)));
+        peak = icy.peakBuffer();
     }
     state.SetBytesProcessed(flood.size() * state.iterations());
     state.counters["peak_buffer_kb"] = peak / 1024;

@@ -13,19 +13,19 @@ namespace {
 class NullHost : public IcyStreamHost
 {
 public:
-    QString ShownTitle() const override { return m_title; }
-    void ShowTitle(const QString &title) override { m_title = title; }
-    void ShowStreamText(const QString &) override {}
-    void ShowGenre(const QString &) override {}
-    void SetHyperlinkA(const QString &) override {}
-    void SetHyperlinkB(const QString &) override {}
-    QString ScanSongText() const override { return QStringLiteral("a"); }
-    void ShowWaitScan(bool) override {}
-    void SetWriteEnabled(bool) override {}
+    QString shownTitle() const override { return m_title; }
+    void showTitle(const QString &title) override { m_title = title; }
+    void showStreamText(const QString &) override {}
+    void showGenre(const QString &) override {}
+    void setHyperlinkA(const QString &) override {}
+    void setHyperlinkB(const QString &) override {}
+    QString scanSongText() const override { return QStringLiteral("a"); }
+    void showWaitScan(bool) override {}
+    void setWriteEnabled(bool) override {}
     void WriteToDisk(QByteArrayView data, bool) override { written += data.size(); }
     void NewSong(const QString &) override { m_fileOpen = true; }
-    bool IsFileOpen() const override { return m_fileOpen; }
-    void SwitchToContinuous() override { m_fileOpen = true; }
+    bool isFileOpen() const override { return m_fileOpen; }
+    void switchToContinuous() override { m_fileOpen = true; }
 
     qsizetype written = 0;
 
@@ -45,22 +45,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     qsizetype fed = 0;
     if (data[0] != 255) {
         const QByteArray header = "ICY 200 OK\r\nicy-br:128\r\nicy-metaint:" + QByteArray::number(data[0]) + "\r\n\r\n";
-        icy.OnData(header);
+        icy.onData(header);
         fed += header.size();
     }
     const auto *bytes = reinterpret_cast<const char *>(data);
     size_t at = 1;
     while (at < size) {
         const size_t length = std::min<size_t>(data[at], size - at - 1);
-        icy.OnData(QByteArrayView(bytes + at + 1, qsizetype(length)));
+        icy.onData(QByteArrayView(bytes + at + 1, qsizetype(length)));
         fed += qsizetype(length);
         at += 1 + length;
         // Nothing is held beyond what was received.
-        if (icy.ReceiveBufferLength() > fed)
+        if (icy.receiveBufferLength() > fed)
             std::abort();
     }
-    icy.FlushRest();
-    if (icy.ReceiveBufferLength() != 0 || icy.BytesTotal() > double(fed))
+    icy.flushRest();
+    if (icy.receiveBufferLength() != 0 || icy.BytesTotal() > double(fed))
         std::abort();
     return 0;
 }

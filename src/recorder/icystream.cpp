@@ -52,7 +52,7 @@ IcyStream::IcyStream(IcyStreamHost &host) : m_host(host)
 {
 }
 
-void IcyStream::Reset()
+void IcyStream::reset()
 {
     m_buffer.clear();
     m_offset = 0;
@@ -72,7 +72,7 @@ void IcyStream::Reset()
     m_discardedBytes = 0;
 }
 
-void IcyStream::OnData(QByteArrayView packet)
+void IcyStream::onData(QByteArrayView packet)
 {
     if (!m_failure.isEmpty())
         return;
@@ -93,7 +93,7 @@ void IcyStream::OnData(QByteArrayView packet)
         }
         metadataStep();
         // A sender faster than one interval per event must not fill memory.
-        if (ReceiveBufferLength() > BacklogLimit) {
+        if (receiveBufferLength() > BacklogLimit) {
             while (metadataStep()) {
             }
         }
@@ -103,7 +103,7 @@ void IcyStream::OnData(QByteArrayView packet)
     }
 }
 
-void IcyStream::FlushRest()
+void IcyStream::flushRest()
 {
     if (m_headerDone && m_failure.isEmpty()) {
         while (metadataStep()) {
@@ -117,16 +117,16 @@ void IcyStream::FlushRest()
     m_searched = 0;
 }
 
-void IcyStream::Interrupt()
+void IcyStream::interrupt()
 {
-    FlushRest();
+    flushRest();
     m_headerDone = false;
     m_resyncState = 0;
 }
 
 void IcyStream::updateStatistics(qsizetype packetLength)
 {
-    const double length = static_cast<double>(ReceiveBufferLength());
+    const double length = static_cast<double>(receiveBufferLength());
     if (length > m_peakBuffer)
         m_peakBuffer = length;
     if (m_averagePacket == 0)
@@ -159,7 +159,7 @@ void IcyStream::headerStep()
         return;
     }
     const qsizetype length = end + HeaderEnd.size();
-    m_lastText = DecodeText(buffer.first(length));
+    m_lastText = decodeText(buffer.first(length));
     m_lastValid = true;
     m_headerText = m_lastText;
     consume(length);
@@ -191,7 +191,7 @@ bool IcyStream::ParseResponseText()
         try {
             if (line.startsWith(u"icy-url:")) {
                 m_stationUrl = headerValue(line, u"icy-url:");
-                m_host.SetHyperlinkA(m_stationUrl);
+                m_host.setHyperlinkA(m_stationUrl);
             } else if (line.startsWith(u"icy-br:")) {
                 const qint32 bitrate = Convert::LeadingInt32(headerValue(line, u"icy-br:"));
                 if (bitrate < std::numeric_limits<qint16>::min() || bitrate > std::numeric_limits<qint16>::max())
@@ -203,9 +203,9 @@ bool IcyStream::ParseResponseText()
                 if (m_headerDone)
                     titleChanged = applyTitle(name) || titleChanged;
                 else
-                    m_host.ShowStreamText(name);
+                    m_host.showStreamText(name);
             } else if (line.startsWith(u"icy-genre:")) {
-                m_host.ShowGenre(headerValue(line, u"icy-genre:"));
+                m_host.showGenre(headerValue(line, u"icy-genre:"));
             } else if (line.startsWith(u"icy-metaint:")) {
                 m_metaInterval = Convert::LeadingInt32(headerValue(line, u"icy-metaint:"));
             }
@@ -231,37 +231,37 @@ bool IcyStream::ParseMetadata()
         if (key == u"streamtitle")
             titleChanged = applyTitle(value) || titleChanged;
         else if (key == u"streamurl")
-            m_host.SetHyperlinkB(value);
+            m_host.setHyperlinkB(value);
     }
     return titleChanged;
 }
 
 bool IcyStream::applyTitle(const QString &value)
 {
-    if (value == m_host.ShownTitle())
+    if (value == m_host.shownTitle())
         return false;
-    m_host.SetWriteEnabled(true);
-    const QString scan = m_host.ScanSongText();
+    m_host.setWriteEnabled(true);
+    const QString scan = m_host.scanSongText();
     if (!scan.isEmpty()) {
         const bool found = value.contains(scan, Qt::CaseInsensitive);
-        m_host.ShowWaitScan(!found);
+        m_host.showWaitScan(!found);
         // Nothing is written until the awaited song arrives.
         if (!found)
-            m_host.SetWriteEnabled(false);
+            m_host.setWriteEnabled(false);
     }
-    m_host.ShowTitle(value);
+    m_host.showTitle(value);
     return true;
 }
 
 void IcyStream::recordWithoutTitles()
 {
-    if (!m_host.ShownTitle().isEmpty())
+    if (!m_host.shownTitle().isEmpty())
         return;
-    const bool scanning = !m_host.ScanSongText().isEmpty();
-    m_host.ShowWaitScan(scanning);
-    m_host.SetWriteEnabled(!scanning);
-    if (!m_host.IsFileOpen())
-        m_host.SwitchToContinuous();
+    const bool scanning = !m_host.scanSongText().isEmpty();
+    m_host.showWaitScan(scanning);
+    m_host.setWriteEnabled(!scanning);
+    if (!m_host.isFileOpen())
+        m_host.switchToContinuous();
 }
 
 bool IcyStream::IsCleanText(QByteArrayView block)
@@ -269,7 +269,7 @@ bool IcyStream::IsCleanText(QByteArrayView block)
     return std::all_of(block.begin(), block.end(), [](char c) { return isCleanCode(static_cast<uchar>(c)); });
 }
 
-bool IcyStream::IsWellFormed(QByteArrayView block)
+bool IcyStream::isWellFormed(QByteArrayView block)
 {
     qsizetype size = block.size();
     while (size > 0 && block[size - 1] == '\0')
@@ -295,7 +295,7 @@ bool IcyStream::IsWellFormed(QByteArrayView block)
     return true;
 }
 
-QString IcyStream::DecodeText(QByteArrayView bytes)
+QString IcyStream::decodeText(QByteArrayView bytes)
 {
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = utf8(bytes);
@@ -314,7 +314,7 @@ bool IcyStream::resync(qint32 m)
         const qsizetype surplus = buffer.size() - (step + TitleMarker.size() - 1);
         if (surplus > 0)
             discard(surplus);
-        m_searchFrom = std::max(m_searchFrom, ReceiveBufferLength() - (TitleMarker.size() - 1));
+        m_searchFrom = std::max(m_searchFrom, receiveBufferLength() - (TitleMarker.size() - 1));
         return false;
     }
     // The marker opens a block; its length byte is just in front of it and
@@ -335,7 +335,7 @@ void IcyStream::writeInterval(QByteArrayView audio, bool titleChanged)
     m_bytesTotal += static_cast<double>(audio.size());
     if (titleChanged) {
         // The interval before the new title ends the old file and also begins the new one.
-        m_host.NewSong(m_host.ShownTitle());
+        m_host.NewSong(m_host.shownTitle());
         m_host.WriteToDisk(audio, false);
     }
 }
@@ -368,7 +368,7 @@ bool IcyStream::metadataStep()
     if (m + blockLength > buffer.size())
         return false;
     const QByteArrayView block = buffer.sliced(qsizetype(m) + 1).first(std::min(blockLength, buffer.size() - m - 1));
-    if (!IsWellFormed(block) && !IsCleanText(block)) {
+    if (!isWellFormed(block) && !IsCleanText(block)) {
         m_lastValid = false;
         m_resyncState = ResyncLost;
         m_searchFrom = qsizetype(m) + 2;
@@ -376,9 +376,9 @@ bool IcyStream::metadataStep()
         return false;
     }
     m_lastValid = true;
-    m_lastText = DecodeText(block);
+    m_lastText = decodeText(block);
     const bool titleChanged = ParseResponseText();
-    if (m_host.ShownTitle().isEmpty())
+    if (m_host.shownTitle().isEmpty())
         recordWithoutTitles();
     writeInterval(audio, titleChanged);
     consume(std::min(qsizetype(m) + 1 + blockLength, buffer.size()));

@@ -8,8 +8,8 @@ class IcyStreamHost;
 
 // The recorder's stream parser: consumes the ICY response header, then splits
 // the stream into audio intervals and in-band metadata blocks, hands the audio
-// to the host's output stage and reports titles. The window feeds every socket
-// read to OnData; everything else it only reads.
+// to the host's output stage and reports titles. The recorder feeds every
+// socket read to onData; everything else it only reads.
 //
 // Bytes stay bytes: the receive buffer is a QByteArray consumed from the front
 // through a read offset (compacted now and then), so no step copies the whole
@@ -33,9 +33,9 @@ public:
     IcyStream &operator=(const IcyStream &) = delete;
 
     // What a new recording starts from: HeaderDone false, LastText, MetaBlocks,
-    // BytesTotal, ReceiveBuffer, ResyncState, Bitrate, Failure and the
+    // BytesTotal, ReceiveBuffer, ResyncState, Bitrate, failure and the
     // statistics cleared. MetaInterval, HeaderText and StationUrl keep their values.
-    void Reset();
+    void reset();
 
     // One socket read: appends the packet, updates the statistics and runs one
     // step (the header step until the header is done, then the metadata step,
@@ -47,22 +47,22 @@ public:
     // comes. A station that names no song (its blocks are empty or carry no
     // title, or it has no interval) is recorded into one continuous file from
     // the first audio byte, unless a song scan waits for a title.
-    void OnData(QByteArrayView packet);
+    void onData(QByteArrayView packet);
 
     // End of a recording: complete intervals still waiting are parsed as
     // usual (titles, splits), then the rest goes to the output with flush set,
     // as it stands, and counts towards BytesTotal; the buffer is emptied.
-    void FlushRest();
+    void flushRest();
 
     // The connection was lost and a new one will bring its own header: what is
     // held is finished as at a stop, then the parser waits for a header again.
     // The counters and the title shown stay, so the recording goes on.
-    void Interrupt();
+    void interrupt();
 
     // Why the stream cannot be recorded (a metadata interval that is negative
     // or larger than MaxMetaInterval); empty while it can. Once set, data is
-    // ignored until Reset.
-    const QString &Failure() const { return m_failure; }
+    // ignored until reset.
+    const QString &failure() const { return m_failure; }
 
     // Parses LastText as header lines, or as metadata when it has no CR LF.
     // Returns whether the title changed.
@@ -77,20 +77,20 @@ public:
     static bool IsCleanText(QByteArrayView block);
     // True for one or more "key='value';" pairs and nothing after them but zero
     // padding; keys are letters, digits and "_", values any bytes from 32 up.
-    static bool IsWellFormed(QByteArrayView block);
+    static bool isWellFormed(QByteArrayView block);
     // UTF-8 when the bytes are valid UTF-8, else Latin-1.
-    static QString DecodeText(QByteArrayView bytes);
+    static QString decodeText(QByteArrayView bytes);
 
-    void SetLastText(const QString &text) { m_lastText = text; }
+    void setLastText(const QString &text) { m_lastText = text; }
 
     // Everything received and not yet consumed (valid until the next call).
     QByteArrayView ReceiveBuffer() const { return QByteArrayView(m_buffer).sliced(m_offset); }
-    qsizetype ReceiveBufferLength() const { return m_buffer.size() - m_offset; }
+    qsizetype receiveBufferLength() const { return m_buffer.size() - m_offset; }
 
     bool HeaderDone() const { return m_headerDone; }
     const QString &LastText() const { return m_lastText; }
     // Whether the last header or block looked at was taken (the sync indicators).
-    bool LastTextValid() const { return m_lastValid; }
+    bool lastTextValid() const { return m_lastValid; }
     const QString &HeaderText() const { return m_headerText; }
     qint32 MetaInterval() const { return m_metaInterval; }
     qint32 MetaBlocks() const { return m_metaBlocks; }
@@ -99,14 +99,14 @@ public:
     const QString &StationUrl() const { return m_stationUrl; }
     qint16 Bitrate() const { return m_bitrate; }
 
-    double PeakBuffer() const { return m_peakBuffer; }
-    qint32 AveragePacket() const { return m_averagePacket; }
-    double LargestPacket() const { return m_largestPacket; }
-    qint32 ResyncCount() const { return m_resyncCount; }
-    double DiscardedBytes() const { return m_discardedBytes; }
+    double peakBuffer() const { return m_peakBuffer; }
+    qint32 averagePacket() const { return m_averagePacket; }
+    double largestPacket() const { return m_largestPacket; }
+    qint32 resyncCount() const { return m_resyncCount; }
+    double discardedBytes() const { return m_discardedBytes; }
     // How many times the receive buffer was compacted (moved to the front):
     // lets tests and the benchmark see that consuming stays cheap.
-    qint64 Compactions() const { return m_compactions; }
+    qint64 compactions() const { return m_compactions; }
 
 private:
     void updateStatistics(qsizetype packetLength);

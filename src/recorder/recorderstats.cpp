@@ -37,14 +37,14 @@ QString MakeTime(qint32 seconds)
     return QString::number(minutes) + u':' + QStringLiteral("%1").arg(rest, 2, 10, QLatin1Char('0'));
 }
 
-QString StoredSizeText(double bytesTotal)
+QString storedSizeText(double bytesTotal)
 {
     if (bytesTotal >= 950000)
         return numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100) + QStringLiteral(" MB");
     return numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100) + QStringLiteral(" KB");
 }
 
-std::optional<qint32> ElapsedSeconds(double bytesTotal, qint16 bitrate)
+std::optional<qint32> elapsedSeconds(double bytesTotal, qint16 bitrate)
 {
     if (bitrate == 0)
         return std::nullopt;
@@ -54,7 +54,7 @@ std::optional<qint32> ElapsedSeconds(double bytesTotal, qint16 bitrate)
     return static_cast<qint32>(seconds);
 }
 
-std::optional<int> LimitProgress(Limit kind, double limitValue, std::optional<qint32> elapsedSeconds,
+std::optional<int> limitProgress(Limit kind, double limitValue, std::optional<qint32> elapsedSeconds,
                                  double bytesWritten)
 {
     if (kind == Limit::Minutes) {
@@ -65,34 +65,34 @@ std::optional<int> LimitProgress(Limit kind, double limitValue, std::optional<qi
     return percent(bytesWritten / 1024, limitValue * 1024);
 }
 
-bool LimitReached(std::optional<int> percent, double limitValue)
+bool limitReached(std::optional<int> percent, double limitValue)
 {
     return percent == 100 && limitValue > 0;
 }
 
-QString BytesText(double bytes)
+QString bytesText(double bytes)
 {
     return numberText(bytes) + QStringLiteral(" bytes");
 }
 
-QString DiskCacheText(qsizetype cacheLength)
+QString diskCacheText(qsizetype cacheLength)
 {
     return QString::number(cacheLength) + QStringLiteral(" bytes / ") + QString::number(RecordingOutput::CacheLimit) +
            QStringLiteral(" bytes");
 }
 
-QString SyncStatText(double discardedBytes, qint32 resyncCount)
+QString syncStatText(double discardedBytes, qint32 resyncCount)
 {
     return numberText(discardedBytes) + QStringLiteral(" bytes have been discarded in ") +
            QString::number(resyncCount) + QStringLiteral(" resyncs. ");
 }
 
-std::optional<int> BufferBarPercent(qsizetype bufferLength, double peakBuffer)
+std::optional<int> bufferBarPercent(qsizetype bufferLength, double peakBuffer)
 {
     return percent(static_cast<double>(bufferLength), peakBuffer);
 }
 
-int CacheBarPercent(qsizetype cacheLength)
+int cacheBarPercent(qsizetype cacheLength)
 {
     return *percent(static_cast<double>(cacheLength), RecordingOutput::CacheLimit);
 }

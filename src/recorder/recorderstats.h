@@ -35,12 +35,12 @@ QString MakeTime(qint32 seconds);
 
 // lbStore: below 950000 bytes in KB, from there in MB, rounded to two decimals
 // ("927.73 KB", "0.91 MB"); trailing zeros are not shown ("1.5 KB").
-QString StoredSizeText(double bytesTotal);
+QString storedSizeText(double bytesTotal);
 
 // Playing time of the recorded audio at the announced bit rate (kbit/s),
 // rounded to whole seconds. Nothing when the bit rate is 0 (no "icy-br:")
 // or the result does not fit.
-std::optional<qint32> ElapsedSeconds(double bytesTotal, qint16 bitrate);
+std::optional<qint32> elapsedSeconds(double bytesTotal, qint16 bitrate);
 
 enum class Limit { Minutes, Megabytes };
 
@@ -48,21 +48,21 @@ enum class Limit { Minutes, Megabytes };
 // elapsed seconds against limitValue minutes, or bytes written against
 // limitValue megabytes. Nothing when the limit is 0 (the division fails) or
 // the elapsed time is unknown.
-std::optional<int> LimitProgress(Limit kind, double limitValue, std::optional<qint32> elapsedSeconds,
+std::optional<int> limitProgress(Limit kind, double limitValue, std::optional<qint32> elapsedSeconds,
                                  double bytesWritten);
 // The limit has been reached: 100 % of a limit greater than 0.
-bool LimitReached(std::optional<int> percent, double limitValue);
+bool limitReached(std::optional<int> percent, double limitValue);
 
 // Monitor panel texts: a count followed by " bytes"; the disk cache as
 // "n bytes / 64000 bytes"; the sync status "d bytes have been discarded in r resyncs. ".
-QString BytesText(double bytes);
-QString DiskCacheText(qsizetype cacheLength);
-QString SyncStatText(double discardedBytes, qint32 resyncCount);
+QString bytesText(double bytes);
+QString diskCacheText(qsizetype cacheLength);
+QString syncStatText(double discardedBytes, qint32 resyncCount);
 
 // Bar_Buffer: the receive buffer against its peak, clamped to 0..100;
 // nothing while the peak is 0 (the tick skips the bar).
-std::optional<int> BufferBarPercent(qsizetype bufferLength, double peakBuffer);
+std::optional<int> bufferBarPercent(qsizetype bufferLength, double peakBuffer);
 // Bar_Cache: the disk cache against its 64000-byte limit, clamped to 0..100.
-int CacheBarPercent(qsizetype cacheLength);
+int cacheBarPercent(qsizetype cacheLength);
 
 } // namespace RecorderStats

@@ -46,7 +46,7 @@ RecordingOutput::RecordingOutput()
     m_cache.reserve(CacheLimit * 2);
 }
 
-void RecordingOutput::ResetCounters()
+void RecordingOutput::resetCounters()
 {
     m_blockWrites = 0;
     m_bytesWritten = 0;
@@ -110,18 +110,18 @@ void RecordingOutput::NewSong(const QString &title, bool singleSong, const QStri
         m_fileName = name;
         OpenFile();
     } else {
-        RemoveSongPlaceholder();
+        removeSongPlaceholder();
     }
 }
 
-void RecordingOutput::RemoveSongPlaceholder()
+void RecordingOutput::removeSongPlaceholder()
 {
     m_fileName.remove(SongPlaceholder);
 }
 
-void RecordingOutput::SwitchToContinuous()
+void RecordingOutput::switchToContinuous()
 {
-    RemoveSongPlaceholder();
+    removeSongPlaceholder();
     OpenFile();
 }
 

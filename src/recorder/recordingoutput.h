@@ -16,8 +16,8 @@ QString BuildFileName(const QString &templ, const QString &station, const QDateT
 
 // The recorder's output stage: one open file, the write cache in front of it
 // and the counters the monitor panel shows. Failures never throw: the first
-// file that cannot be opened or written is kept in Error (the window stops the
-// recording and shows it); bytes already written stay.
+// file that cannot be opened or written is kept in error (the recorder stops
+// the recording and says why); bytes already written stay.
 class RecordingOutput
 {
 public:
@@ -29,24 +29,24 @@ public:
     RecordingOutput &operator=(const RecordingOutput &) = delete;
 
     const QString &FileName() const { return m_fileName; }
-    void SetFileName(const QString &name) { m_fileName = name; }
+    void setFileName(const QString &name) { m_fileName = name; }
     // Kept across recordings: a new recording does not reset it.
     bool WriteEnabled() const { return m_writeEnabled; }
-    void SetWriteEnabled(bool enabled) { m_writeEnabled = enabled; }
+    void setWriteEnabled(bool enabled) { m_writeEnabled = enabled; }
     const QByteArray &DiskCache() const { return m_cache; }
-    bool IsFileOpen() const { return m_file.isOpen(); }
+    bool isFileOpen() const { return m_file.isOpen(); }
 
     // Statistics: cache flushes that reached a file and the bytes they wrote.
     // Block writes are 32 bits so a recording of days cannot overflow them.
-    qint32 BlockWrites() const { return m_blockWrites; }
+    qint32 blockWrites() const { return m_blockWrites; }
     double BytesWritten() const { return m_bytesWritten; }
     // What a new recording starts from: both counters zero, no error.
-    void ResetCounters();
+    void resetCounters();
     // Why the output cannot go on: the first open or write that failed; empty while none has.
-    const QString &Error() const { return m_error; }
+    const QString &error() const { return m_error; }
 
     // Closes any open file, then creates or truncates FileName. Returns false
-    // (and sets Error) when it cannot be opened; no file is open then.
+    // (and sets error) when it cannot be opened; no file is open then.
     bool OpenFile();
     // Closes the file; the cache is not flushed (callers flush first).
     void CloseFile();
@@ -63,9 +63,9 @@ public:
     void NewSong(const QString &title, bool singleSong, const QString &freshName);
 
     // One file for the whole recording: its name does without "%SONG%".
-    void RemoveSongPlaceholder();
+    void removeSongPlaceholder();
     // The station sends no titles: "%SONG%" is removed and the file opened.
-    void SwitchToContinuous();
+    void switchToContinuous();
 
 private:
     void writeBlock(QByteArrayView block);

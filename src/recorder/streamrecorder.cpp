@@ -52,7 +52,7 @@ void StreamRecorder::start()
 {
     if (m_recording)
         return;
-    ShowTitle({});
+    showTitle({});
     m_recording = true;
     m_streamCame = false;
     emit started();
@@ -73,14 +73,14 @@ void StreamRecorder::end(StopReason reason)
 {
     if (!m_recording)
         return;
-    ShowTitle({});
+    showTitle({});
     m_fileDL->Cancel(TagRecording);
     EndStream();
     m_output.CloseFile();
     m_recording = false;
     m_limitClock.stop();
     const bool askedFor = reason.text.isEmpty();
-    if (const QString &outputError = m_output.Error(); !outputError.isEmpty()) {
+    if (const QString &outputError = m_output.error(); !outputError.isEmpty()) {
         showStatus(outputError);
         // The last bytes could not be written: the stop asked for failed after all.
         if (askedFor)
@@ -94,14 +94,14 @@ void StreamRecorder::end(StopReason reason)
 void StreamRecorder::StartRecording(const QString &address)
 {
     const bool singleSong = m_settings.singleSong;
-    m_output.ResetCounters();
-    m_output.SetFileName(BuildFileName());
+    m_output.resetCounters();
+    m_output.setFileName(BuildFileName());
     if (!singleSong)
-        m_output.RemoveSongPlaceholder();
+        m_output.removeSongPlaceholder();
     if (StopOverwrite())
         return;
     if (!singleSong && !m_output.OpenFile()) {
-        stopWithFailure(StopReason::Kind::OutputFailed, m_output.Error());
+        stopWithFailure(StopReason::Kind::OutputFailed, m_output.error());
         return;
     }
     if (!StartStream(address))
@@ -135,7 +135,7 @@ bool StreamRecorder::StartStream(const QString &address)
         showStatus(tr("Invalid stream address: ") + error.description());
         return false;
     }
-    m_stream.Reset();
+    m_stream.reset();
     m_connection->Open(target);
     return true;
 }
@@ -143,7 +143,7 @@ bool StreamRecorder::StartStream(const QString &address)
 void StreamRecorder::EndStream()
 {
     m_connection->Close();
-    m_stream.FlushRest();
+    m_stream.flushRest();
     Cleanup();
 }
 
@@ -161,7 +161,7 @@ void StreamRecorder::onStreamData(const QByteArray &bytes)
     if (!m_recording)
         return;
     m_streamCame = true;
-    m_stream.OnData(bytes);
+    m_stream.onData(bytes);
     checkFailures();
 }
 
@@ -169,7 +169,7 @@ void StreamRecorder::onStreamInterrupted()
 {
     if (!m_recording)
         return;
-    m_stream.Interrupt();
+    m_stream.interrupt();
     checkFailures();
 }
 
@@ -180,10 +180,10 @@ void StreamRecorder::onConnectionFailed(const QString &reason)
 
 void StreamRecorder::checkFailures()
 {
-    if (!m_stream.Failure().isEmpty())
-        stopWithFailure(StopReason::Kind::StreamFailed, m_stream.Failure());
-    else if (!m_output.Error().isEmpty())
-        stopWithFailure(StopReason::Kind::OutputFailed, m_output.Error());
+    if (!m_stream.failure().isEmpty())
+        stopWithFailure(StopReason::Kind::StreamFailed, m_stream.failure());
+    else if (!m_output.error().isEmpty())
+        stopWithFailure(StopReason::Kind::OutputFailed, m_output.error());
 }
 
 void StreamRecorder::stopWithFailure(StopReason::Kind kind, const QString &reason)
@@ -241,13 +241,13 @@ void StreamRecorder::checkLimit()
         return;
     const RecordingSettings::StopLimit limit = *m_settings.limit;
     const std::optional<qint32> elapsed =
-        RecorderStats::ElapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
+        RecorderStats::elapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
     const std::optional<int> percent =
-        RecorderStats::LimitProgress(limit.kind, limit.value, elapsed, m_output.BytesWritten());
+        RecorderStats::limitProgress(limit.kind, limit.value, elapsed, m_output.BytesWritten());
     if (!percent)
         return;
     emit limitProgress(*percent);
-    if (RecorderStats::LimitReached(percent, limit.value))
+    if (RecorderStats::limitReached(percent, limit.value))
         FinishRecording();
 }
 
@@ -276,67 +276,67 @@ RecorderStats::Counters StreamRecorder::counters() const
         .bytesTotal = m_stream.BytesTotal(),
         .bitrate = m_stream.Bitrate(),
         .metaBlocks = m_stream.MetaBlocks(),
-        .receiveBuffer = m_stream.ReceiveBufferLength(),
-        .peakBuffer = m_stream.PeakBuffer(),
-        .averagePacket = m_stream.AveragePacket(),
-        .largestPacket = m_stream.LargestPacket(),
-        .discardedBytes = m_stream.DiscardedBytes(),
-        .resyncCount = m_stream.ResyncCount(),
-        .lastTextValid = m_stream.LastTextValid(),
+        .receiveBuffer = m_stream.receiveBufferLength(),
+        .peakBuffer = m_stream.peakBuffer(),
+        .averagePacket = m_stream.averagePacket(),
+        .largestPacket = m_stream.largestPacket(),
+        .discardedBytes = m_stream.discardedBytes(),
+        .resyncCount = m_stream.resyncCount(),
+        .lastTextValid = m_stream.lastTextValid(),
         .inSync = m_stream.ResyncState() == 0,
         .lastText = m_stream.LastText(),
         .headerText = m_stream.HeaderText(),
         .diskCache = m_output.DiskCache().size(),
-        .blockWrites = m_output.BlockWrites(),
+        .blockWrites = m_output.blockWrites(),
         .bytesWritten = m_output.BytesWritten(),
     };
 }
 
-QString StreamRecorder::ShownTitle() const
+QString StreamRecorder::shownTitle() const
 {
     return m_title;
 }
 
-void StreamRecorder::ShowTitle(const QString &title)
+void StreamRecorder::showTitle(const QString &title)
 {
     m_title = title;
     emit titleChanged(title);
 }
 
-void StreamRecorder::ShowStreamText(const QString &text)
+void StreamRecorder::showStreamText(const QString &text)
 {
     m_status = text;
     emit stationNameChanged(text);
 }
 
-void StreamRecorder::ShowGenre(const QString &genre)
+void StreamRecorder::showGenre(const QString &genre)
 {
     emit genreChanged(genre);
 }
 
-void StreamRecorder::SetHyperlinkA(const QString &url)
+void StreamRecorder::setHyperlinkA(const QString &url)
 {
     emit stationLinkChanged(url);
 }
 
-void StreamRecorder::SetHyperlinkB(const QString &url)
+void StreamRecorder::setHyperlinkB(const QString &url)
 {
     emit songLinkChanged(url);
 }
 
-QString StreamRecorder::ScanSongText() const
+QString StreamRecorder::scanSongText() const
 {
     return m_settings.scanSong;
 }
 
-void StreamRecorder::ShowWaitScan(bool visible)
+void StreamRecorder::showWaitScan(bool visible)
 {
     emit waitingForSong(visible);
 }
 
-void StreamRecorder::SetWriteEnabled(bool enabled)
+void StreamRecorder::setWriteEnabled(bool enabled)
 {
-    m_output.SetWriteEnabled(enabled);
+    m_output.setWriteEnabled(enabled);
 }
 
 void StreamRecorder::WriteToDisk(QByteArrayView data, bool flush)
@@ -351,14 +351,14 @@ void StreamRecorder::NewSong(const QString &title)
     m_output.NewSong(title, m_settings.singleSong, BuildFileName());
 }
 
-bool StreamRecorder::IsFileOpen() const
+bool StreamRecorder::isFileOpen() const
 {
-    return m_output.IsFileOpen();
+    return m_output.isFileOpen();
 }
 
-void StreamRecorder::SwitchToContinuous()
+void StreamRecorder::switchToContinuous()
 {
     m_settings.singleSong = false;
     emit switchedToContinuous();
-    m_output.SwitchToContinuous();
+    m_output.switchToContinuous();
 }

@@ -145,19 +145,19 @@ signals:
     void finished();
 
 private:
-    QString ShownTitle() const override;
-    void ShowTitle(const QString &title) override;
-    void ShowStreamText(const QString &text) override;
-    void ShowGenre(const QString &genre) override;
-    void SetHyperlinkA(const QString &url) override;
-    void SetHyperlinkB(const QString &url) override;
-    QString ScanSongText() const override;
-    void ShowWaitScan(bool visible) override;
-    void SetWriteEnabled(bool enabled) override;
+    QString shownTitle() const override;
+    void showTitle(const QString &title) override;
+    void showStreamText(const QString &text) override;
+    void showGenre(const QString &genre) override;
+    void setHyperlinkA(const QString &url) override;
+    void setHyperlinkB(const QString &url) override;
+    QString scanSongText() const override;
+    void showWaitScan(bool visible) override;
+    void setWriteEnabled(bool enabled) override;
     void WriteToDisk(QByteArrayView data, bool flush) override;
     void NewSong(const QString &title) override;
-    bool IsFileOpen() const override;
-    void SwitchToContinuous() override;
+    bool isFileOpen() const override;
+    void switchToContinuous() override;
 
     void showStatus(const QString &text);
     void end(StopReason reason);

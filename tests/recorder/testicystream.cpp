@@ -15,15 +15,15 @@ namespace {
 class RecordingHost : public IcyStreamHost
 {
 public:
-    QString ShownTitle() const override { return title; }
-    void ShowTitle(const QString &t) override { title = t; }
-    void ShowStreamText(const QString &text) override { stream = text; }
-    void ShowGenre(const QString &g) override { genre = g; }
-    void SetHyperlinkA(const QString &url) override { linkA = url; }
-    void SetHyperlinkB(const QString &url) override { linkB = url; }
-    QString ScanSongText() const override { return scan; }
-    void ShowWaitScan(bool visible) override { waitShown = visible; }
-    void SetWriteEnabled(bool enabled) override { writeEnabled = enabled; }
+    QString shownTitle() const override { return title; }
+    void showTitle(const QString &t) override { title = t; }
+    void showStreamText(const QString &text) override { stream = text; }
+    void showGenre(const QString &g) override { genre = g; }
+    void setHyperlinkA(const QString &url) override { linkA = url; }
+    void setHyperlinkB(const QString &url) override { linkB = url; }
+    QString scanSongText() const override { return scan; }
+    void showWaitScan(bool visible) override { waitShown = visible; }
+    void setWriteEnabled(bool enabled) override { writeEnabled = enabled; }
     void WriteToDisk(QByteArrayView data, bool flush) override
     {
         if (writeEnabled)
@@ -32,8 +32,8 @@ public:
                      (flush ? u" flush"_s : QString()) + (writeEnabled ? QString() : u" disabled"_s);
     }
     void NewSong(const QString &t) override { calls << u"song "_s + t; }
-    bool IsFileOpen() const override { return fileOpen; }
-    void SwitchToContinuous() override
+    bool isFileOpen() const override { return fileOpen; }
+    void switchToContinuous() override
     {
         fileOpen = true;
         calls << u"continuous"_s;
@@ -65,15 +65,15 @@ class IcyStreamTest : public ::testing::Test
 protected:
     void start(int metaint)
     {
-        icy.OnData(header(metaint));
+        icy.onData(header(metaint));
         ASSERT_TRUE(icy.HeaderDone());
     }
     // One packet, then events without data: each event takes one step.
     void feed(const QByteArray &bytes, int events = 1)
     {
-        icy.OnData(bytes);
+        icy.onData(bytes);
         for (int i = 1; i < events; ++i)
-            icy.OnData({});
+            icy.onData({});
     }
     RecordingHost host;
     IcyStream icy{host};
@@ -82,7 +82,7 @@ protected:
 TEST_F(IcyStreamTest, HeaderSplitAcrossPacketsIsConsumedWhenItsEndArrives)
 {
     const QByteArray whole = header(8);
-    icy.OnData(whole.left(whole.size() - 1));
+    icy.onData(whole.left(whole.size() - 1));
     EXPECT_FALSE(icy.HeaderDone());
     feed(whole.right(1) + "AUD");
     EXPECT_TRUE(icy.HeaderDone());
@@ -101,17 +101,17 @@ TEST_F(IcyStreamTest, SmallIntervalsTakeOneEventEachAndABacklogIsWorkedOffAtOnce
     feed(header(8) + "AAAAA");
     feed("AAA" + QByteArray(1, '\0') + interval("B", 8) + '\0');
     EXPECT_EQ(icy.BytesTotal(), 8) << "audio after the header counts towards the first interval";
-    EXPECT_EQ(icy.ReceiveBufferLength(), 9);
-    icy.OnData({});
-    EXPECT_EQ(icy.ReceiveBufferLength(), 0);
+    EXPECT_EQ(icy.receiveBufferLength(), 9);
+    icy.onData({});
+    EXPECT_EQ(icy.receiveBufferLength(), 0);
     const int m = 16000;
     RecordingHost flooded;
     IcyStream stream(flooded);
-    stream.OnData(header(m));
+    stream.onData(header(m));
     const QByteArray unit = interval("A", m) + char(0);
     const int intervals = 3 * IcyStream::BacklogLimit / unit.size();
-    stream.OnData(unit.repeated(intervals));
-    EXPECT_EQ(stream.ReceiveBufferLength(), 0);
+    stream.onData(unit.repeated(intervals));
+    EXPECT_EQ(stream.receiveBufferLength(), 0);
     EXPECT_EQ(flooded.written.size(), qsizetype(intervals) * m);
 }
 
@@ -129,7 +129,7 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
         host.title.clear();
-        icy.SetLastText(QString::fromLatin1(row.text));
+        icy.setLastText(QString::fromLatin1(row.text));
         EXPECT_EQ(icy.ParseMetadata(), *row.title != 0);
         EXPECT_EQ(host.title, QString::fromLatin1(row.title));
         EXPECT_EQ(host.linkB, QString::fromLatin1(row.link));
@@ -156,7 +156,7 @@ TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrClean)
                 {"='x';", false},
                 {QByteArray(16, '\0'), false}};
     for (const auto &row : rows)
-        EXPECT_EQ(IcyStream::IsWellFormed(row.block), row.wellFormed) << row.block.toStdString();
+        EXPECT_EQ(IcyStream::isWellFormed(row.block), row.wellFormed) << row.block.toStdString();
 }
 
 TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
@@ -168,7 +168,7 @@ TEST_F(IcyStreamTest, BlockMissingOnlyItsLastByteIsTakenShort)
     feed(full.mid(full.size() - 2, 1));
     EXPECT_EQ(icy.MetaBlocks(), 1);
     EXPECT_EQ(host.title, u"X");
-    EXPECT_EQ(icy.ReceiveBufferLength(), 0);
+    EXPECT_EQ(icy.receiveBufferLength(), 0);
     // The block's last byte arrives as the next interval's first.
     feed(full.right(1));
     EXPECT_EQ(icy.ReceiveBuffer(), QByteArrayView(";"));
@@ -201,16 +201,16 @@ TEST_F(IcyStreamTest, ResyncDropsOnlyTheBytesBeforeTheNextGoodBlock)
         fresh.title = u"Before"_s;
         fresh.writeEnabled = true;
         IcyStream stream(fresh);
-        stream.OnData(header(m));
-        stream.OnData(row.stream);
+        stream.onData(header(m));
+        stream.onData(row.stream);
         EXPECT_EQ(stream.ResyncState(), IcyStream::ResyncLost);
-        EXPECT_FALSE(stream.LastTextValid());
+        EXPECT_FALSE(stream.lastTextValid());
         EXPECT_TRUE(fresh.calls.isEmpty());
-        stream.OnData({});
+        stream.onData({});
         EXPECT_EQ(stream.ResyncState(), 0);
-        EXPECT_EQ(stream.ResyncCount(), 1);
-        EXPECT_EQ(stream.DiscardedBytes(), row.discarded);
-        stream.OnData({});
+        EXPECT_EQ(stream.resyncCount(), 1);
+        EXPECT_EQ(stream.discardedBytes(), row.discarded);
+        stream.onData({});
         EXPECT_EQ(fresh.written, row.written);
         EXPECT_EQ(fresh.title, u"Next"_s);
     }
@@ -225,7 +225,7 @@ TEST_F(IcyStreamTest, WhileLostOnlyWhatAComingBlockNeedsIsKept)
     const QByteArray noise(64 * 1024, '\x01');
     for (int i = 0; i < 80; ++i) {
         feed(noise);
-        ASSERT_LE(icy.ReceiveBufferLength(), 8001 + 10 + noise.size());
+        ASSERT_LE(icy.receiveBufferLength(), 8001 + 10 + noise.size());
     }
     feed(interval("T", 8000) + block("StreamTitle='Back';"), 2);
     EXPECT_EQ(icy.ResyncState(), 0);
@@ -249,8 +249,8 @@ TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
     untitled.fileOpen = false;
     untitled.scan = u"wanted"_s;
     IcyStream stream(untitled);
-    stream.OnData(QByteArray("ICY 200 OK\r\n\r\n" + interval("A", 16)));
-    stream.OnData({});
+    stream.onData(QByteArray("ICY 200 OK\r\n\r\n" + interval("A", 16)));
+    stream.onData({});
     EXPECT_EQ(untitled.calls.value(0), u"continuous"_s);
     EXPECT_TRUE(untitled.waitShown);
     EXPECT_TRUE(untitled.written.isEmpty());
@@ -272,7 +272,7 @@ TEST_F(IcyStreamTest, StopAndReconnectionFinishWhatIsHeld)
     // Three intervals wait, the last block carrying a new title, then half an interval.
     feed(interval("A", 8) + block("StreamTitle='One';") + interval("B", 8) + '\0' + interval("C", 8) +
          block("StreamTitle='Two';") + "DDDD");
-    icy.Interrupt();
+    icy.interrupt();
     EXPECT_EQ(host.calls,
               (QStringList{u"write A.. flush"_s, u"song One"_s, u"write A.."_s, u"write B.."_s,
                            u"write C.. flush"_s, u"song Two"_s, u"write C.."_s, u"write DDD flush"_s}));
@@ -290,19 +290,19 @@ TEST_F(IcyStreamTest, StopAndReconnectionFinishWhatIsHeld)
 TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
 {
     start(100000);
-    icy.Reset();
+    icy.reset();
     EXPECT_FALSE(icy.HeaderDone());
     EXPECT_EQ(icy.MetaInterval(), 100000);
     EXPECT_EQ(icy.Bitrate(), 0);
     for (const int size : {100, 51, 10})
         feed(QByteArray(size, 'x'));
-    EXPECT_EQ(icy.AveragePacket(), 43); // 100, then (51+100)/2 = 75.5 -> 76, then (10+76)/2
-    EXPECT_EQ(icy.LargestPacket(), 100);
-    EXPECT_EQ(icy.PeakBuffer(), 161);
-    icy.FlushRest();
+    EXPECT_EQ(icy.averagePacket(), 43); // 100, then (51+100)/2 = 75.5 -> 76, then (10+76)/2
+    EXPECT_EQ(icy.largestPacket(), 100);
+    EXPECT_EQ(icy.peakBuffer(), 161);
+    icy.flushRest();
     EXPECT_EQ(host.calls, QStringList{u"write xxx flush disabled"_s});
     EXPECT_EQ(icy.BytesTotal(), 161);
-    EXPECT_EQ(icy.ReceiveBufferLength(), 0);
+    EXPECT_EQ(icy.receiveBufferLength(), 0);
 }
 
 TEST_F(IcyStreamTest, AnIntervalThatCannotBeRecordedFailsTheStream)
@@ -311,14 +311,14 @@ TEST_F(IcyStreamTest, AnIntervalThatCannotBeRecordedFailsTheStream)
         SCOPED_TRACE(interval.toStdString());
         RecordingHost fresh;
         IcyStream stream(fresh);
-        stream.OnData(QByteArray("ICY 200 OK\r\nicy-metaint:" + interval + "\r\nicy-br:99999\r\n\r\nAUDIO"));
-        stream.OnData(QByteArray(4096, 'x'));
+        stream.onData(QByteArray("ICY 200 OK\r\nicy-metaint:" + interval + "\r\nicy-br:99999\r\n\r\nAUDIO"));
+        stream.onData(QByteArray(4096, 'x'));
         EXPECT_EQ(stream.Bitrate(), 0) << "a number that does not fit leaves its field";
-        EXPECT_TRUE(stream.Failure().contains(QString::fromLatin1(interval)))
-            << stream.Failure().toStdString();
-        EXPECT_EQ(stream.ReceiveBufferLength(), 0);
-        stream.Reset();
-        EXPECT_TRUE(stream.Failure().isEmpty());
+        EXPECT_TRUE(stream.failure().contains(QString::fromLatin1(interval)))
+            << stream.failure().toStdString();
+        EXPECT_EQ(stream.receiveBufferLength(), 0);
+        stream.reset();
+        EXPECT_TRUE(stream.failure().isEmpty());
     }
 }
 

@@ -19,9 +19,9 @@ protected:
     QString path(const QString &name) const { return profile.root() + u'/' + name; }
     void openAt(const QString &name)
     {
-        out.SetFileName(path(name));
+        out.setFileName(path(name));
         ASSERT_TRUE(out.OpenFile());
-        out.SetWriteEnabled(true);
+        out.setWriteEnabled(true);
     }
     RecordingOutput out;
 };
@@ -49,18 +49,18 @@ TEST_F(RecordingOutputTest, CacheGoesOutPast64000BytesOrOnFlush)
     for (int i = 0; i < 4; ++i)
         out.WriteToDisk(chunk, false);
     EXPECT_EQ(out.DiskCache().size(), 64000);
-    EXPECT_EQ(out.BlockWrites(), 0);
+    EXPECT_EQ(out.blockWrites(), 0);
     out.WriteToDisk("b", false);
     EXPECT_EQ(out.DiskCache().size(), 0);
-    EXPECT_EQ(out.BlockWrites(), 1);
+    EXPECT_EQ(out.blockWrites(), 1);
     out.WriteToDisk("cd", true);
-    EXPECT_EQ(out.BlockWrites(), 2);
+    EXPECT_EQ(out.blockWrites(), 2);
     EXPECT_EQ(out.BytesWritten(), 64003);
-    out.SetWriteEnabled(false);
+    out.setWriteEnabled(false);
     out.WriteToDisk("dropped", true);
     out.CloseFile();
     EXPECT_EQ(TempProfile::readFile(path(u"a.mp3"_s)), chunk.repeated(4) + "bcd");
-    EXPECT_TRUE(out.Error().isEmpty());
+    EXPECT_TRUE(out.error().isEmpty());
 }
 
 TEST_F(RecordingOutputTest, NewSongOpensACleanedFileInSingleSongMode)

@@ -143,8 +143,8 @@ RecordingSettings FrmTCControls::recordingSettings() const
 
 void FrmTCControls::showStatistics(const RecorderStats::Counters &counters)
 {
-    setLabel(lbStore, RecorderStats::StoredSizeText(counters.bytesTotal));
-    if (const auto elapsed = RecorderStats::ElapsedSeconds(counters.bytesTotal, counters.bitrate))
+    setLabel(lbStore, RecorderStats::storedSizeText(counters.bytesTotal));
+    if (const auto elapsed = RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate))
         setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
     setLabel(lbBitrate, counters.bitrate > 0 ? QString::number(counters.bitrate) + QStringLiteral(" kbit/s")
                                              : QString());
@@ -153,16 +153,16 @@ void FrmTCControls::showStatistics(const RecorderStats::Counters &counters)
 
 void FrmTCControls::showMonitor(const RecorderStats::Counters &counters)
 {
-    setLabel(lbBuffer_Current, RecorderStats::BytesText(double(counters.receiveBuffer)));
-    setLabel(lbBuffer_Peak, RecorderStats::BytesText(counters.peakBuffer));
-    if (const auto percent = RecorderStats::BufferBarPercent(counters.receiveBuffer, counters.peakBuffer))
+    setLabel(lbBuffer_Current, RecorderStats::bytesText(double(counters.receiveBuffer)));
+    setLabel(lbBuffer_Peak, RecorderStats::bytesText(counters.peakBuffer));
+    if (const auto percent = RecorderStats::bufferBarPercent(counters.receiveBuffer, counters.peakBuffer))
         setBar(Bar_Buffer, *percent);
-    setLabel(lbPacket_Size, RecorderStats::BytesText(counters.averagePacket));
-    setLabel(lbPacket_Max, RecorderStats::BytesText(counters.largestPacket));
-    setLabel(lbDCache, RecorderStats::DiskCacheText(counters.diskCache));
-    setBar(Bar_Cache, RecorderStats::CacheBarPercent(counters.diskCache));
-    setLabel(lbSyncStat, RecorderStats::SyncStatText(counters.discardedBytes, counters.resyncCount));
-    setLabel(lbRealBytes, RecorderStats::BytesText(counters.bytesWritten));
+    setLabel(lbPacket_Size, RecorderStats::bytesText(counters.averagePacket));
+    setLabel(lbPacket_Max, RecorderStats::bytesText(counters.largestPacket));
+    setLabel(lbDCache, RecorderStats::diskCacheText(counters.diskCache));
+    setBar(Bar_Cache, RecorderStats::cacheBarPercent(counters.diskCache));
+    setLabel(lbSyncStat, RecorderStats::syncStatText(counters.discardedBytes, counters.resyncCount));
+    setLabel(lbRealBytes, RecorderStats::bytesText(counters.bytesWritten));
     setLabel(lbBlock_Writes, QString::number(counters.blockWrites));
     lbValid->setVisible(counters.lastTextValid);
     lbInvalid->setVisible(!counters.lastTextValid);

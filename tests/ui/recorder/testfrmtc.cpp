@@ -133,7 +133,7 @@ TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
     EXPECT_TRUE(text("lbSong").isEmpty());
     expectIdle();
     EXPECT_TRUE(
-        waitUntil([&] { return text("lbStore") == RecorderStats::StoredSizeText(double(consumed)); }, Wait));
+        waitUntil([&] { return text("lbStore") == RecorderStats::storedSizeText(double(consumed)); }, Wait));
     EXPECT_EQ(text("lbBitrate"), u"128 kbit/s"_s);
     EXPECT_TRUE(power.exitCalls.isEmpty());
 }
