@@ -5,6 +5,7 @@
 #include "catalogue/stationnames.h"
 #include "recorder/icystreamhost.h"
 
+#include <QCoreApplication>
 #include <QStringDecoder>
 #include <QStringList>
 
@@ -169,7 +170,8 @@ void IcyStream::headerStep()
     ParseResponseText();
     m_headerDone = true;
     if (m_metaInterval < 0 || m_metaInterval > MaxMetaInterval) {
-        m_failure = QStringLiteral("The station's metadata interval (%1 bytes) cannot be recorded.")
+        m_failure = QCoreApplication::translate(
+                        "IcyStream", "The station's metadata interval (%1 bytes) cannot be recorded.")
                         .arg(m_metaInterval);
         m_buffer.clear();
         m_offset = 0;

@@ -3,6 +3,8 @@
 #include "base/conversions.h"
 #include "recorder/recordingoutput.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -40,8 +42,10 @@ QString MakeTime(qint32 seconds)
 QString storedSizeText(double bytesTotal)
 {
     if (bytesTotal >= 950000)
-        return numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100) + QStringLiteral(" MB");
-    return numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100) + QStringLiteral(" KB");
+        return QCoreApplication::translate("RecorderStats", "%1 MB")
+            .arg(numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100));
+    return QCoreApplication::translate("RecorderStats", "%1 KB")
+        .arg(numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100));
 }
 
 std::optional<qint32> elapsedSeconds(double bytesTotal, qint16 bitrate)
@@ -72,19 +76,21 @@ bool limitReached(std::optional<int> percent, double limitValue)
 
 QString bytesText(double bytes)
 {
-    return numberText(bytes) + QStringLiteral(" bytes");
+    return QCoreApplication::translate("RecorderStats", "%1 bytes").arg(numberText(bytes));
 }
 
 QString diskCacheText(qsizetype cacheLength)
 {
-    return QString::number(cacheLength) + QStringLiteral(" bytes / ") + QString::number(RecordingOutput::CacheLimit) +
-           QStringLiteral(" bytes");
+    return QCoreApplication::translate("RecorderStats", "%1 bytes / %2 bytes")
+        .arg(cacheLength)
+        .arg(RecordingOutput::CacheLimit);
 }
 
 QString syncStatText(double discardedBytes, qint32 resyncCount)
 {
-    return numberText(discardedBytes) + QStringLiteral(" bytes have been discarded in ") +
-           QString::number(resyncCount) + QStringLiteral(" resyncs. ");
+    return QCoreApplication::translate("RecorderStats", "%1 bytes have been discarded in %2 resyncs. ")
+        .arg(numberText(discardedBytes))
+        .arg(resyncCount);
 }
 
 std::optional<int> bufferBarPercent(qsizetype bufferLength, double peakBuffer)

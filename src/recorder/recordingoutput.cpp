@@ -2,6 +2,7 @@
 
 #include "catalogue/stationnames.h"
 
+#include <QCoreApplication>
 #include <QDir>
 
 namespace {
@@ -60,7 +61,8 @@ bool RecordingOutput::OpenFile()
     // Unbuffered: every cache flush is one write, and a failing one is seen at once.
     if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return true;
-    fail(QStringLiteral("Unable to open \"%1\": %2").arg(m_fileName, m_file.errorString()));
+    fail(QCoreApplication::translate("RecordingOutput", "Unable to open \"%1\": %2")
+             .arg(m_fileName, m_file.errorString()));
     return false;
 }
 
@@ -99,7 +101,8 @@ void RecordingOutput::writeBlock(QByteArrayView block)
         m_bytesWritten += static_cast<double>(written);
     ++m_blockWrites;
     if (written != block.size())
-        fail(QStringLiteral("Unable to write \"%1\": %2").arg(m_file.fileName(), m_file.errorString()));
+        fail(QCoreApplication::translate("RecordingOutput", "Unable to write \"%1\": %2")
+                 .arg(m_file.fileName(), m_file.errorString()));
 }
 
 void RecordingOutput::NewSong(const QString &title, bool singleSong, const QString &freshName)

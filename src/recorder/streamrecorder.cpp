@@ -132,7 +132,7 @@ bool StreamRecorder::StartStream(const QString &address)
     try {
         target = ParseAddress(address);
     } catch (const AppError &error) {
-        showStatus(tr("Invalid stream address: ") + error.description());
+        showStatus(tr("Invalid stream address: %1").arg(error.description()));
         return false;
     }
     m_stream.reset();
@@ -223,7 +223,7 @@ void StreamRecorder::onDownloadComplete(const QString &key, const QByteArray &bo
         stopWithFailure(StopReason::Kind::Unreachable, tr("PLS contains no valid stream url"));
         return;
     }
-    showStatus(tr("Connecting to: ") + address);
+    showStatus(tr("Connecting to: %1").arg(address));
     StartRecording(address);
 }
 
@@ -232,7 +232,7 @@ void StreamRecorder::onDownloadError(const QString &key, int statusCode, const Q
     if (key != TagRecording)
         return;
     stopWithFailure(StopReason::Kind::Unreachable,
-                    tr("PLS error: ") + QString::number(statusCode) + QStringLiteral(": ") + statusText);
+                    tr("PLS error: %1: %2").arg(QString::number(statusCode), statusText));
 }
 
 void StreamRecorder::checkLimit()

@@ -77,6 +77,11 @@ FrmTC::~FrmTC()
     m_recorder->disconnect(this);
 }
 
+QString FrmTC::captionStop()
+{
+    return tr("Stop");
+}
+
 void FrmTC::wireControls()
 {
     connect(cmdRecord, &QPushButton::clicked, this, &FrmTC::cmdRecord_Click);
@@ -108,12 +113,12 @@ void FrmTC::wireRecorder()
 {
     const StreamRecorder *r = m_recorder;
     connect(r, &StreamRecorder::started, this, [this] {
-        cmdRecord->setText(CaptionStop);
+        cmdRecord->setText(captionStop());
         SetMode(false);
     });
     connect(r, &StreamRecorder::stopped, this, [this] {
         SetMode(true);
-        cmdRecord->setText(CaptionRecord);
+        cmdRecord->setText(captionRecord());
     });
     connect(r, &StreamRecorder::statusChanged, this,
             [this](const QString &text) { setLabel(lbStream, text); });

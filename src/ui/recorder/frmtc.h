@@ -38,10 +38,10 @@ public:
         StreamConnection::Timing connection;
     };
 
-    using FrmTCControls::CaptionRecord;
-    using FrmTCControls::CaptionShowHeader;
-    using FrmTCControls::CaptionShowMetadata;
-    static inline const QString CaptionStop = QStringLiteral("Stop");
+    using FrmTCControls::captionRecord;
+    using FrmTCControls::captionShowHeader;
+    using FrmTCControls::captionShowMetadata;
+    static QString captionStop();
 
     FrmTC(Prompt &prompt, const LaunchOptions &launch, PowerControl &power, QWidget *parent = nullptr,
           Hooks hooks = {});

@@ -54,7 +54,8 @@ QLabel *indicator(const QString &name, const QString &text, const QColor &mark)
 {
     auto *label = named(new QLabel, name);
     label->setTextFormat(Qt::RichText);
-    label->setText(QStringLiteral("<span style=\"color:%1\">&#x25CF;</span> <b>%2</b>").arg(mark.name(), text));
+    label->setText(
+        QStringLiteral("<span style=\"color:%1\">&#x25CF;</span> <b>%2</b>").arg(mark.name(), text));
     label->setAccessibleName(text);
     return label;
 }
@@ -84,6 +85,21 @@ void addPair(QGridLayout *grid, int &row, const QString &left, QWidget *a, const
 }
 
 } // namespace
+
+QString FrmTCControls::captionRecord()
+{
+    return tr("Record");
+}
+
+QString FrmTCControls::captionShowHeader()
+{
+    return tr("Show Header");
+}
+
+QString FrmTCControls::captionShowMetadata()
+{
+    return tr("Show Metadata");
+}
 
 void FrmTCControls::setLabel(QLabel *label, const QString &text)
 {
@@ -146,9 +162,8 @@ void FrmTCControls::showStatistics(const RecorderStats::Counters &counters)
     setLabel(lbStore, RecorderStats::storedSizeText(counters.bytesTotal));
     if (const auto elapsed = RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate))
         setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate, counters.bitrate > 0 ? QString::number(counters.bitrate) + QStringLiteral(" kbit/s")
-                                             : QString());
-    setLabel(lbPackets, QString::number(counters.metaBlocks) + QStringLiteral(" blocks"));
+    setLabel(lbBitrate, counters.bitrate > 0 ? tr("%1 kbit/s").arg(counters.bitrate) : QString());
+    setLabel(lbPackets, tr("%1 blocks").arg(counters.metaBlocks));
 }
 
 void FrmTCControls::showMonitor(const RecorderStats::Counters &counters)
@@ -172,13 +187,13 @@ void FrmTCControls::showMonitor(const RecorderStats::Counters &counters)
 
 void FrmTCControls::switchMetaView(const RecorderStats::Counters &counters)
 {
-    btShow->setText(btShow->text() == CaptionShowHeader ? CaptionShowMetadata : CaptionShowHeader);
+    btShow->setText(btShow->text() == captionShowHeader() ? captionShowMetadata() : captionShowHeader());
     showMeta(counters);
 }
 
 void FrmTCControls::showMeta(const RecorderStats::Counters &counters)
 {
-    QString text = btShow->text() == CaptionShowHeader ? counters.lastText : counters.headerText;
+    QString text = btShow->text() == captionShowHeader() ? counters.lastText : counters.headerText;
     text.remove(QChar(0)); // metadata blocks are padded with zero bytes
     if (txtMeta->toPlainText() != text)
         txtMeta->setPlainText(text);
@@ -190,15 +205,15 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addWidget(buildInputs());
     top->addWidget(buildStatus());
 
-    auto *record = named(new SchemeButton(CaptionRecord), QStringLiteral("cmdRecord"));
+    auto *record = named(new SchemeButton(captionRecord()), QStringLiteral("cmdRecord"));
     record->SetAccent(true);
     cmdRecord = record;
     cmdRecord->setDefault(true);
     cmdRecord->setMinimumWidth(110);
-    cmdMonitor = named(new SchemeButton(QStringLiteral("Monitor")), QStringLiteral("cmdMonitor"));
+    cmdMonitor = named(new SchemeButton(tr("Monitor")), QStringLiteral("cmdMonitor"));
     cmdMonitor->setCheckable(true);
-    cmdSchedule = named(new SchemeButton(QStringLiteral("Schedule...")), QStringLiteral("cmdSchedule"));
-    cmdStations = named(new SchemeButton(QStringLiteral("Stations")), QStringLiteral("cmdStations"));
+    cmdSchedule = named(new SchemeButton(tr("Schedule...")), QStringLiteral("cmdSchedule"));
+    cmdStations = named(new SchemeButton(tr("Stations")), QStringLiteral("cmdStations"));
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdRecord);
     buttons->addWidget(cmdMonitor);
@@ -214,7 +229,7 @@ void FrmTCControls::setupControls(QWidget *window)
 
 QWidget *FrmTCControls::buildInputs()
 {
-    auto *box = new RoundedFrame(QStringLiteral("Recording"));
+    auto *box = new RoundedFrame(tr("Recording"));
     auto *form = new QFormLayout(box);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
@@ -222,36 +237,33 @@ QWidget *FrmTCControls::buildInputs()
     QFont bold = LblStation->font();
     bold.setBold(true);
     LblStation->setFont(bold);
-    form->addRow(caption(QStringLiteral("Station:"), LblStation), LblStation);
+    form->addRow(caption(tr("Station:"), LblStation), LblStation);
 
     txtStream = named(new QLineEdit, QStringLiteral("txtStream"));
-    txtStream->setPlaceholderText(QStringLiteral("http(s)://host:port/path or a .pls playlist address"));
-    form->addRow(caption(QStringLiteral("Stream address:"), txtStream), txtStream);
+    txtStream->setPlaceholderText(tr("http(s)://host:port/path or a .pls playlist address"));
+    form->addRow(caption(tr("Stream address:"), txtStream), txtStream);
 
     txtSave = named(new QLineEdit, QStringLiteral("txtSave"));
-    btSave = named(new QPushButton(QStringLiteral("Browse...")), QStringLiteral("btSave"));
+    btSave = named(new QPushButton(tr("Browse...")), QStringLiteral("btSave"));
     auto *saveRow = new QHBoxLayout;
     saveRow->addWidget(txtSave, 1);
     saveRow->addWidget(btSave);
-    form->addRow(caption(QStringLiteral("Save as:"), txtSave), saveRow);
+    form->addRow(caption(tr("Save as:"), txtSave), saveRow);
 
-    chkSingleSong =
-        named(new QCheckBox(QStringLiteral("One file per song")), QStringLiteral("chkSingleSong"));
+    chkSingleSong = named(new QCheckBox(tr("One file per song")), QStringLiteral("chkSingleSong"));
     form->addRow(QString(), chkSingleSong);
 
     txtScanSong = named(new QLineEdit, QStringLiteral("txtScanSong"));
-    txtScanSong->setPlaceholderText(QStringLiteral("Start writing when a title holds this text"));
-    lblWaitScan =
-        named(new QLabel(QStringLiteral("Waiting for a matching title...")), QStringLiteral("lblWaitScan"));
+    txtScanSong->setPlaceholderText(tr("Start writing when a title holds this text"));
+    lblWaitScan = named(new QLabel(tr("Waiting for a matching title...")), QStringLiteral("lblWaitScan"));
     lblWaitScan->hide();
     auto *scanRow = new QHBoxLayout;
     scanRow->addWidget(txtScanSong, 1);
     scanRow->addWidget(lblWaitScan);
-    form->addRow(caption(QStringLiteral("Wait for song:"), txtScanSong), scanRow);
+    form->addRow(caption(tr("Wait for song:"), txtScanSong), scanRow);
 
-    const QString optionTexts[2] = {QStringLiteral("after minutes:"), QStringLiteral("after megabytes:")};
-    const QString limitNames[2] = {QStringLiteral("Stop after minutes"),
-                                   QStringLiteral("Stop after megabytes")};
+    const QString optionTexts[2] = {tr("after minutes:"), tr("after megabytes:")};
+    const QString limitNames[2] = {tr("Stop after minutes"), tr("Stop after megabytes")};
     auto *stopRow = new QHBoxLayout;
     for (int i = 0; i < 2; ++i) {
         optBreak[i] =
@@ -264,21 +276,21 @@ QWidget *FrmTCControls::buildInputs()
         stopRow->addSpacing(12);
     }
     stopRow->addStretch();
-    form->addRow(QStringLiteral("Stop:"), stopRow);
+    form->addRow(tr("Stop:"), stopRow);
 
-    ChkHibernate = named(new QCheckBox(QStringLiteral("Hibernate")), QStringLiteral("ChkHibernate"));
-    ChkShutDown = named(new QCheckBox(QStringLiteral("Shut down")), QStringLiteral("ChkShutDown"));
+    ChkHibernate = named(new QCheckBox(tr("Hibernate")), QStringLiteral("ChkHibernate"));
+    ChkShutDown = named(new QCheckBox(tr("Shut down")), QStringLiteral("ChkShutDown"));
     auto *afterRow = new QHBoxLayout;
     afterRow->addWidget(ChkHibernate);
     afterRow->addWidget(ChkShutDown);
     afterRow->addStretch();
-    form->addRow(QStringLiteral("Afterwards:"), afterRow);
+    form->addRow(tr("Afterwards:"), afterRow);
     return box;
 }
 
 QWidget *FrmTCControls::buildStatus()
 {
-    auto *box = new RoundedFrame(QStringLiteral("Now recording"));
+    auto *box = new RoundedFrame(tr("Now recording"));
     auto *grid = new QGridLayout(box);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
@@ -299,53 +311,52 @@ QWidget *FrmTCControls::buildStatus()
     Bar = percentBar(QStringLiteral("Bar"));
 
     int row = 0;
-    addWide(grid, row, QStringLiteral("Status:"), lbStream);
-    addWide(grid, row, QStringLiteral("Song:"), lbSong);
-    addWide(grid, row, QStringLiteral("Genre:"), lbGenre);
-    addWide(grid, row, QStringLiteral("Home page:"), lnkStation);
-    addWide(grid, row, QStringLiteral("Song page:"), lnkStream);
-    addPair(grid, row, QStringLiteral("Stored:"), lbStore, QStringLiteral("Time:"), lbTime);
-    addPair(grid, row, QStringLiteral("Bit rate:"), lbBitrate, QStringLiteral("Metadata:"), lbPackets);
-    addWide(grid, row, QStringLiteral("Limit:"), Bar);
+    addWide(grid, row, tr("Status:"), lbStream);
+    addWide(grid, row, tr("Song:"), lbSong);
+    addWide(grid, row, tr("Genre:"), lbGenre);
+    addWide(grid, row, tr("Home page:"), lnkStation);
+    addWide(grid, row, tr("Song page:"), lnkStream);
+    addPair(grid, row, tr("Stored:"), lbStore, tr("Time:"), lbTime);
+    addPair(grid, row, tr("Bit rate:"), lbBitrate, tr("Metadata:"), lbPackets);
+    addWide(grid, row, tr("Limit:"), Bar);
     return box;
 }
 
 QWidget *FrmTCControls::buildMonitor()
 {
-    monitorPanel = named(new RoundedFrame(QStringLiteral("Monitor")), QStringLiteral("monitorPanel"));
+    monitorPanel = named(new RoundedFrame(tr("Monitor")), QStringLiteral("monitorPanel"));
     auto *grid = new QGridLayout(monitorPanel);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
 
     lbBuffer_Current = valueLabel(QStringLiteral("lbBuffer_Current"));
     lbBuffer_Peak = valueLabel(QStringLiteral("lbBuffer_Peak"));
-    Bar_Buffer = percentBar(QStringLiteral("Bar_Buffer"), QStringLiteral("Buffer against its peak"));
+    Bar_Buffer = percentBar(QStringLiteral("Bar_Buffer"), tr("Buffer against its peak"));
     lbPacket_Size = valueLabel(QStringLiteral("lbPacket_Size"));
     lbPacket_Max = valueLabel(QStringLiteral("lbPacket_Max"));
     lbDCache = valueLabel(QStringLiteral("lbDCache"));
-    Bar_Cache = percentBar(QStringLiteral("Bar_Cache"), QStringLiteral("Disk cache filled"));
+    Bar_Cache = percentBar(QStringLiteral("Bar_Cache"), tr("Disk cache filled"));
     lbSyncStat = valueLabel(QStringLiteral("lbSyncStat"));
     lbRealBytes = valueLabel(QStringLiteral("lbRealBytes"));
     lbBlock_Writes = valueLabel(QStringLiteral("lbBlock_Writes"));
-    lbValid = indicator(QStringLiteral("lbValid"), QStringLiteral("Valid"), Good);
-    lbInvalid = indicator(QStringLiteral("lbInvalid"), QStringLiteral("Invalid"), Bad);
-    lbSync = indicator(QStringLiteral("lbSync"), QStringLiteral("In sync"), Good);
-    btShow = named(new QPushButton(CaptionShowHeader), QStringLiteral("btShow"));
+    lbValid = indicator(QStringLiteral("lbValid"), tr("Valid"), Good);
+    lbInvalid = indicator(QStringLiteral("lbInvalid"), tr("Invalid"), Bad);
+    lbSync = indicator(QStringLiteral("lbSync"), tr("In sync"), Good);
+    btShow = named(new QPushButton(captionShowHeader()), QStringLiteral("btShow"));
     txtMeta = named(new QPlainTextEdit, QStringLiteral("txtMeta"));
-    txtMeta->setAccessibleName(QStringLiteral("Header or metadata text"));
+    txtMeta->setAccessibleName(tr("Header or metadata text"));
     txtMeta->setReadOnly(true);
     txtMeta->setMinimumHeight(90);
     txtMeta->setMaximumHeight(140);
 
     int row = 0;
-    addPair(grid, row, QStringLiteral("Buffer:"), lbBuffer_Current, QStringLiteral("Peak:"), lbBuffer_Peak);
+    addPair(grid, row, tr("Buffer:"), lbBuffer_Current, tr("Peak:"), lbBuffer_Peak);
     grid->addWidget(Bar_Buffer, row++, 1, 1, 3);
-    addPair(grid, row, QStringLiteral("Packet:"), lbPacket_Size, QStringLiteral("Largest:"), lbPacket_Max);
-    addWide(grid, row, QStringLiteral("Disk cache:"), lbDCache);
+    addPair(grid, row, tr("Packet:"), lbPacket_Size, tr("Largest:"), lbPacket_Max);
+    addWide(grid, row, tr("Disk cache:"), lbDCache);
     grid->addWidget(Bar_Cache, row++, 1, 1, 3);
-    addPair(grid, row, QStringLiteral("Written:"), lbRealBytes, QStringLiteral("Block writes:"),
-            lbBlock_Writes);
-    addWide(grid, row, QStringLiteral("Sync:"), lbSyncStat);
+    addPair(grid, row, tr("Written:"), lbRealBytes, tr("Block writes:"), lbBlock_Writes);
+    addWide(grid, row, tr("Sync:"), lbSyncStat);
     auto *indicators = new QHBoxLayout;
     indicators->addWidget(lbValid);
     indicators->addWidget(lbInvalid);

@@ -2,6 +2,7 @@
 
 #include "recorder/recorderstats.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 class QCheckBox;
@@ -23,10 +24,12 @@ struct RecordingSettings;
 // written only when their content changes, so nothing flickers.
 class FrmTCControls
 {
+    Q_DECLARE_TR_FUNCTIONS(FrmTCControls)
+
 public:
-    static inline const QString CaptionRecord = QStringLiteral("Record");
-    static inline const QString CaptionShowHeader = QStringLiteral("Show Header");
-    static inline const QString CaptionShowMetadata = QStringLiteral("Show Metadata");
+    static QString captionRecord();
+    static QString captionShowHeader();
+    static QString captionShowMetadata();
 
     // Builds the controls into the window; the monitor panel starts hidden.
     void setupControls(QWidget *window);

@@ -90,7 +90,7 @@ protected:
     }
     void expectIdle() const
     {
-        EXPECT_EQ(button("cmdRecord")->text(), FrmTC::CaptionRecord);
+        EXPECT_EQ(button("cmdRecord")->text(), FrmTC::captionRecord());
         for (const char *input : {"txtStream", "txtSave", "txtBreak0", "txtBreak1"})
             EXPECT_TRUE(edit(input)->isEnabled()) << input;
     }
@@ -109,7 +109,7 @@ TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
     server.repeatTitles = true;
     openFor(u"./%STATION%_%SONG%.mp3"_s, true);
     button("cmdRecord")->click();
-    EXPECT_EQ(button("cmdRecord")->text(), FrmTC::CaptionStop);
+    EXPECT_EQ(button("cmdRecord")->text(), FrmTC::captionStop());
     for (const char *input : {"txtStream", "txtSave", "txtBreak0", "txtBreak1"})
         EXPECT_FALSE(edit(input)->isEnabled()) << input;
     ASSERT_TRUE(waitUntil([&] { return text("lbSong") == u"Zo\u00eb"; }, Wait));
