@@ -180,7 +180,7 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
         state.SetIterationTime(double(wall.elapsed()) / 1000);
         state.counters["peak_rss_growth_kb"] = peak - before;
         state.counters["peak_receive_buffer_kb"] = window->Stream().peakBuffer() / 1024;
-        state.counters["peak_header_kb"] = double(window->recorder().Connection().PeakHeader()) / 1024;
+        state.counters["peak_header_kb"] = double(window->recorder().connection().PeakHeader()) / 1024;
         state.counters["recorded_mb"] = window->Stream().BytesTotal() / 1e6;
         state.counters["ended_by_itself"] = window->Recording() ? 0 : 1;
         if (window->Recording())

@@ -118,9 +118,9 @@ public:
 
     RecorderStats::Counters counters() const;
     // The parts of a recording, for whoever watches one.
-    const IcyStream &Stream() const { return m_stream; }
-    const RecordingOutput &Output() const { return m_output; }
-    const StreamConnection &Connection() const { return *m_connection; }
+    const IcyStream &stream() const { return m_stream; }
+    const RecordingOutput &output() const { return m_output; }
+    const StreamConnection &connection() const { return *m_connection; }
 
 signals:
     void started();

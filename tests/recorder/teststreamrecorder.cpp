@@ -283,7 +283,7 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
         if (row.fault != None) {
             EXPECT_EQ(recorded(u"Loop.mp3"_s), QByteArray()) << "only audio goes to the file";
         }
-        EXPECT_LE(recorder->Connection().PeakHeader(),
+        EXPECT_LE(recorder->connection().PeakHeader(),
                   StreamConnection::MaxHeader + StreamConnection::ReadAhead);
     }
     EXPECT_EQ(finished, 0) << "only a launched recording finishes on a failure";
@@ -426,7 +426,7 @@ TEST_F(StreamRecorderTest, WriteEnabledCarriesOverToTheNextRecording)
         start();
         ASSERT_TRUE(waitUntil([&] { return recorder->counters().receiveBuffer >= 8000; }, Wait));
         recorder->stop();
-        EXPECT_EQ(recorder->Output().WriteEnabled(), recordedBefore);
+        EXPECT_EQ(recorder->output().WriteEnabled(), recordedBefore);
         const QByteArray bytes = recorded(u"Loop.mp3"_s);
         EXPECT_EQ(bytes.size() >= 8000, recordedBefore);
         EXPECT_TRUE(slow.sent(client).audio.startsWith(bytes));
@@ -446,7 +446,7 @@ TEST_F(StreamRecorderTest, StopDuringTheConnectWaitEndsTheAttempt)
     make(u"./%STATION%.mp3"_s, true);
     settings.address = u"127.0.0.1:"_s + QString::number(stalled.serverPort()) + u'/';
     start();
-    const auto &socket = recorder->Connection().Socket();
+    const auto &socket = recorder->connection().Socket();
     ASSERT_TRUE(waitUntil([&] { return socket.state() == QAbstractSocket::ConnectingState; }, Wait));
     recorder->stop();
     EXPECT_FALSE(recorder->Recording());

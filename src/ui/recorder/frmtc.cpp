@@ -203,15 +203,15 @@ void FrmTC::cmdMonitor_Toggled(bool shown)
     // not clamped to the old one.
     const int before = height();
     if (m_monitorShown) {
-        monitorPanel->show();
+        m_monitorPanel->show();
         layout()->activate();
-        m_monitorGrowth = monitorPanel->sizeHint().height() + MonitorMargin;
+        m_monitorGrowth = m_monitorPanel->sizeHint().height() + MonitorMargin;
         resize(width(), before + m_monitorGrowth);
         tmrUpdate->start();
         showMonitor(m_recorder->counters());
     } else {
         tmrUpdate->stop();
-        monitorPanel->hide();
+        m_monitorPanel->hide();
         layout()->activate();
         resize(width(), before - m_monitorGrowth);
     }

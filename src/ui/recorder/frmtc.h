@@ -49,8 +49,8 @@ public:
 
     const StreamRecorder &recorder() const { return *m_recorder; }
     bool Recording() const { return m_recorder->Recording(); }
-    const IcyStream &Stream() const { return m_recorder->Stream(); }
-    const RecordingOutput &Output() const { return m_recorder->Output(); }
+    const IcyStream &Stream() const { return m_recorder->stream(); }
+    const RecordingOutput &Output() const { return m_recorder->output(); }
 
     void SetMode(bool enabled);
 

@@ -223,7 +223,7 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addLayout(buttons);
 
     top->addWidget(buildMonitor());
-    monitorPanel->hide();
+    m_monitorPanel->hide();
     window->setMinimumWidth(520);
 }
 
@@ -324,8 +324,8 @@ QWidget *FrmTCControls::buildStatus()
 
 QWidget *FrmTCControls::buildMonitor()
 {
-    monitorPanel = named(new RoundedFrame(tr("Monitor")), QStringLiteral("monitorPanel"));
-    auto *grid = new QGridLayout(monitorPanel);
+    m_monitorPanel = named(new RoundedFrame(tr("Monitor")), QStringLiteral("monitorPanel"));
+    auto *grid = new QGridLayout(m_monitorPanel);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
 
@@ -365,5 +365,5 @@ QWidget *FrmTCControls::buildMonitor()
     indicators->addWidget(btShow);
     grid->addLayout(indicators, row++, 0, 1, 4);
     grid->addWidget(txtMeta, row++, 0, 1, 4);
-    return monitorPanel;
+    return m_monitorPanel;
 }

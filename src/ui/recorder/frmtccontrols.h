@@ -78,7 +78,7 @@ public:
     QPushButton *cmdStations = nullptr;
     QPushButton *cmdSchedule = nullptr;
 
-    RoundedFrame *monitorPanel = nullptr;
+    RoundedFrame *m_monitorPanel = nullptr;
     QLabel *lbBuffer_Current = nullptr;
     QLabel *lbBuffer_Peak = nullptr;
     QProgressBar *Bar_Buffer = nullptr;
