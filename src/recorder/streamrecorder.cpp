@@ -79,14 +79,14 @@ void StreamRecorder::end(StopReason reason)
     m_output.CloseFile();
     m_recording = false;
     m_limitClock.stop();
-    const bool askedFor = reason.text.isEmpty();
+    const bool failure = !reason.text.isEmpty();
     if (const QString &outputError = m_output.error(); !outputError.isEmpty()) {
         showStatus(outputError);
-        // The last bytes could not be written: the stop asked for failed after all.
-        if (askedFor)
+        // The last bytes could not be written: a stop without a failure has one after all.
+        if (!failure)
             reason = {StopReason::Kind::OutputFailed, outputError};
     }
-    if (!askedFor)
+    if (failure)
         showStatus(reason.text);
     emit stopped(reason);
 }
