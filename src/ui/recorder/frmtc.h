@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/recorder/frmtccontrols.h"
 #include "recorder/streamrecorder.h"
+#include "ui/recorder/frmtccontrols.h"
 
 #include <QDateTime>
 #include <QWidget>
