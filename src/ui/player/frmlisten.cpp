@@ -3,6 +3,7 @@
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
 #include "catalogue/filedl.h"
+#include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
 #include "ui/skin/themepalette.h"
 
@@ -35,7 +36,8 @@ QPushButton *newButton(QWidget *parent, const char *name, const QString &text)
 
 FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors, const MediaPlayerFactory &players,
                      QWidget *parent)
-    : QWidget(parent, Qt::Window), m_launch(launch), m_player(players(this)), m_fileDL(new FileDL(this)),
+    : QWidget(parent, Qt::Window), m_launch(launch), m_view(players(this)),
+      m_player(&m_view->player()), m_fileDL(new FileDL(this)),
       lblInfo(new QLabel(this)), cmdFullScreen(newButton(this, "cmdFullScreen", tr("Full Screen"))),
       cmdContext(newButton(this, "cmdContext", tr("Context Menu")))
 {
@@ -44,22 +46,22 @@ FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors, con
     setPalette(ThemePalette(colors));
     setAutoFillBackground(true);
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
-    m_player->view()->setObjectName(QStringLiteral("MPlayer"));
-    m_player->view()->setAccessibleName(tr("Player"));
+    m_view->setObjectName(QStringLiteral("MPlayer"));
+    m_view->setAccessibleName(tr("Player"));
     lblInfo->setObjectName(QStringLiteral("lblInfo"));
     lblInfo->setTextFormat(Qt::PlainText);
     lblInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
     // The toggle and the player's menu start out agreeing: the menu is on.
     cmdContext->setCheckable(true);
     cmdContext->setChecked(true);
-    m_player->setEnableContextMenu(true);
+    m_view->setEnableContextMenu(true);
 
     cmdFullScreen->move(Margin, 0);
     cmdContext->move(cmdFullScreen->geometry().right() + Margin, 0);
     resize(480, 360);
 
     connect(m_player, &MediaPlayer::PlayStateChange, this, &FrmListen::MPlayer_PlayStateChange);
-    connect(m_player, &MediaPlayer::KeyDown, this, [this](int key) {
+    connect(m_view, &PlayerView::KeyDown, this, [this](int key) {
         if (key == Qt::Key_Escape)
             Escape();
     });
@@ -74,8 +76,8 @@ void FrmListen::Play()
     if (ListenUrl.isEmpty()) {
         setWindowTitle(QStringLiteral("Stream missing: ") + ListenTitle);
         m_player->setURL({});
-        m_player->view()->hide();
-        m_player->view()->resize(m_player->view()->width(), 0);
+        m_view->hide();
+        m_view->resize(m_view->width(), 0);
         return;
     }
     const QString lower = ListenUrl.toLower();
@@ -93,9 +95,9 @@ void FrmListen::Play()
 
 void FrmListen::StartPlayback(const QString &address)
 {
-    m_player->view()->setGeometry(0, 0, qMax(1, width()), qMax(1, playerHeight()));
+    m_view->setGeometry(0, 0, qMax(1, width()), qMax(1, playerHeight()));
     m_retries = RetryBudget;
-    m_player->view()->show();
+    m_view->show();
     m_address = address;
     m_player->setURL(address);
     if (ListenRow == WarmUpRow) {
@@ -171,7 +173,7 @@ void FrmListen::cmdFullScreen_Click()
 void FrmListen::cmdContext_Click()
 {
     // The button toggled itself before the click arrived.
-    m_player->setEnableContextMenu(cmdContext->isChecked());
+    m_view->setEnableContextMenu(cmdContext->isChecked());
 }
 
 void FrmListen::Escape()
@@ -200,7 +202,7 @@ int FrmListen::playerHeight() const
 void FrmListen::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    m_player->view()->setGeometry(0, 0, width(), qMax(0, playerHeight()));
+    m_view->setGeometry(0, 0, width(), qMax(0, playerHeight()));
     const int top = height() - ButtonRowOffset;
     cmdFullScreen->move(cmdFullScreen->x(), top);
     cmdContext->move(cmdContext->x(), top);

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "ui/player/mediaplayer.h"
+#include "ui/player/playerview.h"
 
 #include <QWidget>
 
 struct LaunchOptions;
 struct ThemeColors;
 class FileDL;
+class MediaPlayer;
 class QLabel;
 class QPushButton;
 
@@ -68,6 +69,7 @@ private:
     void cmdContext_Click();
 
     const LaunchOptions &m_launch;
+    PlayerView *m_view;
     MediaPlayer *m_player;
     FileDL *m_fileDL;
     QLabel *lblInfo;

@@ -2,7 +2,7 @@
 
 #include "catalogue/filedl.h"
 #include "catalogue/station.h"
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
 #include "ui/player/ucplaybar.h"
 

@@ -141,11 +141,11 @@ void FrmStations::buildPlayer()
     m_playBar = new ucPlayBar(this);
     m_playBar->setObjectName(QStringLiteral("ucPlayBar1"));
     m_playBarSlot->addWidget(m_playBar);
-    MediaPlayer *wmp1 = m_players(this);
-    wmp1->view()->setObjectName(QStringLiteral("wmp1"));
-    wmp1->view()->hide();
+    PlayerView *wmp1 = m_players(this);
+    wmp1->setObjectName(QStringLiteral("wmp1"));
+    wmp1->hide();
     m_player = new MainPlayer(
-        m_parts.playerTexts, m_parts.trace, *wmp1, *m_playBar,
+        m_parts.playerTexts, m_parts.trace, wmp1->player(), *m_playBar,
         [this]() -> const Station * {
             const int row = m_grid->Row();
             if (row < 0)

@@ -2,7 +2,7 @@
 
 #include "catalogue/catalogue.h"
 #include "controls/lynxgrid.h"
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 #include "ui/stations/stationcommands.h"
 #include "player/stationplayer.h"
 

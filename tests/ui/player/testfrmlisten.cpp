@@ -39,9 +39,12 @@ protected:
     void open(int row = 4, const QString &url = u"http://127.0.0.1:9/stream"_s)
     {
         players.clear();
-        window = std::make_unique<FrmListen>(launch, Themes::blackNight(), ScriptedPlayer::Factory(players));
+        window = std::make_unique<FrmListen>(launch, Themes::blackNight(), [this](QWidget *owner) {
+            return new PlayerView(players.emplace_back(new ScriptedPlayer), nullptr, owner);
+        });
         ASSERT_EQ(players.size(), 1);
         player = players[0];
+        view = window->findChild<PlayerView *>(u"MPlayer"_s);
         window->ListenRow = row;
         window->ListenUrl = url;
         window->ListenTitle = u"Test FM"_s;
@@ -59,6 +62,7 @@ protected:
     QList<ScriptedPlayer *> players;
     std::unique_ptr<FrmListen> window;
     ScriptedPlayer *player = nullptr;
+    PlayerView *view = nullptr;
 };
 
 TEST_F(ListenTest, TheAddressDecidesTheCaptionAndWhatIsPlayed)
@@ -79,8 +83,8 @@ TEST_F(ListenTest, TheAddressDecidesTheCaptionAndWhatIsPlayed)
     }
     // A missing address leaves no player on view.
     EXPECT_EQ(player->log, QStringList{u"URL="_s});
-    EXPECT_FALSE(player->view()->isVisible());
-    EXPECT_EQ(player->view()->height(), 0);
+    EXPECT_FALSE(view->isVisible());
+    EXPECT_EQ(view->height(), 0);
 }
 
 TEST_F(ListenTest, APlaylistIsFetchedAndItsFreeServerPlayedOrItsFailureShown)
@@ -172,7 +176,7 @@ TEST_F(ListenTest, EscapeLeavesFullScreenFirstAndThenClosesStoppingAnyRetry)
     player->enter(MediaPlayer::Playing);
     button("cmdFullScreen")->click();
     ASSERT_TRUE(player->fullScreen());
-    QTest::keyClick(player->view(), Qt::Key_Escape);
+    QTest::keyClick(view, Qt::Key_Escape);
     EXPECT_FALSE(player->fullScreen());
     EXPECT_TRUE(window->isVisible());
     button("cmdFullScreen")->click();
@@ -194,9 +198,9 @@ TEST_F(ListenTest, TheContextButtonTogglesThePlayersOwnMenu)
 {
     const auto requestMenu = [&] {
         QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
-                                player->view()->mapToGlobal(QPoint(5, 5)));
-        QApplication::sendEvent(player->view(), &event);
-        return player->view()->findChild<QMenu *>(u"PlayerMenu"_s);
+                                view->mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(view, &event);
+        return view->findChild<QMenu *>(u"PlayerMenu"_s);
     };
     QMenu *menu = requestMenu();
     ASSERT_NE(menu, nullptr) << "on at first";
@@ -209,11 +213,11 @@ TEST_F(ListenTest, TheContextButtonTogglesThePlayersOwnMenu)
     menu->close();
     button("cmdContext")->click();
     EXPECT_FALSE(button("cmdContext")->isChecked());
-    EXPECT_FALSE(player->enableContextMenu());
+    EXPECT_FALSE(view->enableContextMenu());
     delete menu;
     EXPECT_EQ(requestMenu(), nullptr);
     button("cmdContext")->click();
-    EXPECT_TRUE(player->enableContextMenu());
+    EXPECT_TRUE(view->enableContextMenu());
 }
 
 } // namespace

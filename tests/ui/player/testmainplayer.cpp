@@ -220,7 +220,7 @@ TEST_F(MainPlayerTest, LoadStartsAHiddenWarmUpWindowOnTheInstalledVideo)
     EXPECT_EQ(warmUp->x(), FrmListen::WarmUpLeft);
     EXPECT_EQ(players[1]->log, QStringList({u"URL="_s + profile.installFolder() + u"/miniTC.avi"_s,
                                             u"playCount=1000000000"_s, u"pause"_s}));
-    EXPECT_FALSE(wmp1->view()->isVisible()) << "wmp1 is kept out of sight";
+    EXPECT_FALSE(child<PlayerView>("wmp1")->isVisible()) << "wmp1 is kept out of sight";
 }
 
 } // namespace

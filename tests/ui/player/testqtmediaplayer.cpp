@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QMediaPlayer>
 #include <QSignalSpy>
+#include <QVideoWidget>
 
 #include <gtest/gtest.h>
 
@@ -86,12 +87,12 @@ protected:
     static inline IcecastStation *station = nullptr;
     IcyServer server;
     LaunchOptions launch;
-    QWidget owner;
+    QVideoWidget video;
 };
 
 TEST_F(QtPlayerTest, AStationPlaysPausesAndResumes)
 {
-    QtMediaPlayer player(&owner);
+    QtMediaPlayer player(video);
     QSignalSpy states(&player, &MediaPlayer::PlayStateChange);
     player.setURL(station->url());
     ASSERT_TRUE(reaches(player, MediaPlayer::Playing)) << player.status().toStdString();
@@ -119,7 +120,7 @@ TEST_F(QtPlayerTest, MediaThatCannotPlayFallsBackToReady)
         {"unknown audio format", server.url(u"/odd.wav"_s)},
         {"missing file", profile.dataFolder() + u"Rec/gone.mp3"_s}};
     for (const auto &[what, url] : rows) {
-        QtMediaPlayer player(&owner);
+        QtMediaPlayer player(video);
         player.setURL(url);
         ASSERT_TRUE(reaches(player, MediaPlayer::Ready)) << what << ": state " << player.playState();
         EXPECT_FALSE(player.status().isEmpty()) << what;
