@@ -11,8 +11,7 @@
 #include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "ui/player/frmlisten.h"
-#include "ui/player/mainplayer.h"
-#include "player/stationplayer.h"
+#include "player/mainplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
 
@@ -144,8 +143,8 @@ void FrmStations::buildPlayer()
     PlayerView *wmp1 = m_players(this);
     wmp1->setObjectName(QStringLiteral("wmp1"));
     wmp1->hide();
-    m_player = new MainPlayer(
-        m_parts.playerTexts, m_parts.trace, wmp1->player(), *m_playBar,
+    auto *player = new MainPlayer(
+        m_parts.playerTexts, m_parts.trace, wmp1->player(),
         [this]() -> const Station * {
             const int row = m_grid->Row();
             if (row < 0)
@@ -153,6 +152,13 @@ void FrmStations::buildPlayer()
             return &m_parts.catalogue.at(m_grid->ItemData(row));
         },
         this);
+    connect(m_playBar, &ucPlayBar::Click, player, &MainPlayer::playKey);
+    connect(m_playBar, &ucPlayBar::Volume, player, &MainPlayer::setVolume);
+    connect(player, &MainPlayer::captionChanged, m_playBar, &ucPlayBar::SetCaption);
+    connect(player, &MainPlayer::lookChanged, m_playBar, &ucPlayBar::SetState);
+    connect(player, &MainPlayer::streamChanged, m_playBar,
+            [bar = m_playBar](const QString &stream) { bar->setToolTip(tr("Stream: %1").arg(stream)); });
+    m_player = player;
 }
 
 FrmListen *FrmStations::CreateListenWindow()
@@ -503,8 +509,8 @@ void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
 {
     if (col == pos(ColPlay)) {
         cancel = true;
-        m_player->PlayKey(PlayKey);
-        m_player->ShowState(PlayKey);
+        m_player->playKey(PlayKey);
+        m_player->showState(PlayKey);
     } else if (col == pos(ColRating)) {
         const QString text = m_grid->CellText(row, col);
         if (text.isEmpty() || text == u"0")
