@@ -129,7 +129,7 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     // A hidden listening window, kept as long as this one, holds a paused
     // player, so that later players start quickly.
     FrmListen *warmUp = CreateListenWindow();
-    warmUp->ListenRow = FrmListen::WarmUpRow;
+    warmUp->ListenRow = ListenSession::WarmUpRow;
     warmUp->ListenUrl = QDir(m_parts.installFolder).filePath(FrmListen::WarmUpFile);
     warmUp->setWindowTitle(QStringLiteral("cap dummy"));
     warmUp->Play();
@@ -165,13 +165,13 @@ FrmListen *FrmStations::CreateListenWindow()
 {
     auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.Colors(), m_players, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    connect(window, &FrmListen::StationPlayed, this, &FrmStations::StationPlayed);
+    connect(window, &FrmListen::stationPlayed, this, &FrmStations::StationPlayed);
     return window;
 }
 
 void FrmStations::StationPlayed(int kind, int row, const QString &date)
 {
-    if (kind != FrmListen::PlayedKind || row < 0 || row >= m_grid->ItemCount())
+    if (kind != ListenSession::PlayedKind || row < 0 || row >= m_grid->ItemCount())
         return;
     const int index = m_grid->ItemData(row);
     m_parts.catalogue.at(index).LastDate = date;

@@ -144,7 +144,7 @@ TEST_F(QtPlayerTest, AListeningWindowGivesUpARefusedStreamAfterFiveTries)
 TEST_F(QtPlayerTest, AListeningWindowPlaysAPlaylistsStreamAndReportsTheStation)
 {
     auto window = listenWindow(3, server.url(u"/ice.pls"_s));
-    QSignalSpy played(window.get(), &FrmListen::StationPlayed);
+    QSignalSpy played(window.get(), &FrmListen::stationPlayed);
     ASSERT_TRUE(waitUntil([&] { return window->MPlayer().playState() == MediaPlayer::Playing; }, OpenTimeout))
         << window->windowTitle().toStdString();
     EXPECT_EQ(window->windowTitle(), u"Playing: Ice"_s);
@@ -157,8 +157,8 @@ TEST_F(QtPlayerTest, ARecordingPlaysWithoutReportingAStation)
 {
     const QString recording = profile.dataFolder() + u"Rec/sample.mp3"_s;
     TempProfile::writeFile(recording, IcyServer::dataFile(u"sample.mp3"_s));
-    auto window = listenWindow(FrmListen::FileRow, recording, u"sample.mp3"_s);
-    QSignalSpy played(window.get(), &FrmListen::StationPlayed);
+    auto window = listenWindow(ListenSession::FileRow, recording, u"sample.mp3"_s);
+    QSignalSpy played(window.get(), &FrmListen::stationPlayed);
     EXPECT_EQ(window->windowTitle(), u"Playing: sample.mp3"_s);
     ASSERT_TRUE(reaches(window->MPlayer(), MediaPlayer::Playing));
     EXPECT_EQ(played.size(), 0);
@@ -168,7 +168,7 @@ TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)
 {
     TempProfile::writeFile(profile.installFolder() + u"/miniTC.avi"_s, IcyServer::dataFile(u"miniTC.avi"_s));
     FrmListen window(launch, Themes::blackNight(), QtMediaPlayer::Create);
-    window.ListenRow = FrmListen::WarmUpRow;
+    window.ListenRow = ListenSession::WarmUpRow;
     window.ListenUrl = profile.installFolder() + u"/miniTC.avi"_s;
     window.Play();
     ASSERT_TRUE(reaches(window.MPlayer(), MediaPlayer::Paused)) << window.MPlayer().status().toStdString();
@@ -181,7 +181,7 @@ TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)
         OpenTimeout))
         << "the clip is made ready";
     EXPECT_EQ(media.playbackState(), QMediaPlayer::PausedState);
-    EXPECT_EQ(media.loops(), FrmListen::WarmUpPlayCount);
+    EXPECT_EQ(media.loops(), ListenSession::WarmUpPlayCount);
     EXPECT_FALSE(window.isVisible());
 }
 

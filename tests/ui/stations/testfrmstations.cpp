@@ -254,7 +254,7 @@ TEST_F(StationsTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     ASSERT_NO_FATAL_FAILURE(open());
     state->catalogue.Dirty = false;
     window->StationPlayed(2, 2, u"2030-01-01"_s);
-    window->StationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
+    window->StationPlayed(ListenSession::PlayedKind, 99, u"2030-01-01"_s);
     EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
     FrmListen *listen = window->CreateListenWindow();
     listen->ListenRow = 2;
@@ -274,7 +274,7 @@ TEST_F(StationsTest, LoadStartsAHiddenWarmUpWindowOnTheInstalledVideo)
     ASSERT_EQ(players.size(), 2) << "the window's own player and the warm-up's";
     FrmListen *warmUp = nullptr;
     for (FrmListen *listen : window->findChildren<FrmListen *>()) {
-        if (listen->ListenRow == FrmListen::WarmUpRow)
+        if (listen->ListenRow == ListenSession::WarmUpRow)
             warmUp = listen;
     }
     ASSERT_NE(warmUp, nullptr);
