@@ -64,7 +64,7 @@ struct PlayingWindow
     }
     bool reaches(int playState) const
     {
-        return waitUntil([this, playState] { return window->Player().PlayState() == playState; },
+        return waitUntil([this, playState] { return window->Player().playState() == playState; },
                          PlayTimeout);
     }
 
@@ -123,7 +123,7 @@ void BM_PlayingStation(benchmark::State &state)
     }
     state.counters["cpu_percent"] = cpuPercent;
     state.counters["added_MB"] = ProcessMegabytes("VmRSS:") - baselineMegabytes;
-    state.counters["still_playing"] = w.window->Player().PlayState() == 3;
+    state.counters["still_playing"] = w.window->Player().playState() == 3;
 }
 BENCHMARK(BM_PlayingStation)->Iterations(1)->Unit(benchmark::kMillisecond);
 

@@ -10,17 +10,17 @@ class StationPlayer
 public:
     virtual ~StationPlayer() = default;
 
-    virtual void PlayKey(const QString &key) = 0;
+    virtual void playKey(const QString &key) = 0;
     // Sets the play bar's look ("play" or "stop", any letter case) without a key.
-    virtual void ShowState(const QString &state) = 0;
+    virtual void showState(const QString &state) = 0;
     // Stops playback and clears the caption; unlike the "Stop" key it leaves
     // the station check's flag alone.
-    virtual void StopPlayback() = 0;
+    virtual void stopPlayback() = 0;
     // The player's play state, in the player's numbering.
-    virtual int PlayState() const = 0;
+    virtual int playState() const = 0;
     // The station check's flag: set while a check runs; the "Stop" key clears it.
-    virtual bool Scanning() const = 0;
-    virtual void SetScanning(bool scanning) = 0;
+    virtual bool scanning() const = 0;
+    virtual void setScanning(bool scanning) = 0;
     // Silences the player for another window: closes it and stops it.
-    virtual void Silence() = 0;
+    virtual void silence() = 0;
 };

@@ -1,21 +1,8 @@
 #include "support/scriptedplayer.h"
 
 #include <QTimer>
-#include <QWidget>
 
-ScriptedPlayer::ScriptedPlayer(QWidget *owner) : MediaPlayer(owner)
-{
-    setView(new QWidget(owner));
-}
-
-MediaPlayerFactory ScriptedPlayer::Factory(QList<ScriptedPlayer *> &made)
-{
-    return [&made](QWidget *owner) {
-        auto *player = new ScriptedPlayer(owner);
-        made.append(player);
-        return player;
-    };
-}
+ScriptedPlayer::ScriptedPlayer(QObject *parent) : MediaPlayer(parent) {}
 
 void ScriptedPlayer::enter(int state)
 {

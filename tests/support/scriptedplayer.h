@@ -1,8 +1,7 @@
 #pragma once
 
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 
-#include <QList>
 #include <QStringList>
 
 #include <functional>
@@ -18,9 +17,7 @@ class ScriptedPlayer : public MediaPlayer
     Q_DISABLE_COPY_MOVE(ScriptedPlayer)
 
 public:
-    explicit ScriptedPlayer(QWidget *owner);
-    // A factory that keeps every player it makes in made, oldest first.
-    static MediaPlayerFactory Factory(QList<ScriptedPlayer *> &made);
+    explicit ScriptedPlayer(QObject *parent = nullptr);
     // Enters state and tells it now.
     void enter(int state);
     // Called after every non-empty URL: the test's script of what the media does.

@@ -1,8 +1,9 @@
 #include "ui/player/qtmediaplayer.h"
 
+#include "ui/player/playerview.h"
+
 #include <QAudioOutput>
 #include <QMediaPlayer>
-#include <QVBoxLayout>
 #include <QVideoWidget>
 
 namespace {
@@ -12,20 +13,9 @@ constexpr int StallTime = 1000;
 
 } // namespace
 
-QtMediaPlayer::QtMediaPlayer(QWidget *owner)
-    : MediaPlayer(owner), m_player(nullptr), m_audio(new QAudioOutput(this)), m_video(nullptr)
+QtMediaPlayer::QtMediaPlayer(QVideoWidget &video, QObject *parent)
+    : MediaPlayer(parent), m_player(nullptr), m_audio(new QAudioOutput(this)), m_video(video)
 {
-    auto *view = new QWidget(owner);
-    view->setAutoFillBackground(true);
-    QPalette black = view->palette();
-    black.setColor(QPalette::Window, Qt::black);
-    view->setPalette(black);
-    auto *layout = new QVBoxLayout(view);
-    layout->setContentsMargins(0, 0, 0, 0);
-    m_video = new QVideoWidget(view);
-    layout->addWidget(m_video);
-    setView(view);
-
     // Audio that moves on is playing, whatever the buffer says: a live stream
     // arrives as fast as it plays, so its buffer may never report full.
     m_stall.setSingleShot(true);
@@ -42,9 +32,10 @@ QtMediaPlayer::~QtMediaPlayer()
     m_player->disconnect(this);
 }
 
-MediaPlayer *QtMediaPlayer::Create(QWidget *owner)
+PlayerView *QtMediaPlayer::Create(QWidget *owner)
 {
-    return new QtMediaPlayer(owner);
+    auto *video = new QVideoWidget;
+    return new PlayerView(new QtMediaPlayer(*video), video, owner);
 }
 
 // Every address gets a player of its own. Qt keeps the media of an unchanged
@@ -64,7 +55,7 @@ void QtMediaPlayer::newMedia()
     }
     m_player = new QMediaPlayer(this);
     m_player->setAudioOutput(m_audio);
-    m_player->setVideoOutput(m_video);
+    m_player->setVideoOutput(&m_video);
     m_player->setLoops(m_playCount);
     connect(m_player, &QMediaPlayer::playbackStateChanged, this, &QtMediaPlayer::scheduleUpdate);
     connect(m_player, &QMediaPlayer::mediaStatusChanged, this, [this](QMediaPlayer::MediaStatus status) {
@@ -185,12 +176,12 @@ void QtMediaPlayer::setPlayCount(int count)
 
 bool QtMediaPlayer::fullScreen() const
 {
-    return m_video->isFullScreen();
+    return m_video.isFullScreen();
 }
 
 void QtMediaPlayer::setFullScreen(bool on)
 {
-    m_video->setFullScreen(on);
+    m_video.setFullScreen(on);
 }
 
 void QtMediaPlayer::clearPlaylist()

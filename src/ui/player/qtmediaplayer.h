@@ -1,17 +1,19 @@
 #pragma once
 
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 
 #include <QTimer>
 
+class PlayerView;
 class QAudioOutput;
 class QMediaPlayer;
 class QVideoWidget;
+class QWidget;
 
 // The media player over Qt Multimedia (GStreamer on Linux): QMediaPlayer for
 // the media, QAudioOutput for sound, QVideoWidget for pictures. Qt's playback
 // and media states are read together and turned into the one play-state
-// number the windows know (docs/architecture.md has the table). The number is
+// number the player logic knows (docs/architecture.md has the table). The number is
 // worked out once the event that changed Qt's states is over, so that a
 // handler of PlayStateChange may set the URL again without re-entering Qt.
 class QtMediaPlayer : public MediaPlayer
@@ -20,10 +22,12 @@ class QtMediaPlayer : public MediaPlayer
     Q_DISABLE_COPY_MOVE(QtMediaPlayer)
 
 public:
-    explicit QtMediaPlayer(QWidget *owner);
+    // Pictures are shown on video, which must outlive the player.
+    explicit QtMediaPlayer(QVideoWidget &video, QObject *parent = nullptr);
     ~QtMediaPlayer() override;
 
-    static MediaPlayer *Create(QWidget *owner);
+    // A player with a view of its own that belongs to owner.
+    static PlayerView *Create(QWidget *owner);
 
     QString URL() const override { return m_url; }
     void setURL(const QString &url) override;
@@ -56,7 +60,7 @@ private:
 
     QMediaPlayer *m_player;
     QAudioOutput *m_audio;
-    QVideoWidget *m_video;
+    QVideoWidget &m_video;
 
     QString m_url;
     int m_state = Undefined;

@@ -11,8 +11,7 @@
 #include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "ui/player/frmlisten.h"
-#include "ui/player/mainplayer.h"
-#include "player/stationplayer.h"
+#include "player/mainplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
 
@@ -130,7 +129,7 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     // A hidden listening window, kept as long as this one, holds a paused
     // player, so that later players start quickly.
     FrmListen *warmUp = CreateListenWindow();
-    warmUp->ListenRow = FrmListen::WarmUpRow;
+    warmUp->ListenRow = ListenSession::WarmUpRow;
     warmUp->ListenUrl = QDir(m_parts.installFolder).filePath(FrmListen::WarmUpFile);
     warmUp->setWindowTitle(QStringLiteral("cap dummy"));
     warmUp->Play();
@@ -141,11 +140,11 @@ void FrmStations::buildPlayer()
     m_playBar = new ucPlayBar(this);
     m_playBar->setObjectName(QStringLiteral("ucPlayBar1"));
     m_playBarSlot->addWidget(m_playBar);
-    MediaPlayer *wmp1 = m_players(this);
-    wmp1->view()->setObjectName(QStringLiteral("wmp1"));
-    wmp1->view()->hide();
-    m_player = new MainPlayer(
-        m_parts.playerTexts, m_parts.trace, *wmp1, *m_playBar,
+    PlayerView *wmp1 = m_players(this);
+    wmp1->setObjectName(QStringLiteral("wmp1"));
+    wmp1->hide();
+    auto *player = new MainPlayer(
+        m_parts.playerTexts, m_parts.trace, wmp1->player(),
         [this]() -> const Station * {
             const int row = m_grid->Row();
             if (row < 0)
@@ -153,19 +152,26 @@ void FrmStations::buildPlayer()
             return &m_parts.catalogue.at(m_grid->ItemData(row));
         },
         this);
+    connect(m_playBar, &ucPlayBar::Click, player, &MainPlayer::playKey);
+    connect(m_playBar, &ucPlayBar::Volume, player, &MainPlayer::setVolume);
+    connect(player, &MainPlayer::captionChanged, m_playBar, &ucPlayBar::SetCaption);
+    connect(player, &MainPlayer::lookChanged, m_playBar, &ucPlayBar::SetState);
+    connect(player, &MainPlayer::streamChanged, m_playBar,
+            [bar = m_playBar](const QString &stream) { bar->setToolTip(tr("Stream: %1").arg(stream)); });
+    m_player = player;
 }
 
 FrmListen *FrmStations::CreateListenWindow()
 {
     auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.Colors(), m_players, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    connect(window, &FrmListen::StationPlayed, this, &FrmStations::StationPlayed);
+    connect(window, &FrmListen::stationPlayed, this, &FrmStations::StationPlayed);
     return window;
 }
 
 void FrmStations::StationPlayed(int kind, int row, const QString &date)
 {
-    if (kind != FrmListen::PlayedKind || row < 0 || row >= m_grid->ItemCount())
+    if (kind != ListenSession::PlayedKind || row < 0 || row >= m_grid->ItemCount())
         return;
     const int index = m_grid->ItemData(row);
     m_parts.catalogue.at(index).LastDate = date;
@@ -503,8 +509,8 @@ void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
 {
     if (col == pos(ColPlay)) {
         cancel = true;
-        m_player->PlayKey(PlayKey);
-        m_player->ShowState(PlayKey);
+        m_player->playKey(PlayKey);
+        m_player->showState(PlayKey);
     } else if (col == pos(ColRating)) {
         const QString text = m_grid->CellText(row, col);
         if (text.isEmpty() || text == u"0")

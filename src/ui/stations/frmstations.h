@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/player/mediaplayer.h"
+#include "ui/player/playerview.h"
 #include "ui/stations/stationcommands.h"
 
 #include "base/tracehook.h"

@@ -2,7 +2,7 @@
 
 #include "catalogue/catalogue.h"
 #include "controls/lynxgrid.h"
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 #include "ui/stations/stationcommands.h"
 #include "player/stationplayer.h"
 
@@ -50,7 +50,7 @@ int StationCheck::RatingFor(int playState, int polls, int pollLimit)
 
 bool StationCheck::Running() const
 {
-    return m_active && m_player.Scanning();
+    return m_active && m_player.scanning();
 }
 
 void StationCheck::Start(Mode mode)
@@ -59,15 +59,15 @@ void StationCheck::Start(Mode mode)
     m_mode = mode;
     m_row = qMax(0, m_list.Grid().Row());
     m_active = true;
-    m_player.SetScanning(true);
+    m_player.setScanning(true);
     nextRow();
 }
 
 void StationCheck::Stop()
 {
-    m_player.SetScanning(false);
-    m_player.PlayKey(KeyStop);
-    m_player.ShowState(LookStop);
+    m_player.setScanning(false);
+    m_player.playKey(KeyStop);
+    m_player.showState(LookStop);
 }
 
 void StationCheck::Abort()
@@ -87,9 +87,9 @@ void StationCheck::nextRow()
         finish();
         return;
     }
-    m_player.ShowState(LookStop);
-    m_player.StopPlayback();
-    if (!m_player.Scanning()) {
+    m_player.showState(LookStop);
+    m_player.stopPlayback();
+    if (!m_player.scanning()) {
         finish();
         return;
     }
@@ -97,15 +97,15 @@ void StationCheck::nextRow()
     grid.GotoCell(m_row, 0);
     grid.RefreshView();
     m_index = grid.ItemData(m_row);
-    m_player.PlayKey(KeyPlay);
-    m_player.ShowState(LookPlay);
+    m_player.playKey(KeyPlay);
+    m_player.showState(LookPlay);
     m_polls = 0;
     m_poll->start();
 }
 
 void StationCheck::poll()
 {
-    const int rating = RatingFor(m_player.PlayState(), ++m_polls, m_timing.pollLimit);
+    const int rating = RatingFor(m_player.playState(), ++m_polls, m_timing.pollLimit);
     if (rating == 0)
         return;
     m_poll->stop();
@@ -130,6 +130,6 @@ void StationCheck::finish()
     m_active = false;
     m_poll->stop();
     m_step->stop();
-    m_player.SetScanning(false);
+    m_player.setScanning(false);
     emit Finished();
 }

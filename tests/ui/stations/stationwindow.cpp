@@ -61,8 +61,11 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
 {
     StationCommands::Services services{
         prompt, shell, keys, [this] { return new FrmTC(prompt, state->launch, power); }, checkTiming, runModal};
+    const MediaPlayerFactory scripted = [this](QWidget *owner) {
+        return new PlayerView(players.emplace_back(new ScriptedPlayer), nullptr, owner);
+    };
     window = std::make_unique<FrmStations>(StationWindowParts(*state), std::move(services),
-                                           factory ? factory : ScriptedPlayer::Factory(players));
+                                           factory ? factory : scripted);
     startup = std::make_unique<Startup>(*state, windows);
     QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
     window->show();

@@ -2,8 +2,15 @@
 
 #include "base/settingsstore.h"
 #include "controls/lynxgrid.h"
+#include "controls/picturebutton.h"
+#include "controls/slider.h"
+#include "support/eventwait.h"
+#include "support/icyserver.h"
+#include "ui/player/frmlisten.h"
+#include "ui/player/ucplaybar.h"
 
 #include <QComboBox>
+#include <QDate>
 #include <QLineEdit>
 #include <QTest>
 
@@ -198,6 +205,84 @@ TEST_F(StationsTest, ARefillPutsEachFieldUnderItsHeadingAfterAColumnMove)
     EXPECT_EQ(state->catalogue.at(5).Genre, u"Rockabilly"_s);
     EXPECT_EQ(state->catalogue.at(5).Name, u"Rockabilly"_s);
     EXPECT_EQ(state->catalogue.at(5).Category, u"Oldies"_s);
+}
+
+TEST_F(StationsTest, ThePlayBarAndThePlayCellDriveTheHiddenPlayerOfTheCurrentRow)
+{
+    IcyServer server;
+    server.pages["/list.pls"] =
+        IcyServer::page("[playlist]\r\nnumberofentries=1\r\nFile1=http://one.test/s\r\n"
+                        "Title1=(#1 - 1/100) One\r\nLength1=-1\r\nVersion=2\r\n");
+    ASSERT_TRUE(server.start());
+    writeCatalogue(u"Direct FM|Rock|128|mp3||o|True|3|||http://127.0.0.1:9/direct|i\r\n"
+                   "No Address|Rock|128|mp3||o|True|3|||||i\r\n"
+                   "Listed FM|Pop|128|mp3||o|True|3|||%1|i\r\n"_s.arg(server.url(u"/list.pls"_s)));
+    ASSERT_NO_FATAL_FAILURE(open());
+    ScriptedPlayer *wmp1 = players.first();
+    auto *bar = child<ucPlayBar>("ucPlayBar1");
+    const auto button = [&](const char *name) {
+        return bar->findChild<ucPictureButton *>(QLatin1StringView(name));
+    };
+    const auto playingLook = [&] { return button("cmdDSPause")->x() == ucPlayBar::ShownLeft; };
+    EXPECT_FALSE(child<PlayerView>("wmp1")->isVisible()) << "wmp1 is kept out of sight";
+    grid->SetRow(0);
+    button("cmdDSPlay")->click();
+    EXPECT_EQ(wmp1->URL(), u"http://127.0.0.1:9/direct"_s);
+    wmp1->enter(MediaPlayer::Playing);
+    EXPECT_EQ(bar->Caption(), u"Playing: Direct FM"_s);
+    bar->findChild<ucSlider *>(u"ucSlider1"_s)->setValue(40);
+    button("cmdDSMute")->click();
+    EXPECT_EQ(wmp1->volume(), 40);
+    EXPECT_TRUE(wmp1->mute());
+    wmp1->enter(MediaPlayer::Stopped);
+    EXPECT_FALSE(playingLook()) << "stopped by the player";
+    grid->SetRow(2);
+    button("cmdDSPlay")->click();
+    EXPECT_TRUE(waitUntil([&] { return wmp1->URL() == u"http://one.test/s"; }, 5000));
+    EXPECT_EQ(bar->toolTip(), u"Stream: http://one.test/s"_s);
+    // The play cell is no edit; it leaves the playing look even when nothing could start.
+    grid->SetRow(1);
+    EXPECT_FALSE(grid->EditCell(1, pos(Col::ColPlay)));
+    EXPECT_EQ(bar->Caption(), u"Not StreamUrl Defined for: & No Address"_s);
+    EXPECT_TRUE(playingLook());
+    // A filter that keeps no station leaves no current row: nothing starts.
+    filter("", "", "TV", "");
+    ASSERT_EQ(grid->Row(), -1);
+    wmp1->log.clear();
+    button("cmdDSPlay")->click();
+    EXPECT_FALSE(playingLook());
+    EXPECT_TRUE(wmp1->log.isEmpty());
+}
+
+TEST_F(StationsTest, AStationPlayingInAListeningWindowGetsTodaysDate)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    state->catalogue.Dirty = false;
+    window->StationPlayed(2, 2, u"2030-01-01"_s);
+    window->StationPlayed(ListenSession::PlayedKind, 99, u"2030-01-01"_s);
+    EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
+    FrmListen *listen = window->CreateListenWindow();
+    listen->ListenRow = 2;
+    listen->ListenUrl = u"http://127.0.0.1:9/direct"_s;
+    listen->Play();
+    players.last()->enter(MediaPlayer::Playing);
+    const QString today = QDate::currentDate().toString(Qt::ISODate);
+    EXPECT_EQ(state->catalogue.at(3).LastDate, today);
+    EXPECT_EQ(grid->CellText(2, pos(Col::ColLastDate)), today);
+    EXPECT_TRUE(state->catalogue.Dirty);
+    listen->close();
+}
+
+TEST_F(StationsTest, LoadStartsAHiddenWarmUpWindowOnTheInstalledVideo)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    ASSERT_EQ(players.size(), 2) << "the window's own player and the warm-up's";
+    auto *warmUp = child<FrmListen>("FrmListen");
+    ASSERT_EQ(warmUp->ListenRow, ListenSession::WarmUpRow);
+    EXPECT_FALSE(warmUp->isVisible());
+    EXPECT_EQ(warmUp->x(), FrmListen::WarmUpLeft);
+    EXPECT_EQ(players[1]->log, QStringList({u"URL="_s + profile.installFolder() + u"/miniTC.avi"_s,
+                                            u"playCount=1000000000"_s, u"pause"_s}));
 }
 
 } // namespace

@@ -99,7 +99,7 @@ TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEn
     // The last station is played once more: the grid has no row past the end.
     EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
     EXPECT_FALSE(state->catalogue.Dirty);
-    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_FALSE(window->Player().scanning());
     EXPECT_EQ(grid->Row(), 6);
 }
 
@@ -122,7 +122,7 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
     click("cmdInfo", LeftShiftKey);
     ASSERT_TRUE(check->Running());
     click("cmdInfo");
-    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_FALSE(window->Player().scanning());
     EXPECT_EQ(wmp1->URL(), QString());
     ASSERT_TRUE(finished.wait(Wait));
     EXPECT_EQ(played(), u"never"_s);
@@ -131,7 +131,7 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
     EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
     // So does the play bar's Stop; a new check may start while the old one still waits.
     click("cmdInfo", LeftShiftKey);
-    window->Player().PlayKey(u"Stop"_s);
+    window->Player().playKey(u"Stop"_s);
     click("cmdInfo", LeftControlKey);
     ASSERT_TRUE(check->Running());
     ASSERT_TRUE(finished.wait(Wait));

@@ -294,7 +294,7 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     FrmListen *file = listen("cmdReplay");
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
-    EXPECT_EQ(file->ListenRow, FrmListen::FileRow);
+    EXPECT_EQ(file->ListenRow, ListenSession::FileRow);
     EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
     EXPECT_EQ(file->MPlayer().URL(), recording);
 }

@@ -1,19 +1,13 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
 #include <QString>
-#include <QWidget>
 
-#include <functional>
-
-class QMenu;
-
-// The embedded media player as the windows see it, in the player's own
+// The embedded media player as the player logic sees it, in the player's own
 // terms: setting URL starts playing an address (an empty one stops), the play
 // state is one of the numbered states below, and every change of it is told
-// through PlayStateChange. The player shows itself in view(): video where the
-// media has it, and the player's own context menu when that is enabled.
+// through PlayStateChange. Where the player shows its pictures, and what keys
+// and menus do there, belongs to the window (PlayerView).
 class MediaPlayer : public QObject
 {
     Q_OBJECT
@@ -38,7 +32,6 @@ public:
     };
 
     explicit MediaPlayer(QObject *parent = nullptr);
-    ~MediaPlayer() override;
 
     virtual QString URL() const = 0;
     virtual void setURL(const QString &url) = 0;
@@ -68,29 +61,6 @@ public:
     // Lets go of the media and everything held for it.
     virtual void close() = 0;
 
-    QWidget *view() const { return m_view; }
-    bool enableContextMenu() const { return m_contextMenu; }
-    void setEnableContextMenu(bool enabled);
-
 signals:
     void PlayStateChange(int newState);
-    // A key pressed while the player's view has the focus (a Qt::Key value);
-    // the view itself does nothing with it.
-    void KeyDown(int key);
-
-protected:
-    // The widget the player shows itself in, made by the subclass with all
-    // the widgets it holds.
-    void setView(QWidget *view);
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    void showContextMenu(const QPoint &globalPos);
-
-    QPointer<QWidget> m_view;
-    bool m_contextMenu = true;
-    QPointer<QMenu> m_menu;
 };
-
-// Makes a player whose view belongs to owner; the player is a child of owner too.
-using MediaPlayerFactory = std::function<MediaPlayer *(QWidget *owner)>;

@@ -1,10 +1,9 @@
-#include "ui/player/mainplayer.h"
+#include "player/mainplayer.h"
 
 #include "catalogue/filedl.h"
 #include "catalogue/station.h"
-#include "ui/player/mediaplayer.h"
+#include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
-#include "ui/player/ucplaybar.h"
 
 #include <QUrl>
 
@@ -18,58 +17,83 @@ const QString KeyNoMute = QStringLiteral("NoMute");
 
 } // namespace
 
-MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &player, ucPlayBar &playBar,
+MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &player,
                        std::function<const Station *()> currentStation, QObject *parent)
     : QObject(parent), m_texts(texts.playState.isEmpty() ? PlayerTexts::standard() : texts),
-      m_trace(std::move(trace)), wmp1(player), ucPlayBar1(playBar),
-      m_currentStation(std::move(currentStation)), FileDLMain(new FileDL(this))
+      m_trace(std::move(trace)), wmp1(player), m_currentStation(std::move(currentStation)),
+      FileDLMain(new FileDL(this)), m_toldState(player.playState())
 {
     setObjectName(QStringLiteral("MainPlayer"));
     FileDLMain->setObjectName(QStringLiteral("FileDLMain"));
 
-    connect(&ucPlayBar1, &ucPlayBar::Click, this, &MainPlayer::PlayKey);
-    connect(&ucPlayBar1, &ucPlayBar::Volume, &wmp1, &MediaPlayer::setVolume);
     connect(&wmp1, &MediaPlayer::PlayStateChange, this, &MainPlayer::wmp1_PlayStateChange);
     connect(FileDLMain, &FileDL::DownloadComplete, this, &MainPlayer::FileDLMain_DownloadComplete);
     connect(FileDLMain, &FileDL::DownloadError, this, &MainPlayer::FileDLMain_DownloadError);
 }
 
-void MainPlayer::PlayKey(const QString &key)
+void MainPlayer::playKey(const QString &key)
 {
     m_trace.Trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
-                        wmp1.status());
-    if (key == KeyPlay) {
-        // Right after a stop the player may still say Paused; an emptied
-        // player has nothing to resume.
-        if (wmp1.playState() == MediaPlayer::Paused && !wmp1.URL().isEmpty())
-            wmp1.play();
-        else if (!StartCurrentStation())
-            ucPlayBar1.SetState(KeyStop);
-    } else if (key == KeyStop) {
-        StopPlayback();
-        m_scanning = false;
-    } else if (key == KeyPause) {
-        wmp1.pause();
-    } else if (key == KeyMute) {
-        wmp1.setMute(true);
-    } else if (key == KeyNoMute) {
-        wmp1.setMute(false);
-    }
+                  wmp1.status());
+    if (key == KeyPlay)
+        play();
+    else if (key == KeyStop)
+        stop();
+    else if (key == KeyPause)
+        pause();
+    else if (key == KeyMute)
+        setMute(true);
+    else if (key == KeyNoMute)
+        setMute(false);
 }
 
-void MainPlayer::ShowState(const QString &state)
+void MainPlayer::play()
 {
-    ucPlayBar1.SetState(state);
+    // Right after a stop the player may still say Paused; an emptied player
+    // has nothing to resume.
+    if (wmp1.playState() == MediaPlayer::Paused && !wmp1.URL().isEmpty())
+        wmp1.play();
+    else if (!startCurrentStation())
+        emit lookChanged(KeyStop);
 }
 
-int MainPlayer::PlayState() const
+void MainPlayer::pause()
+{
+    wmp1.pause();
+}
+
+void MainPlayer::stop()
+{
+    stopPlayback();
+    m_scanning = false;
+}
+
+void MainPlayer::setMute(bool mute)
+{
+    wmp1.setMute(mute);
+}
+
+void MainPlayer::setVolume(int volume)
+{
+    const int before = wmp1.volume();
+    wmp1.setVolume(volume);
+    if (wmp1.volume() != before)
+        emit volumeChanged(wmp1.volume());
+}
+
+void MainPlayer::showState(const QString &state)
+{
+    emit lookChanged(state);
+}
+
+int MainPlayer::playState() const
 {
     // While the playlist is on its way the station is being prepared, although
     // wmp1 itself still tells the end of what played before.
     return m_fetching ? int(MediaPlayer::Transitioning) : wmp1.playState();
 }
 
-void MainPlayer::Silence()
+void MainPlayer::silence()
 {
     cancelFetch();
     wmp1.close();
@@ -77,7 +101,7 @@ void MainPlayer::Silence()
     wmp1.stop();
 }
 
-bool MainPlayer::StartCurrentStation()
+bool MainPlayer::startCurrentStation()
 {
     const Station *station = m_currentStation();
     if (!station)
@@ -87,15 +111,15 @@ bool MainPlayer::StartCurrentStation()
     wmp1.clearPlaylist();
     if (m_playingAddress.isEmpty()) {
         // The stray "& " is part of the caption.
-        ucPlayBar1.SetCaption(QStringLiteral("Not StreamUrl Defined for: & ") + m_playingName);
+        emit captionChanged(tr("Not StreamUrl Defined for: & %1").arg(m_playingName));
         return false;
     }
     if (PlaylistFetch::IsPlaylistAddress(m_playingAddress)) {
-        ucPlayBar1.SetCaption(QStringLiteral("Scanning for: ") + m_playingName);
+        emit captionChanged(tr("Scanning for: %1").arg(m_playingName));
         FetchPlaylist(m_playingAddress);
         return true;
     }
-    ucPlayBar1.SetCaption(QStringLiteral("Connecting to: ") + m_playingName);
+    emit captionChanged(tr("Connecting to: %1").arg(m_playingName));
     wmp1.setURL(m_playingAddress);
     return true;
 }
@@ -103,6 +127,7 @@ bool MainPlayer::StartCurrentStation()
 void MainPlayer::FetchPlaylist(const QString &address)
 {
     m_fetching = true;
+    tellPlayState();
     FileDLMain->BeginDownload(QUrl::fromUserInput(PlaylistFetch::DownloadAddress(address)), TagPlaying);
 }
 
@@ -110,16 +135,24 @@ void MainPlayer::cancelFetch()
 {
     FileDLMain->Cancel(TagPlaying);
     m_fetching = false;
+    tellPlayState();
 }
 
-void MainPlayer::StopPlayback()
+void MainPlayer::stopPlayback()
 {
     // A playlist still on its way would start the station after the stop.
     cancelFetch();
     wmp1.setURL({});
-    ucPlayBar1.SetState(KeyStop);
-    ucPlayBar1.SetCaption({});
+    emit lookChanged(KeyStop);
+    emit captionChanged({});
     m_playingName.clear();
+}
+
+void MainPlayer::tellPlayState()
+{
+    const int state = playState();
+    if (state != std::exchange(m_toldState, state))
+        emit playStateChanged(state);
 }
 
 void MainPlayer::wmp1_PlayStateChange(int state)
@@ -129,25 +162,27 @@ void MainPlayer::wmp1_PlayStateChange(int state)
         // While a playlist is fetched wmp1 holds nothing: a stop it tells
         // then belongs to what played before, not to the station starting.
         if (!m_fetching)
-            StopPlayback();
+            stopPlayback();
         break;
     case MediaPlayer::Paused:
         if (!m_playingName.isEmpty())
-            ucPlayBar1.SetCaption(QStringLiteral("Paused: ") + m_playingName);
+            emit captionChanged(tr("Paused: %1").arg(m_playingName));
         break;
     case MediaPlayer::Playing:
         if (!m_playingName.isEmpty())
-            ucPlayBar1.SetCaption(QStringLiteral("Playing: ") + m_playingName);
+            emit captionChanged(tr("Playing: %1").arg(m_playingName));
         break;
     case MediaPlayer::Ready:
         break;
     default:
         if (state < 16) {
-            ucPlayBar1.SetCaption(m_playingName + QStringLiteral(" ... ") +
-                                  m_texts.playState.value(state) + u' ' + QString::number(state));
+            emit captionChanged(
+                tr("%1 ... %2 %3")
+                    .arg(m_playingName, m_texts.playState.value(state), QString::number(state)));
         }
         break;
     }
+    tellPlayState();
 }
 
 void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArray &body)
@@ -158,21 +193,22 @@ void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArra
     const QString stream = PlaylistFetch::StreamFromPlaylist(body);
     if (stream.isEmpty()) {
         const QString name = m_playingName;
-        StopPlayback();
-        ucPlayBar1.SetCaption(QStringLiteral("Station is not available: ") + name);
+        stopPlayback();
+        emit captionChanged(tr("Station is not available: %1").arg(name));
         return;
     }
-    ucPlayBar1.setToolTip(QStringLiteral("Stream: ") + stream);
+    emit streamChanged(stream);
     wmp1.setURL(stream);
+    tellPlayState();
 }
 
 void MainPlayer::FileDLMain_DownloadError(const QString &key, int statusCode, const QString &statusText)
 {
     if (key == TagPlaying) {
         m_fetching = false;
-        ucPlayBar1.SetCaption(QStringLiteral("PLS error: ") + QString::number(statusCode) +
-                              QStringLiteral(": ") + statusText);
+        emit captionChanged(tr("PLS error: %1: %2").arg(QString::number(statusCode), statusText));
+        tellPlayState();
     } else {
-        ucPlayBar1.SetCaption(QStringLiteral("?"));
+        emit captionChanged(tr("?"));
     }
 }

@@ -1,0 +1,143 @@
+#include "player/listensession.h"
+
+#include "base/launchoptions.h"
+#include "catalogue/filedl.h"
+#include "player/mediaplayer.h"
+#include "player/playlistfetch.h"
+
+#include <QCoreApplication>
+#include <QDate>
+#include <QPointer>
+#include <QUrl>
+
+ListenSession::ListenSession(const LaunchOptions &launch, MediaPlayer &player, QObject *parent)
+    : QObject(parent), m_launch(launch), MPlayer(player), m_fileDL(new FileDL(this))
+{
+    m_fileDL->setObjectName(QStringLiteral("FileDL"));
+    connect(&MPlayer, &MediaPlayer::PlayStateChange, this, &ListenSession::MPlayer_PlayStateChange);
+    connect(m_fileDL, &FileDL::DownloadComplete, this, &ListenSession::FileDL_DownloadComplete);
+    connect(m_fileDL, &FileDL::DownloadError, this, &ListenSession::FileDL_DownloadError);
+}
+
+void ListenSession::play(const QString &url, const QString &title, int row)
+{
+    m_url = url;
+    m_title = title;
+    m_row = row;
+    if (m_url.isEmpty()) {
+        emit captionChanged(tr("Stream missing: %1").arg(m_title));
+        MPlayer.setURL({});
+        emit viewRequested(false);
+        return;
+    }
+    if (PlaylistFetch::IsPlaylistAddress(m_url)) {
+        emit captionChanged(tr("Scanning for: %1").arg(m_title));
+        FetchPlaylist();
+        return;
+    }
+    // An address naming an MP3 file is a recording: it plays at once.
+    emit captionChanged(m_url.toLower().contains(u".mp3") ? tr("Playing: %1").arg(m_title)
+                                                          : tr("Connecting to: %1").arg(m_title));
+    startPlayback(m_url);
+}
+
+void ListenSession::startPlayback(const QString &address)
+{
+    m_retries = RetryBudget;
+    emit viewRequested(true);
+    m_address = address;
+    MPlayer.setURL(address);
+    if (m_row == WarmUpRow) {
+        pauseWarmUp();
+        emit outOfSightRequested();
+    }
+}
+
+void ListenSession::pauseWarmUp()
+{
+    MPlayer.setPlayCount(WarmUpPlayCount);
+    MPlayer.pause();
+}
+
+void ListenSession::FetchPlaylist()
+{
+    const QString address = PlaylistFetch::DownloadAddress(m_url);
+    emit infoChanged(tr("Query: %1").arg(address));
+    m_fileDL->BeginDownload(QUrl::fromUserInput(address), TagPlaying);
+}
+
+void ListenSession::FileDL_DownloadComplete(const QString &key, const QByteArray &body)
+{
+    if (key != TagPlaying || m_closing)
+        return;
+    const QString stream = PlaylistFetch::StreamFromPlaylist(body);
+    if (stream.isEmpty()) {
+        emit captionChanged(tr("Station is not available: %1").arg(m_title));
+        return;
+    }
+    emit captionChanged(tr("Playing: %1").arg(m_title));
+    emit infoChanged(tr("Stream: %1").arg(stream));
+    startPlayback(stream);
+}
+
+void ListenSession::FileDL_DownloadError(const QString &key, int statusCode, const QString &statusText)
+{
+    if (key != TagPlaying || m_closing)
+        return;
+    emit captionChanged(tr("PLS error: %1: %2").arg(QString::number(statusCode), statusText));
+}
+
+void ListenSession::MPlayer_PlayStateChange(int state)
+{
+    if (m_closing || m_failed)
+        return;
+    if (m_row == WarmUpRow && state != MediaPlayer::Paused)
+        pauseWarmUp();
+    if (state == MediaPlayer::Ready) {
+        // The player fell back without playing: try the address again.
+        MPlayer.setURL(m_address);
+        --m_retries;
+        const QPointer<ListenSession> alive(this);
+        QCoreApplication::processEvents();
+        if (!alive || m_closing || m_failed)
+            return;
+    }
+    if (m_retries > 0) {
+        if (state == MediaPlayer::Playing && m_row >= 0 && !m_launch.launchMode)
+            emit stationPlayed(PlayedKind, m_row, QDate::currentDate().toString(Qt::ISODate));
+    } else {
+        MPlayer.setURL({});
+        emit captionChanged(tr("Unable to load %1").arg(m_address));
+        m_address.clear();
+        m_failed = true;
+    }
+}
+
+void ListenSession::enterFullScreen()
+{
+    if (MPlayer.playState() == MediaPlayer::Playing)
+        MPlayer.setFullScreen(true);
+}
+
+bool ListenSession::leaveFullScreen()
+{
+    if (!MPlayer.fullScreen())
+        return false;
+    MPlayer.setFullScreen(false);
+    return true;
+}
+
+void ListenSession::escape()
+{
+    if (!leaveFullScreen())
+        emit closeRequested();
+}
+
+void ListenSession::close()
+{
+    m_closing = true;
+    m_fileDL->Cancel(TagPlaying);
+    MPlayer.setURL({});
+    MPlayer.stop();
+    MPlayer.close();
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class FileDL;
+class MediaPlayer;
+struct LaunchOptions;
+
+// What a listening window does with its player: it plays one station or one
+// recorded file, resolves a playlist address through its own FileDL, tries a
+// stream that falls back without playing again (five times in all), reports a
+// catalogue station each time it starts to play, and keeps the hidden warm-up
+// player paused. What the window is to show or do comes out as signals.
+class ListenSession : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ListenSession)
+
+public:
+    static inline const QString TagPlaying = QStringLiteral("PLSPLAY");
+    static constexpr int RetryBudget = 5;
+    // The row of a file chosen by Replay, and of the hidden warm-up window.
+    static constexpr int FileRow = -1;
+    static constexpr int WarmUpRow = -3;
+    static constexpr int WarmUpPlayCount = 1000000000;
+    // The one kind of report: a catalogue station has started to play.
+    static constexpr int PlayedKind = 1;
+
+    ListenSession(const LaunchOptions &launch, MediaPlayer &player, QObject *parent = nullptr);
+
+    // Plays url (a stream address, a playlist address or the full path of a
+    // file) under title; row is the main window's grid row of the station,
+    // or FileRow or WarmUpRow.
+    void play(const QString &url, const QString &title, int row);
+    // Full screen, while the player plays.
+    void enterFullScreen();
+    // Leaves full screen; false when the player was not in it.
+    bool leaveFullScreen();
+    // The Escape key: leaves full screen, or else asks for the window to close.
+    void escape();
+    // The window unloads: the player stops and lets go; its later states change nothing.
+    void close();
+
+signals:
+    // The window's caption.
+    void captionChanged(const QString &caption);
+    // The line of information: the playlist's query, then the stream it named.
+    void infoChanged(const QString &info);
+    // The player's view is to fill the window and show, or to hide with no height.
+    void viewRequested(bool visible);
+    // The warm-up window is to move out of sight.
+    void outOfSightRequested();
+    void closeRequested();
+    // kind PlayedKind, the grid row, and today's date as text.
+    void stationPlayed(int kind, int row, const QString &date);
+
+private:
+    void startPlayback(const QString &address);
+    void FetchPlaylist();
+    void pauseWarmUp();
+
+    void MPlayer_PlayStateChange(int state);
+    void FileDL_DownloadComplete(const QString &key, const QByteArray &body);
+    void FileDL_DownloadError(const QString &key, int statusCode, const QString &statusText);
+
+    const LaunchOptions &m_launch;
+    MediaPlayer &MPlayer;
+    FileDL *m_fileDL;
+
+    QString m_url;
+    QString m_title;
+    int m_row = FileRow;
+    // The address being played: the url, or the stream its playlist named.
+    QString m_address;
+    int m_retries = RetryBudget;
+    bool m_failed = false;
+    bool m_closing = false;
+};

@@ -1,0 +1,3 @@
+#include "player/mediaplayer.h"
+
+MediaPlayer::MediaPlayer(QObject *parent) : QObject(parent) {}
