@@ -37,7 +37,7 @@ Station sampleStation(int i)
 void fill(Catalogue &catalogue, int count)
 {
     for (int i = 1; i <= count; ++i)
-        catalogue.Append(sampleStation(i));
+        catalogue.append(sampleStation(i));
 }
 
 void reportPeak(benchmark::State &state)
@@ -65,8 +65,8 @@ void BM_CatalogueLoad(benchmark::State &state)
     Catalogue catalogue;
     QuietPrompt prompt;
     for (auto _ : state)
-        catalogue.Load(prompt, QStringLiteral("Tunecatch"));
-    if (catalogue.StationCount() != StationTotal || prompt.messages != 0)
+        catalogue.load(prompt, QStringLiteral("Tunecatch"));
+    if (catalogue.stationCount() != StationTotal || prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     reportPeak(state);
 }
@@ -81,8 +81,8 @@ void BM_CatalogueAppend(benchmark::State &state)
     for (auto _ : state) {
         Catalogue catalogue;
         for (int i = 0; i < count; ++i)
-            catalogue.Append(station);
-        benchmark::DoNotOptimize(catalogue.StationCount());
+            catalogue.append(station);
+        benchmark::DoNotOptimize(catalogue.stationCount());
     }
     state.counters["per_append"] = benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate |
                                                                  benchmark::Counter::kInvert);

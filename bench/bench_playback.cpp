@@ -46,11 +46,11 @@ struct PlayingWindow
 {
     PlayingWindow() : state(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin"), prompt)
     {
-        TempProfile::writeFile(AppPaths::DataFolder() + Startup::CatalogueFileName,
+        TempProfile::writeFile(AppPaths::dataFolder() + Startup::CatalogueFileName,
                                TempProfile::utf16File(QStringLiteral("2.1\r\n|\r\n# versions\r\n# format\r\n"
                                                                      "Loopback|Speech|128|mp3||o|True|3|||") +
                                                       station->url() + QStringLiteral("|i\r\n")));
-        state.catalogue.Load(prompt, AppInfo::Title);
+        state.catalogue.load(prompt, AppInfo::title);
         window = std::make_unique<FrmStations>(StationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();

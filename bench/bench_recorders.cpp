@@ -42,8 +42,8 @@ constexpr int BytesPerSecond = 128 * 1000 / 8;
 class NoPower : public PowerControl
 {
 public:
-    Version SystemVersion() const override { return {}; }
-    bool ExitWindows(quint32) override { return false; }
+    Version systemVersion() const override { return {}; }
+    bool exitWindows(quint32) override { return false; }
     bool SetSuspendState(bool, bool, bool) override { return false; }
 };
 

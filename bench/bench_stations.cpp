@@ -67,7 +67,7 @@ struct MainWindow
         {
             Catalogue source;
             for (int i = 1; i <= StationTotal; ++i)
-                source.Append(generated(i));
+                source.append(generated(i));
             source.Save();
         }
 #ifdef __GLIBC__
@@ -75,7 +75,7 @@ struct MainWindow
         malloc_trim(0);
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
-        state.catalogue.Load(prompt, AppInfo::Title);
+        state.catalogue.load(prompt, AppInfo::title);
         window = std::make_unique<FrmStations>(StationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();

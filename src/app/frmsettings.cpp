@@ -49,7 +49,7 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
 void FrmSettings::cmdOk_Click()
 {
     m_trimTool.command = m_txtTrimMP3->text();
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
     accept();
 }
 
@@ -58,5 +58,5 @@ void FrmSettings::cmdSearch_Click()
     m_trimTool.command.clear();
     m_trimTool.applyDefault();
     m_txtTrimMP3->setText(m_trimTool.command);
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
 }

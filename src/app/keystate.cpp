@@ -23,7 +23,7 @@ constexpr quint32 ScanControlL = 0x1d;
 
 KeyState::KeyState(QObject *parent) : QObject(parent) {}
 
-bool KeyState::IsDown(Key key) const
+bool KeyState::isDown(Key key) const
 {
     switch (key) {
     case LeftShift:

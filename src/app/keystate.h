@@ -18,7 +18,7 @@ class KeyState : public QObject, public ModifierKeys
 public:
     explicit KeyState(QObject *parent = nullptr);
 
-    bool IsDown(Key key) const override;
+    bool isDown(Key key) const override;
 
     // The key a native key event stands for, by its key symbol (X11, Wayland)
     // or its virtual key and scan code (Windows); 0 for any other key.

@@ -65,7 +65,7 @@ QString GridPainter::displayText(int row, int col) const
     if (column.type == GridColumnType::Number) {
         const qsizetype point = column.format.indexOf(u'.');
         const int decimals = point < 0 ? 0 : static_cast<int>(column.format.size() - point - 1);
-        const double value = Convert::LeadingNumber(text);
+        const double value = Convert::leadingNumber(text);
         return column.format.contains(u',') ? QLocale().toString(value, 'f', decimals)
                                             : QString::number(value, 'f', decimals);
     }

@@ -44,7 +44,7 @@ std::vector<int> GridSorter::Order(const GridData &data, int col, bool descendin
 
     switch (data.column(col).type) {
     case GridColumnType::Number:
-        orderByKeys(rows, keysOf([&](int row) { return Convert::LeadingNumber(cell(row).text); }),
+        orderByKeys(rows, keysOf([&](int row) { return Convert::leadingNumber(cell(row).text); }),
                     descending);
         break;
     case GridColumnType::Date:

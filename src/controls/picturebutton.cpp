@@ -90,14 +90,14 @@ ucPictureButton::Pictures ucPictureButton::GlyphPictures(const QPainterPath &gly
                                                          const QPainterPath &pressedGlyph,
                                                          const ThemeColors &colors, int size)
 {
-    const QColor ink = color(colors.WindowText);
-    const QColor accent = color(colors.BackSel);
+    const QColor ink = color(colors.windowText);
+    const QColor accent = color(colors.backSel);
     const QPainterPath &down = pressedGlyph.isEmpty() ? glyph : pressedGlyph;
     return {
-        .normal = picture(glyph, {color(colors.BackFixed), ink}, size),
+        .normal = picture(glyph, {color(colors.backFixed), ink}, size),
         .hover = picture(glyph, {withAlpha(accent, 0.35), ink}, size),
-        .pressed = picture(down, {accent, color(colors.ForeSel)}, size),
-        .disabled = picture(glyph, {withAlpha(color(colors.BackFixed), 0.5), withAlpha(ink, 0.35)}, size),
+        .pressed = picture(down, {accent, color(colors.foreSel)}, size),
+        .disabled = picture(glyph, {withAlpha(color(colors.backFixed), 0.5), withAlpha(ink, 0.35)}, size),
     };
 }
 
@@ -131,7 +131,7 @@ void ucPictureButton::paintEvent(QPaintEvent *)
     shownPicture().paint(&p, face);
     if (hasFocus()) {
         p.setRenderHint(QPainter::Antialiasing);
-        p.setPen(QPen(color(m_colors.FocusRect), 1.5));
+        p.setPen(QPen(color(m_colors.focusRect), 1.5));
         p.setBrush(Qt::NoBrush);
         p.drawRoundedRect(QRectF(face).adjusted(1, 1, -1, -1), 5, 5);
     }

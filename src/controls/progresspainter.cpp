@@ -29,12 +29,12 @@ qreal contrast(const QColor &a, const QColor &b)
 
 ProgressColors ProgressColors::FromTheme(const ThemeColors &colors)
 {
-    const QColor back = QColor::fromRgba(colors.Back);
-    const QColor fore = QColor::fromRgba(colors.Fore);
-    const QColor chunk = QColor::fromRgba(colors.ProgressBar);
+    const QColor back = QColor::fromRgba(colors.back);
+    const QColor fore = QColor::fromRgba(colors.fore);
+    const QColor chunk = QColor::fromRgba(colors.progressBar);
     // Of the theme's two text colours, the one that reads better on the fill.
     const QColor onChunk = contrast(fore, chunk) >= contrast(back, chunk) ? fore : back;
-    return {MixColors(chunk, back, 0.18), chunk, QColor::fromRgba(colors.Grid), fore, onChunk};
+    return {MixColors(chunk, back, 0.18), chunk, QColor::fromRgba(colors.grid), fore, onChunk};
 }
 
 ProgressColors ProgressColors::Disabled() const

@@ -59,11 +59,11 @@ void RoundedFrame::SetTitle(const QString &title)
 
 void RoundedFrame::SetThemeColors(const ThemeColors &colors)
 {
-    m_fill = QColor::fromRgba(colors.BackAlt);
-    m_border = QColor::fromRgba(colors.Grid);
-    m_titleColor = QColor::fromRgba(colors.ForeHdr);
+    m_fill = QColor::fromRgba(colors.backAlt);
+    m_border = QColor::fromRgba(colors.grid);
+    m_titleColor = QColor::fromRgba(colors.foreHdr);
     // Dark panels need a deeper shadow to be seen at all.
-    m_shadow = QColor(0, 0, 0, QColor::fromRgba(colors.Window).lightness() < 128 ? 150 : 60);
+    m_shadow = QColor(0, 0, 0, QColor::fromRgba(colors.window).lightness() < 128 ? 150 : 60);
     update();
 }
 

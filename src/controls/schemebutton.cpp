@@ -23,14 +23,14 @@ SchemeButton::SchemeButton(const QString &text, QWidget *parent)
 void SchemeButton::SetThemeColors(const ThemeColors &colors)
 {
     const auto color = [](quint32 argb) { return QColor::fromRgba(argb); };
-    m_window = color(colors.Window);
-    m_face = color(colors.BackFixed);
-    m_text = color(colors.ForeFixed);
-    m_accentFace = color(colors.BackSel);
-    m_accentText = color(colors.ForeSel);
+    m_window = color(colors.window);
+    m_face = color(colors.backFixed);
+    m_text = color(colors.foreFixed);
+    m_accentFace = color(colors.backSel);
+    m_accentText = color(colors.foreSel);
     m_faceHover = MixColors(m_face, m_accentFace, 0.75);
-    m_border = MixColors(m_face, color(colors.Fore), 0.7);
-    m_focus = color(colors.FocusRect);
+    m_border = MixColors(m_face, color(colors.fore), 0.7);
+    m_focus = color(colors.focusRect);
     update();
 }
 

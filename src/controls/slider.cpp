@@ -34,8 +34,8 @@ void ucSlider::SetThemeColors(const ThemeColors &colors)
 {
     m_colors = colors;
     QPalette tipPalette = m_tip->palette();
-    tipPalette.setColor(QPalette::Window, color(colors.BackEdit));
-    tipPalette.setColor(QPalette::WindowText, color(colors.ForeEdit));
+    tipPalette.setColor(QPalette::Window, color(colors.backEdit));
+    tipPalette.setColor(QPalette::WindowText, color(colors.foreEdit));
     m_tip->setPalette(tipPalette);
     m_tip->setAutoFillBackground(true);
     update();
@@ -80,16 +80,16 @@ void ucSlider::paintEvent(QPaintEvent *)
     const bool enabled = isEnabled();
 
     p.setPen(Qt::NoPen);
-    p.setBrush(color(m_colors.Grid));
+    p.setBrush(color(m_colors.grid));
     p.drawRoundedRect(g, GrooveHeight / 2, GrooveHeight / 2);
     QRectF filled = g;
     filled.setRight(handle.x());
-    p.setBrush(enabled ? color(m_colors.BackSel) : color(m_colors.Grid).darker(115));
+    p.setBrush(enabled ? color(m_colors.backSel) : color(m_colors.grid).darker(115));
     p.drawRoundedRect(filled, GrooveHeight / 2, GrooveHeight / 2);
 
     const bool lit = enabled && (underMouse() || isSliderDown());
-    p.setPen(QPen(hasFocus() ? color(m_colors.FocusRect) : color(m_colors.BackSel).darker(120), 1.5));
-    p.setBrush(lit ? color(m_colors.BackSel) : color(m_colors.Back));
+    p.setPen(QPen(hasFocus() ? color(m_colors.focusRect) : color(m_colors.backSel).darker(120), 1.5));
+    p.setBrush(lit ? color(m_colors.backSel) : color(m_colors.back));
     p.drawEllipse(handle, HandleRadius - 1, HandleRadius - 1);
 }
 

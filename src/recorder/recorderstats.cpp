@@ -22,7 +22,7 @@ std::optional<int> percent(double part, double whole)
 {
     if (whole == 0)
         return std::nullopt;
-    const double value = Convert::RoundHalfEven(part * 100 / whole);
+    const double value = Convert::roundHalfEven(part * 100 / whole);
     if (!std::isfinite(value))
         return std::nullopt;
     return static_cast<int>(std::clamp(value, 0.0, 100.0));
@@ -40,15 +40,15 @@ QString MakeTime(qint32 seconds)
 QString StoredSizeText(double bytesTotal)
 {
     if (bytesTotal >= 950000)
-        return numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100) + QStringLiteral(" MB");
-    return numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100) + QStringLiteral(" KB");
+        return numberText(Convert::roundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100) + QStringLiteral(" MB");
+    return numberText(Convert::roundHalfEven(bytesTotal / 1024 * 100) / 100) + QStringLiteral(" KB");
 }
 
 std::optional<qint32> ElapsedSeconds(double bytesTotal, qint16 bitrate)
 {
     if (bitrate == 0)
         return std::nullopt;
-    const double seconds = Convert::RoundHalfEven(bytesTotal / (bitrate / 8.0 * 1000));
+    const double seconds = Convert::roundHalfEven(bytesTotal / (bitrate / 8.0 * 1000));
     if (seconds < std::numeric_limits<qint32>::min() || seconds > std::numeric_limits<qint32>::max())
         return std::nullopt;
     return static_cast<qint32>(seconds);

@@ -6,7 +6,7 @@ namespace {
 
 // daemon-reload on a busy manager can take a while; a hung call must not
 // hang the window for longer than this.
-constexpr int TimeoutMs = 20000;
+constexpr int timeoutMs = 20000;
 
 } // namespace
 
@@ -19,9 +19,9 @@ Systemctl::Result ProcessSystemctl::Run(const QStringList &arguments)
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral("systemctl"), QStringList{QStringLiteral("--user")} + arguments);
     Result result;
-    if (!process.waitForStarted(TimeoutMs))
+    if (!process.waitForStarted(timeoutMs))
         return result;
-    if (!process.waitForFinished(TimeoutMs)) {
+    if (!process.waitForFinished(timeoutMs)) {
         process.kill();
         process.waitForFinished();
         return result;

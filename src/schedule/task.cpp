@@ -25,7 +25,7 @@ Task::~Task() = default;
 
 void Task::setText(TaskService::TextField field, QString TaskDefinition::*member, const QString &value)
 {
-    m_item->service.CheckText(field, value);
+    m_item->service.checkText(field, value);
     m_item->definition.*member = value;
 }
 
@@ -41,12 +41,12 @@ void Task::SetApplicationName(const QString &name)
 
 QString Task::CommandLine() const
 {
-    return m_item->definition.Parameters;
+    return m_item->definition.parameters;
 }
 
-void Task::SetCommandLine(const QString &commandLine)
+void Task::setCommandLine(const QString &commandLine)
 {
-    setText(TaskService::TextField::Parameters, &TaskDefinition::Parameters, commandLine);
+    setText(TaskService::TextField::Parameters, &TaskDefinition::parameters, commandLine);
 }
 
 QString Task::Comment() const
@@ -72,8 +72,8 @@ void Task::SetCreator(const QString &creator)
 void Task::openEditor(QObject *owner)
 {
     if (!m_item->editor)
-        throw TaskErrors::Refused(QStringLiteral("There is no property sheet to show the task in."));
-    m_item->editor->EditTask(*this, owner);
+        throw TaskErrors::refused(QStringLiteral("There is no property sheet to show the task in."));
+    m_item->editor->editTask(*this, owner);
 }
 
 void Task::Edit(QObject *owner)
@@ -103,7 +103,7 @@ void Task::SetErrorRetryInterval(int minutes)
 
 qint32 Task::ExitCode() const
 {
-    return m_item->service.RunState(m_item->name).ExitCode;
+    return m_item->service.runState(m_item->name).ExitCode;
 }
 
 QString Task::filename() const
@@ -123,26 +123,26 @@ void Task::SetFlags(qint32 flags)
 
 QString Task::GetAccountInfo() const
 {
-    return m_item->definition.Account;
+    return m_item->definition.account;
 }
 
 void Task::GetIdleWait(int &idleMinutes, int &deadlineMinutes) const
 {
-    idleMinutes = m_item->definition.IdleMinutes;
-    deadlineMinutes = m_item->definition.DeadlineMinutes;
+    idleMinutes = m_item->definition.idleMinutes;
+    deadlineMinutes = m_item->definition.deadlineMinutes;
 }
 
 void Task::SetIdleWait(int idleMinutes, int deadlineMinutes)
 {
     const qint16 idle = toWord(idleMinutes);
     const qint16 deadline = toWord(deadlineMinutes);
-    m_item->definition.IdleMinutes = idle;
-    m_item->definition.DeadlineMinutes = deadline;
+    m_item->definition.idleMinutes = idle;
+    m_item->definition.deadlineMinutes = deadline;
 }
 
 QDateTime Task::LastRunTime() const
 {
-    return m_item->service.RunState(m_item->name).LastRun;
+    return m_item->service.runState(m_item->name).lastRun;
 }
 
 qint32 Task::MaxRunTime() const
@@ -157,7 +157,7 @@ void Task::SetMaxRunTime(qint32 milliseconds)
 
 QDateTime Task::NextRunTime() const
 {
-    return m_item->service.RunState(m_item->name).NextRun;
+    return m_item->service.runState(m_item->name).nextRun;
 }
 
 qint32 Task::Priority() const
@@ -196,9 +196,9 @@ void Task::Save(const QString &fileName)
 void Task::SetAccountInfo(const QString &account, const std::optional<QString> &password)
 {
     if (password && !password->isEmpty())
-        throw TaskErrors::Refused(
+        throw TaskErrors::refused(
             QStringLiteral("Scheduled recordings run as their owner; no password is kept."));
-    setText(TaskService::TextField::Account, &TaskDefinition::Account, account);
+    setText(TaskService::TextField::Account, &TaskDefinition::account, account);
 }
 
 void Task::ShowProperties(QObject *owner)
@@ -208,7 +208,7 @@ void Task::ShowProperties(QObject *owner)
 
 qint32 Task::Status() const
 {
-    return m_item->service.RunState(m_item->name).Status;
+    return m_item->service.runState(m_item->name).Status;
 }
 
 QString Task::StatusText() const

@@ -89,21 +89,21 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     OrdinaryStart start(profile);
     ASSERT_TRUE(start.shown);
     ASSERT_NE(start.grid, nullptr);
-    ASSERT_GE(start.state.catalogue.StationCount(), 25);
-    EXPECT_EQ(start.grid->ItemCount(), start.state.catalogue.StationCount());
+    ASSERT_GE(start.state.catalogue.stationCount(), 25);
+    EXPECT_EQ(start.grid->ItemCount(), start.state.catalogue.stationCount());
     start.main->findChild<QComboBox *>(u"cmbGenre"_s)->setCurrentText(u"Jazz"_s);
     QTest::mouseClick(start.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
-    EXPECT_LT(start.grid->ItemCount(), start.state.catalogue.StationCount());
+    EXPECT_LT(start.grid->ItemCount(), start.state.catalogue.stationCount());
     const QString renamed = start.grid->CellText(0, 1) + u" renamed"_s;
     start.grid->SetCellText(0, 1, renamed);
     start.grid->SetCellChanged(0, 1, true);
     EXPECT_EQ(start.runUntil([&start] { start.startup.Terminate(); }), 0);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptGenre), u"Jazz"_s);
     Catalogue saved;
-    saved.Load(start.prompt, AppInfo::Title);
-    EXPECT_EQ(saved.StationCount(), start.state.catalogue.StationCount());
+    saved.load(start.prompt, AppInfo::title);
+    EXPECT_EQ(saved.stationCount(), start.state.catalogue.stationCount());
     bool found = false;
-    for (int i = 1; i <= saved.StationCount(); ++i)
+    for (int i = 1; i <= saved.stationCount(); ++i)
         found |= saved.at(i).Name == renamed;
     EXPECT_TRUE(found);
     EXPECT_TRUE(start.prompt.shown.isEmpty());

@@ -72,7 +72,7 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     ASSERT_NE(list, nullptr) << "Yes to the question opens the scheduled recordings";
     EXPECT_TRUE(list->isVisible());
     delete window;
-    SystemdTaskService service(SystemdTaskService::UserUnitFolder(), *systemctl);
+    SystemdTaskService service(SystemdTaskService::userUnitFolder(), *systemctl);
     Schedule schedule(service);
     schedule.Refresh();
     ASSERT_EQ(schedule.Count(), 1);
@@ -88,7 +88,7 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
     const QRegularExpressionMatch exec = QRegularExpression(u"\nExecStart=(.*)\n"_s).match(unit);
     ASSERT_TRUE(exec.hasMatch()) << unit.toStdString();
     EXPECT_TRUE(exec.captured(1).contains(u"%%STATION%%_%%DATE%%_%%TIME%%"_s));
-    const std::optional<QStringList> words = UnitText::SplitExecLine(exec.captured(1));
+    const std::optional<QStringList> words = UnitText::splitExecLine(exec.captured(1));
     ASSERT_TRUE(words);
     EXPECT_EQ(words->first(), program);
     EXPECT_EQ(words->mid(1), line.split(u' '));

@@ -30,13 +30,13 @@ class CatalogueFile : public ProfileTest
 protected:
     QString path() const { return profile.dataFolder() + u"Stations.txt"_s; }
     void writeCatalogue(const QString &text) { TempProfile::writeFile(path(), TempProfile::utf16File(text)); }
-    void load() { catalogue.Load(prompt, u"Tunecatch"_s); }
+    void load() { catalogue.load(prompt, u"Tunecatch"_s); }
     // The stations in memory as the writer would put them, one per line.
     QString loaded() const
     {
         QStringList lines;
-        for (int i = 1; i <= catalogue.StationCount(); ++i)
-            lines.append(catalogue.StationLine(catalogue.at(i)));
+        for (int i = 1; i <= catalogue.stationCount(); ++i)
+            lines.append(catalogue.stationLine(catalogue.at(i)));
         return lines.join(u'\n');
     }
     void expectDamaged(bool damaged) const
@@ -55,10 +55,10 @@ const QString GoodRead = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i"_s;
 TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
 {
     QDir().mkpath(profile.dataFolder());
-    catalogue.Append(station(u"Jazz One"_s, u"Favourites"_s, true, 3, u"http://jazz.one"_s));
-    catalogue.Append(station(u"Gone"_s, {}, true, 0, {}, true));
-    catalogue.Append(station(u"Low"_s, {}, false, -2, {}));
-    catalogue.Dirty = true;
+    catalogue.append(station(u"Jazz One"_s, u"Favourites"_s, true, 3, u"http://jazz.one"_s));
+    catalogue.append(station(u"Gone"_s, {}, true, 0, {}, true));
+    catalogue.append(station(u"Low"_s, {}, false, -2, {}));
+    catalogue.dirty = true;
     catalogue.Save();
     const QByteArray first = TempProfile::readFile(path());
     EXPECT_EQ(first,
@@ -67,11 +67,11 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
                                      "True\u00B13\u00B1\u00B1id\u00B1u\u00B1http://jazz.one\r\n"
                                      "Low\u00B1G\u00B1128\u00B1mp3\u00B1\u00B1o\u00B1False\u00B1-2\u00B1"
                                      "\u00B1id\u00B1u\u00B1\r\n"_s));
-    EXPECT_EQ(catalogue.Separator, u"\u00B1"_s);
-    EXPECT_FALSE(catalogue.Dirty);
+    EXPECT_EQ(catalogue.separator, u"\u00B1"_s);
+    EXPECT_FALSE(catalogue.dirty);
     EXPECT_FALSE(QFile::exists(path() + u".bck"_s));
-    catalogue.Version = u"9.9"_s;
-    catalogue.Separator = u"|"_s;
+    catalogue.version = u"9.9"_s;
+    catalogue.separator = u"|"_s;
     catalogue.Save();
     EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), first);
     // The version written is always 2.1; the separator is the one held.
@@ -82,15 +82,15 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
 TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
 {
     QDir().mkpath(profile.dataFolder());
-    catalogue.Append(station(u" Spaced  "_s, u"Jazz"_s, true, -7, u"i1"_s));
-    catalogue.Append(station(u"Gone"_s, u"Rock"_s, false, 0, {}, true));
-    catalogue.Append(station(u"Last"_s, u"jazz"_s, false, 2, u"i3"_s));
-    catalogue.Separator = u"|"_s;
+    catalogue.append(station(u" Spaced  "_s, u"Jazz"_s, true, -7, u"i1"_s));
+    catalogue.append(station(u"Gone"_s, u"Rock"_s, false, 0, {}, true));
+    catalogue.append(station(u"Last"_s, u"jazz"_s, false, 2, u"i3"_s));
+    catalogue.separator = u"|"_s;
     catalogue.Save();
     load();
     EXPECT_EQ(loaded(),
               u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r"_s);
-    EXPECT_EQ(catalogue.Categories.items(), (QStringList{QString(), u"Jazz"_s}));
+    EXPECT_EQ(catalogue.categories.items(), (QStringList{QString(), u"Jazz"_s}));
     catalogue.Save();
     load();
     EXPECT_EQ(loaded(),
@@ -100,13 +100,13 @@ TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
 
 TEST_F(CatalogueFile, MissingFileIsDamagedAndKeepsVersionAndSeparator)
 {
-    catalogue.Append(station(u"Old"_s, {}, true, 0, {}));
-    catalogue.Version = u"v"_s;
-    catalogue.Separator = u"s"_s;
+    catalogue.append(station(u"Old"_s, {}, true, 0, {}));
+    catalogue.version = u"v"_s;
+    catalogue.separator = u"s"_s;
     load();
-    EXPECT_EQ(catalogue.StationCount(), 0);
-    EXPECT_EQ(catalogue.Version, u"v"_s);
-    EXPECT_EQ(catalogue.Separator, u"s"_s);
+    EXPECT_EQ(catalogue.stationCount(), 0);
+    EXPECT_EQ(catalogue.version, u"v"_s);
+    EXPECT_EQ(catalogue.separator, u"s"_s);
     expectDamaged(true);
 }
 
@@ -114,10 +114,10 @@ TEST_F(CatalogueFile, TwoLineFileIsAnEmptyCatalogue)
 {
     writeCatalogue(u"1.0\r\n|\r\n"_s);
     load();
-    EXPECT_EQ(catalogue.StationCount(), 0);
-    EXPECT_EQ(catalogue.Version, u"1.0"_s);
+    EXPECT_EQ(catalogue.stationCount(), 0);
+    EXPECT_EQ(catalogue.version, u"1.0"_s);
     // The file's unread last byte leaves the final line's CR in place.
-    EXPECT_EQ(catalogue.Separator, u"|\r"_s);
+    EXPECT_EQ(catalogue.separator, u"|\r"_s);
     expectDamaged(false);
 }
 
@@ -165,7 +165,7 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
         writeCatalogue(u"2.1\r\n|\r\n"_s + Header + row.stationLines);
         load();
         EXPECT_EQ(loaded(), row.loaded);
-        EXPECT_EQ(catalogue.Categories.items().join(u','), row.categories);
+        EXPECT_EQ(catalogue.categories.items().join(u','), row.categories);
         expectDamaged(row.damaged);
     }
 }

@@ -31,13 +31,13 @@ protected:
     {
         if (!file1.isNull())
             writePls(fileName, file1, title1, eol);
-        return second ? catalogue.ImportPlaylistFile2(folder, fileName, u"Jazz"_s)
-                      : catalogue.ImportPlaylistFile(folder, fileName, u"Jazz"_s);
+        return second ? catalogue.importPlaylistFile2(folder, fileName, u"Jazz"_s)
+                      : catalogue.importPlaylistFile(folder, fileName, u"Jazz"_s);
     }
-    const Station &last() const { return catalogue.at(catalogue.StationCount()); }
+    const Station &last() const { return catalogue.at(catalogue.stationCount()); }
     void importFolder(bool secondVariant)
     {
-        catalogue.ImportFolder(folder, u"Pop"_s, secondVariant, prompt, u"Tunecatch"_s);
+        catalogue.importFolder(folder, u"Pop"_s, secondVariant, prompt, u"Tunecatch"_s);
     }
     QString cataloguePath() const { return profile.dataFolder() + u"Stations.txt"_s; }
     const QString folder = profile.root() + u"/playlists"_s;
@@ -51,10 +51,10 @@ TEST_F(Import, DirectoryPlaylistGivesAnSsrnStationWithNewStationDefaults)
 {
     ASSERT_TRUE(
         import(false, u"Jazz One _#_ 128 _#_ 12345.pls"_s, u"http://a:8000/"_s, u"(#1 - 17/200) Jazz One"_s));
-    catalogue.Separator = u"|"_s;
-    EXPECT_EQ(catalogue.StationLine(last()),
+    catalogue.separator = u"|"_s;
+    EXPECT_EQ(catalogue.stationLine(last()),
               u"Jazz One|Jazz|128|mp3||.\\%STATION%_%SONG%_%DATE%_%TIME%.mp3|True|0|||ssrn#12345.pls|"_s);
-    EXPECT_TRUE(catalogue.Dirty);
+    EXPECT_TRUE(catalogue.dirty);
     // The same directory number under another name, in another letter case, is the same station.
     EXPECT_FALSE(import(false, u"Other _#_ 64 _#_ 12345.PLS"_s, u"http://b/"_s, u"Other"_s));
     // The name is the cleaned title after the directory prefix.
@@ -65,10 +65,10 @@ TEST_F(Import, DirectoryPlaylistGivesAnSsrnStationWithNewStationDefaults)
                                 {u"(#2 - 1/9)"_s + QString(70, u'n'), QString(60, u'n')}};
     for (const auto &[title, name] : names) {
         ASSERT_TRUE(
-            import(false, u"A _#_ 1 _#_ %1.pls"_s.arg(catalogue.StationCount()), u"http://a/"_s, title));
+            import(false, u"A _#_ 1 _#_ %1.pls"_s.arg(catalogue.stationCount()), u"http://a/"_s, title));
         EXPECT_EQ(last().Name, name) << title.toStdString();
     }
-    EXPECT_EQ(catalogue.StationCount(), 6);
+    EXPECT_EQ(catalogue.stationCount(), 6);
 }
 
 TEST_F(Import, SecondVariantKeepsTheAddressWithItsCrAndTakesTheBitRateFromTheLastWord)
@@ -83,7 +83,7 @@ TEST_F(Import, SecondVariantKeepsTheAddressWithItsCrAndTakesTheBitRateFromTheLas
         ASSERT_TRUE(import(true, fileName, u"http://a/"_s + fileName, u"T"_s));
         EXPECT_EQ(last().BitRate, bitRate) << fileName.toStdString();
     }
-    EXPECT_EQ(catalogue.StationCount(), 4);
+    EXPECT_EQ(catalogue.stationCount(), 4);
 }
 
 TEST_F(Import, ShortOrMissingPlaylistAddsNothingAndAShortNameThrows)
@@ -93,8 +93,8 @@ TEST_F(Import, ShortOrMissingPlaylistAddsNothingAndAShortNameThrows)
     EXPECT_FALSE(import(false, u"Missing _#_ 1 _#_ 3.pls"_s, {}, {}));
     EXPECT_FALSE(import(true, u"Missing.pls"_s, {}, {}));
     EXPECT_THROW(import(false, u"Two _#_ parts.pls"_s, u"http://a/"_s, u"Two"_s), AppError);
-    EXPECT_EQ(catalogue.StationCount(), 0);
-    EXPECT_FALSE(catalogue.Dirty);
+    EXPECT_EQ(catalogue.stationCount(), 0);
+    EXPECT_FALSE(catalogue.dirty);
     // A bad name stops a folder import before the save.
     QDir().mkpath(profile.dataFolder());
     writePls(u"Good _#_ 1 _#_ 1.pls"_s, u"http://a/"_s, u"Good"_s);
@@ -110,19 +110,19 @@ TEST_F(Import, FolderImportSavesReloadsAndAddsNothingTheSecondTime)
     writePls(u"Ignored _#_ 64 _#_ 13.m3u"_s, u"http://d/"_s, u"No"_s);
     QDir().mkpath(profile.dataFolder());
     importFolder(false);
-    EXPECT_EQ(catalogue.StationCount(), 2);
-    EXPECT_FALSE(catalogue.Dirty);
+    EXPECT_EQ(catalogue.stationCount(), 2);
+    EXPECT_FALSE(catalogue.dirty);
     EXPECT_TRUE(prompt.shown.isEmpty());
     Catalogue reread;
-    reread.Load(prompt, u"Tunecatch"_s);
-    EXPECT_EQ(reread.StationCount(), 2);
+    reread.load(prompt, u"Tunecatch"_s);
+    EXPECT_EQ(reread.stationCount(), 2);
     EXPECT_EQ(reread.at(1).Genre, u"Pop"_s);
     const QByteArray saved = TempProfile::readFile(cataloguePath());
     importFolder(false);
-    EXPECT_EQ(catalogue.StationCount(), 2);
+    EXPECT_EQ(catalogue.stationCount(), 2);
     // The reload puts a CR on the last station's InfoUrl, so the file only grows by that.
     EXPECT_EQ(TempProfile::readFile(cataloguePath()).size(), saved.size() + 2);
     importFolder(true);
-    EXPECT_EQ(catalogue.StationCount(), 5);
+    EXPECT_EQ(catalogue.stationCount(), 5);
     EXPECT_EQ(last().BitRate, QString());
 }

@@ -393,7 +393,7 @@ TEST_F(GridTest, ThemeColorFollowsTheColoursAndClearForgetsTheSort)
         EXPECT_EQ(grid.ThemeColor(), theme);
     }
     ThemeColors own = Themes::paleBlue();
-    own.Grid = 0xff000000;
+    own.grid = 0xff000000;
     grid.SetThemeColors(own);
     EXPECT_EQ(grid.ThemeColor(), -1);
     grid.Sort(1, GridSortOrder::Descending);

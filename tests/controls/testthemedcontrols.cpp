@@ -98,7 +98,7 @@ TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
     button.SetThemeColors(Themes[1]);
     button.show();
     QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::HoverChanged);
-    const QColor face = QColor::fromRgba(Themes[1].BackFixed);
+    const QColor face = QColor::fromRgba(Themes[1].backFixed);
     EXPECT_EQ(button.FaceColor(), face);
     QEvent enter(QEvent::Enter), leave(QEvent::Leave);
     QApplication::sendEvent(&button, &enter);
@@ -115,8 +115,8 @@ TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
     EXPECT_FALSE(button.IsHovered());
     button.setEnabled(true);
     button.setDown(true);
-    EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].BackSel));
-    EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].ForeSel));
+    EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].backSel));
+    EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].foreSel));
 }
 
 } // namespace

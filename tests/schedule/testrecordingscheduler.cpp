@@ -22,9 +22,9 @@ RecordingInputs jazz()
 QString startOf(const TaskDefinition &task)
 {
     const TriggerRecord &t = task.Triggers.first();
-    return u"%1 %2"_s.arg(t.Word(TriggerRecord::BeginDay))
+    return u"%1 %2"_s.arg(t.word(TriggerRecord::BeginDay))
         .arg(
-            QTime(t.Word(TriggerRecord::StartHour), t.Word(TriggerRecord::StartMinute)).toString(u"HH:mm"_s));
+            QTime(t.word(TriggerRecord::StartHour), t.word(TriggerRecord::StartMinute)).toString(u"HH:mm"_s));
 }
 
 std::function<QDateTime()> clockAt(QTime time)
@@ -45,17 +45,17 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
         std::function<void(RecordingInputs &)> change;
         QString line;
     } rows[] = {{[](RecordingInputs &) {}, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s},
-                {[](RecordingInputs &in) { in.Hibernate = true; },
+                {[](RecordingInputs &in) { in.hibernate = true; },
                  u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xh -t 60 -v"_s},
                 {[](RecordingInputs &in) {
-                     in.SingleSong = in.ShutDown = false;
-                     in.SelectedBreak = 1;
+                     in.SingleSong = in.shutDown = false;
+                     in.selectedBreak = 1;
                  },
                  u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -b 700 -v"_s},
                 {[](RecordingInputs &in) {
-                     in.SelectedBreak = -1;
+                     in.selectedBreak = -1;
                      in.Station = u"Jazz 24  FM"_s;
-                     in.SaveLocation = u"./My Music/%STATION%.mp3"_s;
+                     in.saveLocation = u"./My Music/%STATION%.mp3"_s;
                  },
                  u"-s ./My Music/%STATION%.mp3 -a 10.0.0.5:8000/live -w Jazz 24  FM -n -xs -v"_s}};
     for (const auto &row : rows) {
@@ -74,7 +74,7 @@ protected:
     void click(QTime at, const QString &program = u"/opt/tunecatch/tunecatch"_s)
     {
         RecordingScheduler(jazz(), clockAt(at), program)
-            .ScheduleRecording(service, &editor, &owner, prompt, [this] { ++opened; });
+            .scheduleRecording(service, &editor, &owner, prompt, [this] { ++opened; });
     }
     const TaskDefinition &task() const { return *service.tasks.cbegin(); }
     MemoryTaskService service;
@@ -96,13 +96,13 @@ TEST_F(Registering, TheTaskRepeatsTheRecordingAnHourFromNowAndOpensTheDialog)
     EXPECT_EQ(task().ApplicationName, u"tunecatch"_s);
     EXPECT_EQ(task().WorkingDirectory, u"/opt/tunecatch/"_s);
     EXPECT_EQ(task().Creator, u"Tunecatch"_s);
-    EXPECT_EQ(task().Parameters, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s);
+    EXPECT_EQ(task().parameters, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s);
     EXPECT_EQ(task().Comment, u"Recording from Jazz24"_s);
     EXPECT_EQ(task().Flags, 9219);
-    EXPECT_EQ(task().Account, u"ann"_s);
+    EXPECT_EQ(task().account, u"ann"_s);
     ASSERT_EQ(task().Triggers.size(), 1);
-    EXPECT_EQ(task().Triggers.first().Type(), TriggerRecord::Once);
-    EXPECT_EQ(task().Triggers.first().Long(TriggerRecord::Flags), 0);
+    EXPECT_EQ(task().Triggers.first().type(), TriggerRecord::Once);
+    EXPECT_EQ(task().Triggers.first().longWord(TriggerRecord::Flags), 0);
     EXPECT_EQ(startOf(task()), u"31 21:15"_s);
     EXPECT_EQ(editor.owners, QList<QObject *>{&owner});
     ASSERT_EQ(prompt.shown.size(), 1);
@@ -136,9 +136,9 @@ TEST_F(Registering, AStepTheStoreRefusesIsSkippedAndTheRestIsSaved)
     service.refused.insert(TaskService::TextField::Comment, u"Recording from Jazz24"_s);
     service.refused.insert(TaskService::TextField::Account, u"ann"_s);
     RecordingScheduler(jazz(), clockAt(QTime(20, 15)), u"/opt/tunecatch/tunecatch"_s)
-        .ScheduleRecording(service, nullptr, &owner, prompt, [] {});
+        .scheduleRecording(service, nullptr, &owner, prompt, [] {});
     EXPECT_EQ(task().Comment, QString());
-    EXPECT_EQ(task().Account, QString());
+    EXPECT_EQ(task().account, QString());
     EXPECT_EQ(task().Flags, 9219);
     EXPECT_EQ(task().Triggers.size(), 1);
     EXPECT_EQ(prompt.shown.size(), 1) << "no property sheet is no reason to stop";
@@ -149,8 +149,8 @@ TEST_F(Registering, WithoutUserTheAccountIsTheLoginName)
     qunsetenv("USER");
     TempProfile profile;
     TempProfile::writeFile(profile.root() + u"/mine"_s, "x");
-    EXPECT_EQ(TaskAccountName(), QFileInfo(profile.root() + u"/mine"_s).owner());
-    EXPECT_FALSE(TaskAccountName().isEmpty());
+    EXPECT_EQ(taskAccountName(), QFileInfo(profile.root() + u"/mine"_s).owner());
+    EXPECT_FALSE(taskAccountName().isEmpty());
 }
 
 TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
@@ -170,8 +170,8 @@ TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
                 {u"-s a  b -v -m"_s, {}, {StopCondition::Minutes, u"1"_s}, u"-s a  b -v -m -t 1"_s},
                 {QString(), {}, {StopCondition::Minutes, u"1"_s}, u"-t 1"_s}};
     for (const auto &row : rows) {
-        EXPECT_EQ(ReadStopCondition(row.line), row.read) << row.line.toStdString();
-        EXPECT_EQ(WithStopCondition(row.line, row.replacement), row.replaced) << row.line.toStdString();
+        EXPECT_EQ(readStopCondition(row.line), row.read) << row.line.toStdString();
+        EXPECT_EQ(withStopCondition(row.line, row.replacement), row.replaced) << row.line.toStdString();
     }
 }
 

@@ -30,13 +30,13 @@ namespace {
 TriggerRecord trigger(qint32 type, int hour, int minute, qint16 word0 = 0, qint16 word1 = 0, qint16 word2 = 0)
 {
     TriggerRecord record;
-    record.SetLong(TriggerRecord::TriggerType, type);
+    record.setLongWord(TriggerRecord::TriggerType, type);
     using R = TriggerRecord;
     const std::pair<TriggerRecord::Field, int> words[] = {
         {R::BeginYear, 2031},     {R::BeginMonth, 1},    {R::BeginDay, 31},     {R::StartHour, hour},
         {R::StartMinute, minute}, {R::TypeWord0, word0}, {R::TypeWord1, word1}, {R::TypeWord2, word2}};
     for (const auto &[field, value] : words)
-        record.SetWord(field, qint16(value));
+        record.setWord(field, qint16(value));
     return record;
 }
 
@@ -60,7 +60,7 @@ TaskDefinition definitionOf(Task &task)
                      task.Priority(),
                      {}};
     for (const std::shared_ptr<Trigger> &t : task.Triggers()->NewEnum())
-        d.Triggers.append(t->Record());
+        d.Triggers.append(t->record());
     return d;
 }
 
@@ -86,17 +86,17 @@ protected:
     TaskDefinition recording() const
     {
         return {.ApplicationName = QFileInfo(program).fileName(),
-                .Parameters =
+                .parameters =
                     u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 "
                     "-n -xs -t 60 -v"_s,
                 .Comment = u"Recording from Jazz 24"_s,
                 .Creator = u"Tunecatch"_s,
                 .WorkingDirectory = QFileInfo(program).absolutePath() + u'/',
-                .Account = u"ann"_s,
+                .account = u"ann"_s,
                 .Flags = 9219,
                 .Triggers = {trigger(TriggerRecord::Once, 21, 15)}};
     }
-    QString unitFolder() const { return SystemdTaskService::UserUnitFolder(); }
+    QString unitFolder() const { return SystemdTaskService::userUnitFolder(); }
     QString unitText(const QString &name, const QString &suffix) const
     {
         return QString::fromUtf8(TempProfile::readFile(unitFolder() + u'/' + escaped(name) + suffix));
@@ -127,7 +127,7 @@ protected:
     }
     QString program;
     RecordingSystemctl systemctl;
-    SystemdTaskService service{SystemdTaskService::UserUnitFolder(), systemctl};
+    SystemdTaskService service{SystemdTaskService::userUnitFolder(), systemctl};
     std::unique_ptr<SystemdTaskService> fresh;
     std::unique_ptr<Schedule> schedule;
 };
@@ -137,15 +137,15 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
     TaskDefinition odd = recording();
     odd.ApplicationName = program;
     odd.WorkingDirectory = u"/"_s;
-    odd.Parameters = u" -s  D:\\My Music\\ -w \"Jazz\" 'n' ; Één 100% $$x -v "_s;
+    odd.parameters = u" -s  D:\\My Music\\ -w \"Jazz\" 'n' ; Één 100% $$x -v "_s;
     odd.Comment = u"  100% radio  "_s;
     odd.Creator = u"Ann's 100% tool"_s;
-    odd.Account = u"ann smith"_s;
+    odd.account = u"ann smith"_s;
     odd.Flags = TaskFlags::DeleteWhenDone | TaskFlags::Disabled;
     odd.ErrorRetryCount = -3;
     odd.ErrorRetryInterval = 32767;
-    odd.IdleMinutes = 10;
-    odd.DeadlineMinutes = -32768;
+    odd.idleMinutes = 10;
+    odd.deadlineMinutes = -32768;
     odd.MaxRunTime = -1;
     odd.Priority = TaskPriority::High;
     odd.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),
@@ -154,8 +154,8 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
                     trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x7F, 0xFFF),
                     trigger(TriggerRecord::OnIdle, 0, 0),
                     trigger(TriggerRecord::Daily, 6, 5, 3)};
-    odd.Triggers[0].SetWord(TriggerRecord::Reserved2, 0x1234);
-    odd.Triggers[1].SetLong(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
+    odd.Triggers[0].setWord(TriggerRecord::Reserved2, 0x1234);
+    odd.Triggers[1].setLongWord(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
     TaskDefinition relative;
     relative.ApplicationName = u"tunecatch"_s;
     relative.Priority = TaskPriority::Idle;
@@ -173,7 +173,7 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
         for (const TriggerRecord &record : definition.Triggers)
             EXPECT_TRUE(unitText(name, u".timer"_s)
                             .contains(u"X-Tunecatch-Trigger="_s +
-                                      QString::fromLatin1(record.Bytes().toHex()) + u'\n'));
+                                      QString::fromLatin1(record.bytes().toHex()) + u'\n'));
     }
     EXPECT_EQ(schedule->Count(), 4);
     expectVerified(u"Radio Één/2 .x"_s);
@@ -205,7 +205,7 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
     EXPECT_TRUE(unitText(u"weekly"_s, u".service"_s).contains(u"\nRuntimeMaxSec=5400000ms\nNice=19\n"_s));
     QStringList calendars;
     for (const TriggerRecord &record : weekly.Triggers)
-        calendars.append(OnCalendarFor(record).value_or(QString()));
+        calendars.append(onCalendarFor(record).value_or(QString()));
     EXPECT_EQ(calendars,
               (QStringList{u"*-*-* 06:05:00"_s, u"Sun,Sat *-*-* 07:00:00"_s, u"*-01,12-01,31 08:00:00"_s,
                            u"Mon *-*~01..07 09:30:00"_s, u"Fri *-01-08..14 09:30:00"_s}));
@@ -223,18 +223,18 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
 TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
 {
     for (const QString &name : {u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}) {
-        EXPECT_EQ(SystemdTaskService::UnitBase(name), escaped(name));
+        EXPECT_EQ(SystemdTaskService::unitBase(name), escaped(name));
         service.Save(name, {});
     }
-    EXPECT_EQ(service.Enum(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
+    EXPECT_EQ(service.taskNames(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
-        EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
-    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"Radio Één/2"_s); }),
+        EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
+    EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
-    EXPECT_EQ(ErrorNumber([&] { service.Activate(u"absent"_s); }), AppError::FileNotFound);
-    EXPECT_EQ(ErrorNumber([&] { service.CheckText(TaskService::TextField::Comment, u"two\nlines"_s); }),
+    EXPECT_EQ(ErrorNumber([&] { service.activate(u"absent"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(ErrorNumber([&] { service.checkText(TaskService::TextField::Comment, u"two\nlines"_s); }),
               AppError::InvalidArgument);
-    EXPECT_EQ(ErrorNumber([&] { service.CheckText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
+    EXPECT_EQ(ErrorNumber([&] { service.checkText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
               AppError::InvalidArgument);
 }
 
@@ -265,7 +265,7 @@ TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlon
     EXPECT_EQ(ErrorNumber([&] { service.Delete(u"mine"_s); }), AppError::PermissionDenied);
     EXPECT_EQ(ErrorNumber([&] { service.Delete(u"edited"_s); }), AppError::PermissionDenied);
     EXPECT_EQ(ErrorNumber([&] { service.Save(u"mine"_s, recording()); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
+    EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
     EXPECT_EQ(TempProfile::readFile(folder + u"/mine.timer"_s), mine);
     EXPECT_EQ(TempProfile::readFile(folder + u"/edited.timer"_s), edited);
 }
@@ -302,7 +302,7 @@ TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
     task->Triggers()->Add();
     task->Save();
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s})) << "asked once, then left alone";
-    EXPECT_FALSE(service.IsRunning());
+    EXPECT_FALSE(service.isRunning());
     EXPECT_EQ(task->Status(), 0);
     EXPECT_TRUE(task->NextRunTime().isNull());
     EXPECT_EQ(ErrorNumber([&] { task->Run(); }), TaskErrors::ServiceNotRunningNumber);
@@ -336,11 +336,11 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.output.toStdString());
         systemctl.showOutput = row.output;
-        const TaskRunState state = service.RunState(u"shown"_s);
+        const TaskRunState state = service.runState(u"shown"_s);
         EXPECT_EQ(state.Status, row.status);
         EXPECT_EQ(state.ExitCode, row.exitCode);
-        EXPECT_EQ(state.LastRun, row.last);
-        EXPECT_EQ(state.NextRun, row.next);
+        EXPECT_EQ(state.lastRun, row.last);
+        EXPECT_EQ(state.nextRun, row.next);
     }
     EXPECT_TRUE(
         systemctl.calls.contains(u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,"
@@ -359,7 +359,7 @@ TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhen
     const QRegularExpression stopPost(u"\nExecStopPost=(.*)\n"_s);
     const QRegularExpressionMatch match = stopPost.match(unitText(u"once"_s, u".service"_s));
     ASSERT_TRUE(match.hasMatch());
-    const std::optional<QStringList> words = UnitText::SplitExecLine(match.captured(1));
+    const std::optional<QStringList> words = UnitText::splitExecLine(match.captured(1));
     ASSERT_TRUE(words);
     QProcess rm;
     rm.start(words->first(), words->mid(1));

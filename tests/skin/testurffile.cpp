@@ -17,7 +17,7 @@ TEST(UrfFile, HeaderAndSheetAreReadOrTheFileIsRefused)
         int theme;
     };
     const QByteArray sheet = "QPushButton { color: red; }\n";
-    const QByteArray huge = SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::MaxBytes, ' '));
+    const QByteArray huge = SkinFiles::Skin(u"X"_s, QByteArray(UrfSkin::maxBytes, ' '));
     const Row rows[] = {
         {"complete", SkinFiles::Skin(u"Ice"_s, sheet, "Pale Blue"), UrfSkin::Ok, u"Ice"_s, 0},
         {"keys in any case, CR LF, byte-order mark, theme by number",
@@ -35,7 +35,7 @@ TEST(UrfFile, HeaderAndSheetAreReadOrTheFileIsRefused)
         {"not UTF-8", SkinFiles::Skin(u"X"_s, "\xFF\xFE\x80"), UrfSkin::Binary, {}, UrfSkin::NoTheme},
         {"over a megabyte", huge, UrfSkin::TooLarge, {}, UrfSkin::NoTheme}};
     for (const Row &row : rows) {
-        const UrfSkin skin = UrfSkin::Parse(row.bytes);
+        const UrfSkin skin = UrfSkin::parse(row.bytes);
         EXPECT_EQ(skin.status, row.status) << row.what;
         EXPECT_EQ(skin.name, row.name) << row.what;
         EXPECT_EQ(skin.theme, row.theme) << row.what;
@@ -49,15 +49,15 @@ TEST(UrfFile, FilesAreReadWithinTheLimit)
 {
     TempProfile profile;
     const QString big = profile.root() + u"/big.urf"_s;
-    TempProfile::writeFile(big, SkinFiles::Skin(u"X"_s, QByteArray(2 * UrfSkin::MaxBytes, ' ')));
-    EXPECT_EQ(UrfSkin::Read(big).status, UrfSkin::TooLarge);
-    EXPECT_EQ(UrfSkin::Read(profile.root() + u"/missing.urf"_s).status, UrfSkin::Unreadable);
-    EXPECT_EQ(UrfSkin::Read(profile.root()).status, UrfSkin::Unreadable);
+    TempProfile::writeFile(big, SkinFiles::Skin(u"X"_s, QByteArray(2 * UrfSkin::maxBytes, ' ')));
+    EXPECT_EQ(UrfSkin::read(big).status, UrfSkin::TooLarge);
+    EXPECT_EQ(UrfSkin::read(profile.root() + u"/missing.urf"_s).status, UrfSkin::Unreadable);
+    EXPECT_EQ(UrfSkin::read(profile.root()).status, UrfSkin::Unreadable);
     // The shipped skins, with the theme each was drawn for.
     const std::pair<const char *, int> shipped[] = {
         {"Zelvane.urf", 1}, {"Ledovec.urf", 0}, {"Kontrast.urf", 1}};
     for (const auto &[file, theme] : shipped) {
-        const UrfSkin skin = UrfSkin::Read(SkinFiles::Shipped(file));
+        const UrfSkin skin = UrfSkin::read(SkinFiles::Shipped(file));
         EXPECT_EQ(skin.status, UrfSkin::Ok) << file;
         EXPECT_EQ(skin.name + u".urf"_s, QLatin1StringView(file));
         EXPECT_EQ(skin.theme, theme) << file;

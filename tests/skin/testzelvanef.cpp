@@ -57,7 +57,7 @@ TEST_F(EngineTest, ShippedSkinsApplyAndRemovalRestoresTheOwnLook)
     for (const char *name : {"Zelvane.urf", "Ledovec.urf", "Kontrast.urf"}) {
         ASSERT_EQ(start(QFile::encodeName(SkinFiles::Shipped(name)).constData(), Zelvanef::StartOptions), 0)
             << name;
-        EXPECT_EQ(qApp->styleSheet(), UrfSkin::Read(SkinFiles::Shipped(name)).sheet) << name;
+        EXPECT_EQ(qApp->styleSheet(), UrfSkin::read(SkinFiles::Shipped(name)).sheet) << name;
     }
     QPushButton button;
     button.ensurePolished();

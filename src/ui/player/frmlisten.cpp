@@ -40,7 +40,7 @@ FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors, con
       cmdContext(newButton(this, "cmdContext", tr("Context Menu")))
 {
     setObjectName(QStringLiteral("FrmListen"));
-    setWindowTitle(AppInfo::Title);
+    setWindowTitle(AppInfo::title);
     setPalette(ThemePalette(colors));
     setAutoFillBackground(true);
     m_fileDL->setObjectName(QStringLiteral("FileDL"));

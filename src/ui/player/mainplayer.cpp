@@ -36,7 +36,7 @@ MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &p
 
 void MainPlayer::PlayKey(const QString &key)
 {
-    m_trace.Trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
+    m_trace.trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
                         wmp1.status());
     if (key == KeyPlay) {
         // Right after a stop the player may still say Paused; an emptied

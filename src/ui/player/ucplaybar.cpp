@@ -163,7 +163,7 @@ void ucPlayBar::SetThemeColors(const ThemeColors &colors)
         button->SetThemeColors(colors);
     ucSlider1->SetThemeColors(colors);
     QPalette captionPalette = lbPlayBar->palette();
-    captionPalette.setColor(QPalette::WindowText, QColor::fromRgba(colors.WindowText));
+    captionPalette.setColor(QPalette::WindowText, QColor::fromRgba(colors.windowText));
     lbPlayBar->setPalette(captionPalette);
 }
 

@@ -66,7 +66,7 @@ FrmTC::FrmTC(Prompt &prompt, const LaunchOptions &launch, PowerControl &power, Q
     }
     setObjectName(QStringLiteral("FrmTC"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::Title + QStringLiteral(" - Recorder"));
+    setWindowTitle(AppInfo::title + QStringLiteral(" - Recorder"));
 
     m_connection = new StreamConnection(m_hooks.connection, this);
     m_fileDL = new FileDL(this);
@@ -176,14 +176,14 @@ void FrmTC::cmdSchedule_Click()
 {
     RecordingInputs inputs;
     inputs.Station = LblStation->text();
-    inputs.SaveLocation = txtSave->text();
-    inputs.StreamAddress = txtStream->text();
+    inputs.saveLocation = txtSave->text();
+    inputs.streamAddress = txtStream->text();
     inputs.SingleSong = chkSingleSong->isChecked();
-    inputs.Hibernate = ChkHibernate->isChecked();
-    inputs.ShutDown = ChkShutDown->isChecked();
-    inputs.SelectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
-    inputs.BreakValues[0] = txtBreak[0]->text();
-    inputs.BreakValues[1] = txtBreak[1]->text();
+    inputs.hibernate = ChkHibernate->isChecked();
+    inputs.shutDown = ChkShutDown->isChecked();
+    inputs.selectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
+    inputs.breakValues[0] = txtBreak[0]->text();
+    inputs.breakValues[1] = txtBreak[1]->text();
     if (m_hooks.schedule)
         m_hooks.schedule(inputs, m_hooks.now, this);
 }
@@ -207,7 +207,7 @@ void FrmTC::StartRecording(const QString &address)
 
 QString FrmTC::BuildFileName() const
 {
-    return ::BuildFileName(txtSave->text(), LblStation->text(), m_hooks.now(), AppPaths::RecordingsFolder());
+    return ::BuildFileName(txtSave->text(), LblStation->text(), m_hooks.now(), AppPaths::recordingsFolder());
 }
 
 bool FrmTC::StopOverwrite()
@@ -218,7 +218,7 @@ bool FrmTC::StopOverwrite()
     existing.close();
     if (m_launch.launchMode)
         return false;
-    return !m_prompt.askYesNo(OverwriteQuestion, AppInfo::Title, Prompt::Icon::Warning);
+    return !m_prompt.askYesNo(OverwriteQuestion, AppInfo::title, Prompt::Icon::Warning);
 }
 
 bool FrmTC::StartStream(const QString &address)
@@ -284,11 +284,11 @@ void FrmTC::FetchPlaylist(const QString &address, const QString &tag)
 {
     QString url = address;
     try {
-        if (Playlist::IsDirectoryReference(address)) {
-            url = Playlist::PlaylistServiceAddress(Playlist::DirectoryNumber(address));
+        if (Playlist::isDirectoryReference(address)) {
+            url = Playlist::playlistServiceAddress(Playlist::directoryNumber(address));
             const QString service = qEnvironmentVariable(PlaylistServiceVariable);
             if (!service.isEmpty())
-                url.replace(0, Playlist::ServiceHost.size(), service);
+                url.replace(0, Playlist::serviceHost.size(), service);
         }
     } catch (const AppError &error) {
         onDownloadError(tag, error.number(), error.description());
@@ -302,7 +302,7 @@ void FrmTC::onDownloadComplete(const QString &key, const QByteArray &body)
     if (key != TagRecording)
         return;
     const QString address =
-        Playlist::UsableAddress(Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
+        Playlist::usableAddress(Playlist::chooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
     if (address.isEmpty()) {
         stopWithFailure(TextNoPlaylistStream);
         return;
@@ -359,7 +359,7 @@ void FrmTC::showLimitProgress(double bytesWritten, std::optional<qint32> elapsed
     const int selected = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
     if (selected < 0)
         return;
-    const double limit = Convert::LeadingNumber(txtBreak[selected]->text());
+    const double limit = Convert::leadingNumber(txtBreak[selected]->text());
     const auto kind = selected == 0 ? RecorderStats::Limit::Minutes : RecorderStats::Limit::Megabytes;
     const std::optional<int> percent = RecorderStats::LimitProgress(kind, limit, elapsed, bytesWritten);
     if (!percent)

@@ -35,7 +35,7 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
 {
     setObjectName(QStringLiteral("FrmScheduledTasks"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::Title + QStringLiteral(" - Scheduled recordings"));
+    setWindowTitle(AppInfo::title + QStringLiteral(" - Scheduled recordings"));
 
     lblNotice = new QLabel(NoManagerNotice);
     lblNotice->setObjectName(QStringLiteral("lblNotice"));
@@ -81,11 +81,11 @@ void FrmScheduledTasks::RefreshList()
     lstTasks->clear();
     m_schedule.Refresh();
     SystemdTaskService &service = m_parts.service();
-    lblNotice->setVisible(!service.IsRunning());
+    lblNotice->setVisible(!service.isRunning());
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
-        const TaskRunState state = service.RunState(task->Name());
-        auto *item = new QTreeWidgetItem(lstTasks, {task->Name(), when(state.NextRun, QStringLiteral("None")),
-                                                    when(state.LastRun, QStringLiteral("Never")),
+        const TaskRunState state = service.runState(task->Name());
+        auto *item = new QTreeWidgetItem(lstTasks, {task->Name(), when(state.nextRun, QStringLiteral("None")),
+                                                    when(state.lastRun, QStringLiteral("Never")),
                                                     TaskStatus::Text(state.Status), task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
@@ -118,7 +118,7 @@ void FrmScheduledTasks::cmdEdit_Click()
         try {
             task->Edit(this);
         } catch (const AppError &error) {
-            m_prompt.message(error.description(), AppInfo::Title, Prompt::Icon::Warning);
+            m_prompt.message(error.description(), AppInfo::title, Prompt::Icon::Warning);
         }
         RefreshList();
     }
@@ -129,12 +129,12 @@ void FrmScheduledTasks::cmdDelete_Click()
     const std::shared_ptr<Task> task = selectedTask();
     if (!task ||
         !m_prompt.askYesNo(QStringLiteral("Delete the scheduled recording \"%1\"?").arg(task->Name()),
-                           AppInfo::Title, Prompt::Icon::Question))
+                           AppInfo::title, Prompt::Icon::Question))
         return;
     try {
         m_schedule.Delete(task->Name());
     } catch (const AppError &error) {
-        m_prompt.message(error.description(), AppInfo::Title, Prompt::Icon::Warning);
+        m_prompt.message(error.description(), AppInfo::title, Prompt::Icon::Warning);
     }
     RefreshList();
 }

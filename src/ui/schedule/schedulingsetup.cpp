@@ -10,7 +10,7 @@ namespace {
 SchedulingSetup completed(SchedulingSetup setup)
 {
     if (setup.unitFolder.isEmpty())
-        setup.unitFolder = SystemdTaskService::UserUnitFolder();
+        setup.unitFolder = SystemdTaskService::userUnitFolder();
     if (!setup.systemctl)
         setup.systemctl = std::make_shared<ProcessSystemctl>();
     if (setup.programPath.isEmpty())
@@ -31,7 +31,7 @@ void ScheduleRecording(const RecordingInputs &inputs, const std::function<QDateT
 {
     SchedulerParts parts(setup);
     const RecordingScheduler scheduler(inputs, now, parts.setup().programPath);
-    scheduler.ScheduleRecording(parts.service(), &parts.editor(), owner, prompt, [&] {
+    scheduler.scheduleRecording(parts.service(), &parts.editor(), owner, prompt, [&] {
         auto *window = new FrmScheduledTasks(parts.setup(), prompt, owner);
         window->show();
     });

@@ -58,7 +58,7 @@ TaskDialog::Repeat repeatOf(Trigger &trigger)
 TaskDialog::TaskDialog(Task &task, QWidget *parent) : QDialog(parent), m_task(task)
 {
     setObjectName(QStringLiteral("TaskDialog"));
-    setWindowTitle(AppInfo::Title + QStringLiteral(" - Scheduled recording"));
+    setWindowTitle(AppInfo::title + QStringLiteral(" - Scheduled recording"));
     setModal(true);
     buildControls();
     load();
@@ -159,7 +159,7 @@ void TaskDialog::load()
             spnMonthDay->setValue(std::countr_zero(quint32(trigger->MonthlyDate_Day())) + 1);
         }
     }
-    m_loadedStop = ReadStopCondition(m_task.CommandLine());
+    m_loadedStop = readStopCondition(m_task.CommandLine());
     cboStop->setCurrentIndex(m_loadedStop.kind + 1);
     txtStop->setText(m_loadedStop.value);
     txtStop->setEnabled(m_loadedStop.kind != StopCondition::None);
@@ -196,29 +196,29 @@ QString TaskDialog::apply()
         const std::shared_ptr<Trigger> trigger = triggers->Count() > 0 ? triggers->item(1) : triggers->Add();
         switch (repeat) {
         case RepeatOnce:
-            trigger->SetTriggerType(TriggerRecord::Once);
+            trigger->setTriggerType(TriggerRecord::Once);
             break;
         case RepeatDaily:
-            trigger->SetTriggerType(TriggerRecord::Daily);
-            trigger->SetDaily_Interval(1);
+            trigger->setTriggerType(TriggerRecord::Daily);
+            trigger->setDaily_Interval(1);
             break;
         case RepeatWeekly:
-            trigger->SetTriggerType(TriggerRecord::Weekly);
-            trigger->SetWeekly_Interval(1);
-            trigger->SetWeekly_DaysOfTheWeek(days);
+            trigger->setTriggerType(TriggerRecord::Weekly);
+            trigger->setWeekly_Interval(1);
+            trigger->setWeekly_DaysOfTheWeek(days);
             break;
         case RepeatMonthly:
-            trigger->SetTriggerType(TriggerRecord::MonthlyDate);
-            trigger->SetMonthlyDate_Day(qint32(1u << (spnMonthDay->value() - 1)));
-            trigger->SetMonthlyDate_Months(AllMonths);
+            trigger->setTriggerType(TriggerRecord::MonthlyDate);
+            trigger->setMonthlyDate_Day(qint32(1u << (spnMonthDay->value() - 1)));
+            trigger->setMonthlyDate_Months(AllMonths);
             break;
         default:
             break;
         }
-        trigger->SetBeginDay(dtStart->date());
-        trigger->SetStartTime(tmStart->time());
+        trigger->setBeginDay(dtStart->date());
+        trigger->setStartTime(tmStart->time());
         if (!(stop == m_loadedStop))
-            m_task.SetCommandLine(WithStopCondition(m_task.CommandLine(), stop));
+            m_task.setCommandLine(withStopCondition(m_task.CommandLine(), stop));
         m_task.SetComment(txtComment->text());
         m_task.Save();
     } catch (const AppError &error) {
@@ -239,7 +239,7 @@ void TaskDialog::accept()
 
 TaskDialogEditor::TaskDialogEditor(Answer answer) : m_answer(std::move(answer)) {}
 
-void TaskDialogEditor::EditTask(Task &task, QObject *owner)
+void TaskDialogEditor::editTask(Task &task, QObject *owner)
 {
     TaskDialog dialog(task, qobject_cast<QWidget *>(owner));
     if (m_answer)

@@ -80,7 +80,7 @@ public:
 
     explicit TaskDialogEditor(Answer answer = {});
 
-    void EditTask(Task &task, QObject *owner) override;
+    void editTask(Task &task, QObject *owner) override;
 
 private:
     Answer m_answer;

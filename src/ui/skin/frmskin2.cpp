@@ -21,9 +21,9 @@ FrmSkin2::FrmSkin2(const QString &installFolder, const QString &currentSkinFile,
     cmbTheme = new QComboBox(this);
     cmbTheme->setObjectName(QStringLiteral("cmbTheme"));
     cmbTheme->setAccessibleName(tr("Theme"));
-    cmbTheme->addItems({UrfSkin::ThemeName(0), UrfSkin::ThemeName(1)});
+    cmbTheme->addItems({UrfSkin::themeName(0), UrfSkin::themeName(1)});
     // The chooser's own default differs from the program's on purpose.
-    const int theme = SettingsStore::GetNumber(SettingsStore::Theme, 0);
+    const int theme = SettingsStore::getNumber(SettingsStore::Theme, 0);
     cmbTheme->setCurrentIndex(theme >= 0 && theme < cmbTheme->count() ? theme : 0);
 
     List1 = new QListWidget(this);
@@ -96,7 +96,7 @@ QString FrmSkin2::ChosenSkin() const
 
 void FrmSkin2::cmdOk_Click()
 {
-    SettingsStore::SaveNumber(SettingsStore::Theme, ChosenTheme());
+    SettingsStore::saveNumber(SettingsStore::Theme, ChosenTheme());
     accept();
 }
 
@@ -111,13 +111,13 @@ void FrmSkin2::showSkinInfo()
         lblInfo->setText(tr("The system's own look."));
         return;
     }
-    const UrfSkin skin = UrfSkin::Read(m_installFolder + u'/' + skinName);
+    const UrfSkin skin = UrfSkin::read(m_installFolder + u'/' + skinName);
     if (skin.status != UrfSkin::Ok) {
         lblInfo->setText(tr("This file is not a skin the program can read."));
         return;
     }
     QString text = skin.author.isEmpty() ? skin.name : tr("%1, by %2").arg(skin.name, skin.author);
     if (skin.theme != UrfSkin::NoTheme)
-        text += u'\n' + tr("Made for the %1 theme.").arg(UrfSkin::ThemeName(skin.theme));
+        text += u'\n' + tr("Made for the %1 theme.").arg(UrfSkin::themeName(skin.theme));
     lblInfo->setText(text);
 }

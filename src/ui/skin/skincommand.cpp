@@ -11,7 +11,7 @@ SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_
 bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
                       const std::function<int(QDialog &)> &runModal)
 {
-    FrmSkin2 dialog(m_skin.InstallFolder(), m_skin.SkinFile(), mainWindow);
+    FrmSkin2 dialog(m_skin.installFolder(), m_skin.skinFile(), mainWindow);
     dialog.setWindowTitle(QStringLiteral("Select a Skin"));
     dialog.setWindowIcon(mainWindow->windowIcon());
     dialog.setModal(true);
@@ -23,11 +23,11 @@ bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
 
 void SkinCommand::Apply(int theme, const QString &skinName, const std::function<void()> &redraw)
 {
-    m_theme.SetTheme(theme);
+    m_theme.setTheme(theme);
     if (redraw)
         redraw();
     if (skinName == FrmSkin2::NoSkin)
-        m_skin.SkinOff();
+        m_skin.skinOff();
     else if (!skinName.isEmpty())
-        m_skin.StartSkinWithFile(m_skin.InstallFolder() + u'/' + skinName);
+        m_skin.startSkinWithFile(m_skin.installFolder() + u'/' + skinName);
 }

@@ -18,7 +18,7 @@ ThemeApplier::~ThemeApplier()
     qApp->removeEventFilter(this);
 }
 
-void ThemeApplier::ThemeColorsChanged(const ThemeColors &colors)
+void ThemeApplier::themeColorsChanged(const ThemeColors &colors)
 {
     m_colors = colors;
     const QPalette palette = ThemePalette(colors);

@@ -108,7 +108,7 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     : QWidget(parent), m_parts(std::move(parts)), m_players(std::move(players))
 {
     setObjectName(QStringLiteral("FrmStations"));
-    setWindowTitle(AppInfo::Title);
+    setWindowTitle(AppInfo::title);
     buildControls();
     setAccessibleNames();
     buildPlayer();
@@ -157,7 +157,7 @@ void FrmStations::buildPlayer()
 
 FrmListen *FrmStations::CreateListenWindow()
 {
-    auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.Colors(), m_players, this);
+    auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.colors(), m_players, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
     connect(window, &FrmListen::StationPlayed, this, &FrmStations::StationPlayed);
     return window;
@@ -170,7 +170,7 @@ void FrmStations::StationPlayed(int kind, int row, const QString &date)
     const int index = m_grid->ItemData(row);
     m_parts.catalogue.at(index).LastDate = date;
     FillRow(row, index);
-    m_parts.catalogue.Dirty = true;
+    m_parts.catalogue.dirty = true;
 }
 
 void FrmStations::buildControls()
@@ -313,11 +313,11 @@ void FrmStations::setAccessibleNames()
 
 void FrmStations::ApplyColors()
 {
-    const ThemeColors &colors = m_parts.appearance.theme.Colors();
+    const ThemeColors &colors = m_parts.appearance.theme.colors();
     setPalette(ThemePalette(colors));
     setAutoFillBackground(true);
     m_grid->SetThemeColors(colors);
-    m_grid->SetImageList({playIcon(QColor::fromRgba(colors.FocusRect))});
+    m_grid->SetImageList({playIcon(QColor::fromRgba(colors.focusRect))});
     m_playBar->SetThemeColors(colors);
 }
 
@@ -344,7 +344,7 @@ void FrmStations::fillFilterLists()
 {
     m_cmbGenre->addItems(GenreEntries);
     m_cmbCategory->clear();
-    m_cmbCategory->addItems(m_parts.catalogue.Categories.items());
+    m_cmbCategory->addItems(m_parts.catalogue.categories.items());
     m_cmbType->addItems(TypeEntries);
     m_cmbRating->addItems(RatingEntries);
 }
@@ -366,11 +366,11 @@ void FrmStations::FillGrid()
     const QString &category = m_parts.filters.category;
     const QString &type = m_parts.filters.type;
     const bool byRating = !m_parts.filters.rating.isEmpty();
-    const double rating = Convert::LeadingNumber(m_parts.filters.rating);
+    const double rating = Convert::leadingNumber(m_parts.filters.rating);
 
     const Catalogue &catalogue = m_parts.catalogue;
     const Positions at = positions();
-    for (int index = 1; index <= catalogue.StationCount(); ++index) {
+    for (int index = 1; index <= catalogue.stationCount(); ++index) {
         const Station &s = catalogue.at(index);
         if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
             continue;
@@ -414,7 +414,7 @@ void FrmStations::fillRow(int row, const Station &s, const Positions &at)
     set(ColType, s.Format);
     set(ColCategory, s.Category);
     set(ColOutput, s.OutputFile);
-    set(ColSingle, Convert::BooleanText(s.SingleSong));
+    set(ColSingle, Convert::booleanText(s.SingleSong));
     m_grid->SetCellChecked(row, at[ColSingle], s.SingleSong);
     set(ColRating, QString::number(s.Rating));
     set(ColLastDate, s.LastDate);
@@ -425,7 +425,7 @@ void FrmStations::fillRow(int row, const Station &s, const Positions &at)
 
 void FrmStations::WriteBack(int row, int index)
 {
-    if (index < 1 || index > m_parts.catalogue.StationCount())
+    if (index < 1 || index > m_parts.catalogue.stationCount())
         return;
     Station &s = m_parts.catalogue.at(index);
     const auto cell = [this, row](Column column) { return m_grid->CellText(row, pos(column)); };
@@ -437,7 +437,7 @@ void FrmStations::WriteBack(int row, int index)
     s.OutputFile = cell(ColOutput);
     s.SingleSong = m_grid->CellChecked(row, pos(ColSingle));
     try {
-        s.Rating = Convert::LeadingInt32(cell(ColRating));
+        s.Rating = Convert::leadingInt32(cell(ColRating));
     } catch (const AppError &) {
         // A number too large for a rating leaves the stored one as it was.
     }
@@ -576,7 +576,7 @@ void FrmStations::closeEvent(QCloseEvent *event)
     QGuiApplication::restoreOverrideCursor();
 
     if (changed > 0)
-        m_parts.catalogue.Dirty = true;
+        m_parts.catalogue.dirty = true;
     // A station check ends, and the recordings started from the list end
     // with it, their files complete.
     m_commands->Unload();

@@ -111,7 +111,7 @@ void StationCheck::poll()
     m_poll->stop();
     // The rows may have been refilled or emptied while the station was tried:
     // the rating goes to the station tried, and its row only when it still shows it.
-    if (m_index >= 1 && m_index <= m_catalogue.StationCount()) {
+    if (m_index >= 1 && m_index <= m_catalogue.stationCount()) {
         m_catalogue.at(m_index).Rating = rating;
         const LynxGrid &grid = m_list.Grid();
         if (m_row < grid.ItemCount() && grid.ItemData(m_row) == m_index)

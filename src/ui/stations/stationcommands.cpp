@@ -81,7 +81,7 @@ int StationCommands::selectedRow(const QString &noStation) const
 {
     const int row = m_list.Grid().Row();
     if (row < 0)
-        m_services.prompt.message(noStation, AppInfo::Title, Prompt::Icon::Information);
+        m_services.prompt.message(noStation, AppInfo::title, Prompt::Icon::Information);
     return row;
 }
 
@@ -131,7 +131,7 @@ void StationCommands::Listen()
 
 void StationCommands::Replay()
 {
-    const QString path = m_services.prompt.chooseOpenFile(tr("Replay a Recording"), AppPaths::RecordingsFolder(),
+    const QString path = m_services.prompt.chooseOpenFile(tr("Replay a Recording"), AppPaths::recordingsFolder(),
                                                        RecordingFilter);
     if (path.isEmpty())
         return;
@@ -173,7 +173,7 @@ void StationCommands::Unload()
 
 void StationCommands::Copy()
 {
-    if (m_services.keys.IsDown(ModifierKeys::LeftShift))
+    if (m_services.keys.isDown(ModifierKeys::LeftShift))
         ImportPlaylist();
     else
         CopyStation();
@@ -186,19 +186,19 @@ void StationCommands::CopyStation()
     if (from < 0)
         return;
     grid.SetRedraw(false);
-    const int index = m_catalogue.Append(Station());
+    const int index = m_catalogue.append(Station());
     const int row = grid.AddItem();
     grid.SetItemData(row, index);
     m_list.WriteBack(from, index);
     m_list.FillRow(row, index);
     grid.GotoCell(row, 0);
-    m_catalogue.Dirty = true;
+    m_catalogue.dirty = true;
     grid.SetRedraw(true);
 }
 
 void StationCommands::Delete()
 {
-    if (m_services.keys.IsDown(ModifierKeys::RightShift))
+    if (m_services.keys.isDown(ModifierKeys::RightShift))
         DeleteAll();
     else
         DeleteStation();
@@ -209,23 +209,23 @@ void StationCommands::DeleteStation()
     LynxGrid &grid = m_list.Grid();
     const int row = grid.Row();
     const int index = grid.ItemData(row);
-    if (row < 0 || index < 1 || index > m_catalogue.StationCount())
+    if (row < 0 || index < 1 || index > m_catalogue.stationCount())
         return;
     Station &station = m_catalogue.at(index);
-    if (!m_services.prompt.askYesNo(DeleteQuestion + station.Name, AppInfo::Title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(DeleteQuestion + station.Name, AppInfo::title, Prompt::Icon::Warning))
         return;
     // The record stays in the array; the catalogue writer leaves it out.
     station.Deleted = true;
     grid.RemoveItem(row);
     grid.RefreshView();
-    m_catalogue.Dirty = true;
+    m_catalogue.dirty = true;
 }
 
 void StationCommands::DeleteAll()
 {
-    if (!m_services.prompt.askYesNo(DeleteAllQuestion, AppInfo::Title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(DeleteAllQuestion, AppInfo::title, Prompt::Icon::Warning))
         return;
-    m_catalogue.RemoveAll();
+    m_catalogue.removeAll();
     // The emptied list marks nothing changed on purpose, and edits of the
     // stations just removed must not mark it either: closing then leaves the
     // file as it was, unless another change was made.
@@ -239,17 +239,17 @@ void StationCommands::Info()
         m_check->Stop();
         return;
     }
-    if (m_services.keys.IsDown(ModifierKeys::LeftShift)) {
+    if (m_services.keys.isDown(ModifierKeys::LeftShift)) {
         m_check->Start(StationCheck::Mode::CheckAll);
         return;
     }
-    if (m_services.keys.IsDown(ModifierKeys::LeftControl)) {
+    if (m_services.keys.isDown(ModifierKeys::LeftControl)) {
         m_check->Start(StationCheck::Mode::FindNext);
         return;
     }
     const QString address = currentCell(FrmStations::ColInfoUrl);
     if (address.size() > 1)
-        m_services.shell.OpenDocument(address);
+        m_services.shell.openDocument(address);
 }
 
 void StationCommands::LoadPls()
@@ -267,11 +267,11 @@ void StationCommands::ImportPlaylist()
     // edit goes into the records first, and the grid's rows are dropped after.
     m_list.CommitEdits();
     try {
-        m_catalogue.ImportFolder(file.absolutePath(), file.fileName(), true, m_services.prompt,
-                                       AppInfo::Title);
+        m_catalogue.importFolder(file.absolutePath(), file.fileName(), true, m_services.prompt,
+                                       AppInfo::title);
         m_list.ForgetEdits();
     } catch (const AppError &e) {
-        m_services.prompt.message(ImportNotSaved + e.description(), AppInfo::Title, Prompt::Icon::Critical);
+        m_services.prompt.message(ImportNotSaved + e.description(), AppInfo::title, Prompt::Icon::Critical);
     }
     QCoreApplication::processEvents();
     m_list.FillGrid();
@@ -280,15 +280,15 @@ void StationCommands::ImportPlaylist()
 void StationCommands::Trim()
 {
     const QString path =
-        m_services.prompt.chooseOpenFile(tr("Trim a Recording"), AppPaths::RecordingsFolder(), RecordingFilter);
+        m_services.prompt.chooseOpenFile(tr("Trim a Recording"), AppPaths::recordingsFolder(), RecordingFilter);
     if (path.isEmpty())
         return;
     const QString quoted = u'"' + path + u'"';
     QString command = m_trimTool.command;
     command.replace(QStringLiteral("%APP%"), m_installFolder);
     command.replace(QStringLiteral("%MP3FILE%"), quoted);
-    if (!m_services.shell.StartCommand(command))
-        m_services.prompt.message(TrimNotStarted.arg(command), AppInfo::Title, Prompt::Icon::Warning);
+    if (!m_services.shell.startCommand(command))
+        m_services.prompt.message(TrimNotStarted.arg(command), AppInfo::title, Prompt::Icon::Warning);
 }
 
 void StationCommands::Skin()
@@ -306,7 +306,7 @@ void StationCommands::About()
 
 void StationCommands::SearchWww(const QString &text, const QString &genre)
 {
-    const QString address = WebSearch::SearchAddress(WebSearch::DirectoryHost(), text, genre);
+    const QString address = WebSearch::searchAddress(WebSearch::directoryHost(), text, genre);
     if (!address.isEmpty())
-        m_services.shell.OpenDocument(address);
+        m_services.shell.openDocument(address);
 }

@@ -192,10 +192,10 @@ TEST_F(MainPlayerTest, ThePlayCellPlaysItsRowAndShowsThePlayingLook)
 
 TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
 {
-    state->catalogue.Dirty = false;
+    state->catalogue.dirty = false;
     window->StationPlayed(2, int(Listed), u"2030-01-01"_s);
     window->StationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
-    EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
+    EXPECT_FALSE(state->catalogue.dirty) << "other kinds and rows change nothing";
     FrmListen *listen = window->CreateListenWindow();
     listen->ListenRow = int(Listed);
     listen->ListenUrl = u"http://127.0.0.1:9/direct"_s;
@@ -204,7 +204,7 @@ TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     const QString today = QDate::currentDate().toString(Qt::ISODate);
     EXPECT_EQ(state->catalogue.at(int(Listed) + 1).LastDate, today);
     EXPECT_EQ(grid->CellText(int(Listed), grid->ColPosition(FrmStations::ColLastDate)), today);
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     listen->close();
 }
 

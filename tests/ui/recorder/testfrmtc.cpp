@@ -116,7 +116,7 @@ protected:
         EXPECT_TRUE(drained);
         return consumed;
     }
-    static QString recordings() { return AppPaths::RecordingsFolder(); }
+    static QString recordings() { return AppPaths::recordingsFolder(); }
     static QByteArray recorded(const QString &name) { return TempProfile::readFile(recordings() + name); }
     static QStringList recordedNames() { return QDir(recordings()).entryList(QDir::Files, QDir::Name); }
     ScriptedPrompt prompt;

@@ -80,7 +80,7 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
         expected.append(u"Ice_"_s + title + u".mp3"_s);
     }
     expected.sort();
-    const QDir recordings(AppPaths::RecordingsFolder());
+    const QDir recordings(AppPaths::recordingsFolder());
     EXPECT_EQ(recordings.entryList(QDir::Files, QDir::Name), expected);
     for (const QString &name : expected) {
         const auto [code, output] =

@@ -53,12 +53,12 @@ protected:
         const std::shared_ptr<Task> task = tasks.CreateTask(u"Jazz24_2031-01-31_20-15"_s);
         task->SetApplicationName(u"tunecatch"_s);
         task->SetWorkingDirectory(u"/opt/tunecatch/"_s);
-        task->SetCommandLine(Line);
+        task->setCommandLine(Line);
         task->SetComment(u"Recording from Jazz 24"_s);
         const std::shared_ptr<Trigger> trigger = task->Triggers()->Add();
-        trigger->SetTriggerType(TriggerRecord::Once);
-        trigger->SetBeginDay(QDate(2031, 1, 31));
-        trigger->SetStartTime(QTime(21, 15));
+        trigger->setTriggerType(TriggerRecord::Once);
+        trigger->setBeginDay(QDate(2031, 1, 31));
+        trigger->setStartTime(QTime(21, 15));
         task->Save();
     }
     // The task as a fresh look at the store finds it.

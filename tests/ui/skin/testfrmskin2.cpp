@@ -67,7 +67,7 @@ TEST_F(ChooserTest, ListsNoSkinThenTheSkinFilesAndSelectsTheStoredTheme)
     // The chooser's own default is 0; out of range counts as no choice.
     for (const auto &[stored, index] : {std::pair{"", 0}, {"1", 1}, {"0", 0}, {"7", 0}}) {
         if (*stored)
-            SettingsStore::SaveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
+            SettingsStore::saveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
         EXPECT_EQ(open()->ChosenTheme(), index) << stored;
     }
     // The running skin is selected and described.
@@ -84,7 +84,7 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
     theme->setCurrentIndex(1);
     dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();
     EXPECT_EQ(dialog->result(), QDialog::Accepted);
-    EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::Theme, -1), 1);
+    EXPECT_EQ(SettingsStore::getNumber(SettingsStore::Theme, -1), 1);
     dialog = open();
     theme->setCurrentIndex(0);
     QListWidgetItem *zelvane = list->findItems(u"Zelvane.urf"_s, Qt::MatchExactly).value(0);
@@ -92,14 +92,14 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(zelvane).center());
     EXPECT_EQ(dialog->result(), QDialog::Accepted);
     EXPECT_EQ(dialog->ChosenSkin(), u"Zelvane.urf"_s);
-    EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::Theme, -1), 0);
+    EXPECT_EQ(SettingsStore::getNumber(SettingsStore::Theme, -1), 0);
     for (const bool inList : {false, true}) {
         dialog = open();
         theme->setCurrentIndex(1);
         QTest::keyClick(inList ? static_cast<QWidget *>(list) : dialog.get(), Qt::Key_Escape);
         EXPECT_EQ(dialog->result(), QDialog::Rejected) << inList;
         EXPECT_FALSE(dialog->isVisible()) << inList;
-        EXPECT_EQ(SettingsStore::GetNumber(SettingsStore::Theme, -1), 0) << inList;
+        EXPECT_EQ(SettingsStore::getNumber(SettingsStore::Theme, -1), 0) << inList;
     }
 }
 
@@ -107,7 +107,7 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
 class SkinCommandTest : public ChooserTest
 {
 protected:
-    void TearDown() override { skin.RemoveSkin(); }
+    void TearDown() override { skin.removeSkin(); }
     bool run(const std::function<void(FrmSkin2 *)> &answer)
     {
         QTimer::singleShot(0, &mainWindow, [&answer] {
@@ -116,8 +116,8 @@ protected:
             answer(dialog);
         });
         return SkinCommand(skin, themes).Run(&mainWindow, [this] {
-            redraws << themes.ThemeIndex();
-            skinRunningAtRedraw = skin.SkinRunning();
+            redraws << themes.themeIndex();
+            skinRunningAtRedraw = skin.skinRunning();
         });
     }
     QWidget mainWindow;
@@ -139,7 +139,7 @@ TEST_F(SkinCommandTest, TheChoiceIsAppliedUnlessCancelled)
         dialog->reject();
     }));
     EXPECT_TRUE(redraws.isEmpty());
-    EXPECT_EQ(themes.ThemeIndex(), cSkinParam::BlackNight);
+    EXPECT_EQ(themes.themeIndex(), cSkinParam::BlackNight);
     // Theme first, then the main window's own colours, then the skin.
     EXPECT_TRUE(run([](FrmSkin2 *dialog) {
         dialog->findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(0);
@@ -149,15 +149,15 @@ TEST_F(SkinCommandTest, TheChoiceIsAppliedUnlessCancelled)
     }));
     EXPECT_EQ(redraws, QList<int>{cSkinParam::PaleBlue});
     EXPECT_FALSE(skinRunningAtRedraw);
-    EXPECT_EQ(themes.ThemeIndex(), cSkinParam::PaleBlue);
-    EXPECT_EQ(skin.SkinFile(), folder() + u"/Ledovec.urf"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), folder() + u"/Ledovec.urf"_s);
+    EXPECT_EQ(themes.themeIndex(), cSkinParam::PaleBlue);
+    EXPECT_EQ(skin.skinFile(), folder() + u"/Ledovec.urf"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinFile), folder() + u"/Ledovec.urf"_s);
     EXPECT_TRUE(run([](FrmSkin2 *dialog) {
         dialog->findChild<QListWidget *>(u"List1"_s)->setCurrentRow(0);
         dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();
     }));
-    EXPECT_FALSE(skin.SkinRunning());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
+    EXPECT_FALSE(skin.skinRunning());
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinOn), u"False"_s);
 }
 
 } // namespace

@@ -21,7 +21,7 @@ const QString StationWindowTest::Catalogue5 =
     "Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i\r\n"_s;
 const QString StationWindowTest::AllFive = u"Rock One,Classic Hits,Jazz Cafe,Talk Radio,Rockabilly"_s;
 
-bool BrowserlessShell::OpenDocument(const QString &address)
+bool BrowserlessShell::openDocument(const QString &address)
 {
     opened.append(address);
     return true;
@@ -47,7 +47,7 @@ void StationWindowTest::writeCatalogue(const QString &stations)
                            TempProfile::utf16File(u"2.1\r\n|\r\n# versions\r\n# format\r\n"_s + stations));
     window.reset();
     state = std::make_unique<ProgramParts>(profile.installFolder(), prompt);
-    state->catalogue.Load(prompt, AppInfo::Title);
+    state->catalogue.load(prompt, AppInfo::title);
 }
 
 QString StationWindowTest::catalogueText() const

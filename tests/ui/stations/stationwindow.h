@@ -23,7 +23,7 @@ class LynxGrid;
 class BrowserlessShell : public DesktopShell
 {
 public:
-    bool OpenDocument(const QString &address) override;
+    bool openDocument(const QString &address) override;
     QStringList opened;
 };
 

@@ -157,13 +157,13 @@ TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
     grid->SetCellChanged(0, pos(Col::ColSign), true);
     window->close();
     EXPECT_TRUE(windows.ended);
-    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the closing step";
+    EXPECT_FALSE(state->catalogue.dirty) << "saved by the closing step";
     const QString file = catalogueText();
     EXPECT_TRUE(file.contains(u"Jazz Corner|Jazz|128|ogg|Lounge"_s));
     EXPECT_TRUE(file.contains(u"|False|0||A|B|"_s)) << "the typed separator goes into the file as it stands";
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptType), u"OGG"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptCategory), QString());
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptGenre), u"Jazz"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptType), u"OGG"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptCategory), QString());
 }
 
 TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
@@ -178,7 +178,7 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
     ASSERT_NO_FATAL_FAILURE(open());
     editText(2, Col::ColStation, u"Jazz Corner"_s);
     filter("Talk", "", "", "");
-    EXPECT_FALSE(state->catalogue.Dirty) << "a refill marks nothing itself; the edit counts at closing";
+    EXPECT_FALSE(state->catalogue.dirty) << "a refill marks nothing itself; the edit counts at closing";
     window->close();
     EXPECT_TRUE(catalogueText().contains(u"\nJazz Corner|Jazz|"_s));
 }

@@ -59,7 +59,7 @@ protected:
         };
         check = window->findChild<StationCheck *>();
         ASSERT_NE(check, nullptr);
-        state->catalogue.Dirty = false;
+        state->catalogue.dirty = false;
     }
     // Clicks Info from row with a key held and waits for the check to end.
     void runCheck(int row, quint32 key)
@@ -83,7 +83,7 @@ protected:
     QString ratings() const
     {
         QStringList list;
-        for (int index = 1; index <= state->catalogue.StationCount(); ++index)
+        for (int index = 1; index <= state->catalogue.stationCount(); ++index)
             list << QString::number(state->catalogue.at(index).Rating);
         return list.join(u',');
     }
@@ -98,7 +98,7 @@ TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEn
     EXPECT_EQ(shown(Col::ColRating), u"5,3,2,2,1,2,4"_s);
     // The last station is played once more: the grid has no row past the end.
     EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
-    EXPECT_FALSE(state->catalogue.Dirty);
+    EXPECT_FALSE(state->catalogue.dirty);
     EXPECT_FALSE(window->Player().Scanning());
     EXPECT_EQ(grid->Row(), 6);
 }
@@ -147,7 +147,7 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
     prompt.answers = {true};
     click("cmdDel", RightShiftKey);
     ASSERT_TRUE(finished.wait(Wait));
-    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    EXPECT_EQ(state->catalogue.stationCount(), 0);
     // Closed: the check ends with the window, which saves what changed.
     writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());

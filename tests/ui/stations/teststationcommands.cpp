@@ -148,7 +148,7 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     ASSERT_TRUE(server.start());
     server.songs = {{"Artist - Song", 1000}};
     writeCatalogue(u"Loop|Test|128|mp3|Rock|.\\%STATION%_rec.mp3|False|3|||"_s + server.url() + u"|i\r\n"_s);
-    QDir().mkpath(AppPaths::RecordingsFolder());
+    QDir().mkpath(AppPaths::recordingsFolder());
     ASSERT_NO_FATAL_FAILURE(open());
     grid->GotoCell(0, 1);
     record();
@@ -159,7 +159,7 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     window->close();
     ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
     EXPECT_FALSE(recorder->Recording());
-    const QByteArray written = TempProfile::readFile(AppPaths::RecordingsFolder() + u"Loop_rec.mp3"_s);
+    const QByteArray written = TempProfile::readFile(AppPaths::recordingsFolder() + u"Loop_rec.mp3"_s);
     EXPECT_EQ(written.size(), qint64(recorder->Output().BytesWritten()));
     EXPECT_GE(written.size(), 4 * server.metaInt);
     EXPECT_TRUE(written.startsWith(server.sent(0).audio.left(server.metaInt)));
@@ -179,7 +179,7 @@ TEST_F(CommandsTest, CopyAddsTheRowAsALastStationAndClosingSavesIt)
         EXPECT_EQ(grid->CellText(5, col), grid->CellText(4, col)) << col;
         EXPECT_EQ(grid->CellChecked(5, col), grid->CellChecked(4, col)) << col;
     }
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     window->close();
     EXPECT_EQ(
         catalogueText().count(u"Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i"_s),
@@ -199,7 +199,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     ASSERT_EQ(prompt.shown.size(), 2);
     EXPECT_EQ(prompt.shown[1].text, StationCommands::DeleteQuestion + u"Jazz Cafe"_s);
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
     filter("", "", "", "");
     EXPECT_EQ(shown(), AllFive);
@@ -218,7 +218,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     click("cmdDel", RightShiftKey);
     EXPECT_EQ(prompt.shown.last().text, StationCommands::DeleteAllQuestion);
     EXPECT_EQ(grid->ItemCount(), 0);
-    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    EXPECT_EQ(state->catalogue.stationCount(), 0);
     EXPECT_EQ(grid->SortColumn(), -1);
     window->close();
     EXPECT_EQ(catalogueText(), five);
@@ -248,14 +248,14 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     click("cmdInfo", RightShiftKey); // no key of the station check
     EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
     shell.opened.clear();
-    qputenv(WebSearch::HostVariable, "http://directory.test");
+    qputenv(WebSearch::hostVariable, "http://directory.test");
     click("cmdSearchWww");
     child<QLineEdit>("txtSearch")->setText(u"smooth jazz"_s);
     child<QComboBox>("cmbGenre")->setCurrentText(u"Jazz"_s);
     click("cmdSearchWww");
-    qunsetenv(WebSearch::HostVariable);
+    qunsetenv(WebSearch::hostVariable);
     EXPECT_EQ(shell.opened,
-              QStringList{WebSearch::SearchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
+              QStringList{WebSearch::searchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
     shell.opened.clear();
     modalAnswer = [](QDialog &about) {
         for (const char *link : {"lnkData", "lnkRec"}) {
@@ -264,8 +264,8 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
         }
     };
     click("cmdAbout");
-    EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::DataFolder()).toString(),
-                                         QUrl::fromLocalFile(AppPaths::RecordingsFolder()).toString()}));
+    EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::dataFolder()).toString(),
+                                         QUrl::fromLocalFile(AppPaths::recordingsFolder()).toString()}));
 }
 
 TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
@@ -289,11 +289,11 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
     // Replay starts in the recordings folder; the listen row is back at -1.
     EXPECT_EQ(listen("cmdReplay"), nullptr) << "cancelled";
-    const QString recording = AppPaths::RecordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
+    const QString recording = AppPaths::recordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
     prompt.files = {recording};
     FrmListen *file = listen("cmdReplay");
     ASSERT_NE(file, nullptr);
-    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::recordingsFolder()));
     EXPECT_EQ(file->ListenRow, FrmListen::FileRow);
     EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
     EXPECT_EQ(file->MPlayer().URL(), recording);
@@ -314,8 +314,8 @@ TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
     click("cmdSkin");
     EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
     EXPECT_EQ(window->palette().color(QPalette::Window),
-              QColor::fromRgba(Themes::paleBlue().Window));
-    EXPECT_FALSE(state->appearance.skin.SkinRunning());
+              QColor::fromRgba(Themes::paleBlue().window));
+    EXPECT_FALSE(state->appearance.skin.skinRunning());
 }
 
 TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefills)
@@ -353,7 +353,7 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
         std::rotate(imported.begin(), imported.begin() + 4, imported.end());
     EXPECT_EQ(imported.join(u'|'), u"Smooth Jazz|128|Smooth Jazz (128).pls|http://10.0.0.1/jazz|"
                                    "Talk||Smooth Jazz (128).pls|http://10.0.0.1/talk"_s);
-    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the import";
+    EXPECT_FALSE(state->catalogue.dirty) << "saved by the import";
     const QString saved = catalogueText();
     EXPECT_TRUE(saved.contains(u"\nTalk Radio Two|Talk|"_s));
     EXPECT_FALSE(saved.contains(u"Classic Hits"_s));
@@ -372,14 +372,14 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     state->trimTool.command = u"\"%APP%/trim tool.sh\" -x %MP3FILE%"_s;
     ASSERT_NO_FATAL_FAILURE(open());
     click("cmdTrim");
-    const QString recording = AppPaths::RecordingsFolder() + u"my song's take.mp3"_s;
+    const QString recording = AppPaths::recordingsFolder() + u"my song's take.mp3"_s;
     prompt.files = {recording};
     click("cmdTrim");
     ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, Wait));
     EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(out)), u"-x\n"_s + recording + u'\n');
-    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::recordingsFolder()));
     EXPECT_TRUE(prompt.shown.isEmpty());
-    state->trimTool.command = TrimTool::DefaultCommand;
+    state->trimTool.command = TrimTool::defaultCommand;
     prompt.files = {recording};
     click("cmdTrim");
     ASSERT_EQ(prompt.shown.size(), 1);
