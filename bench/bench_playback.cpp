@@ -46,16 +46,16 @@ struct PlayingWindow
 {
     PlayingWindow() : state(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin"), prompt)
     {
-        TempProfile::writeFile(AppPaths::dataFolder() + Startup::CatalogueFileName,
+        TempProfile::writeFile(AppPaths::dataFolder() + Startup::catalogueFileName,
                                TempProfile::utf16File(QStringLiteral("2.1\r\n|\r\n# versions\r\n# format\r\n"
                                                                      "Loopback|Speech|128|mp3||o|True|3|||") +
                                                       station->url() + QStringLiteral("|i\r\n")));
         state.catalogue.load(prompt, AppInfo::title);
-        window = std::make_unique<FrmStations>(StationWindowParts(state),
+        window = std::make_unique<FrmStations>(stationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
-        window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->SetRow(0);
+        window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->setRow(0);
     }
 
     void press(const char *button)
@@ -64,7 +64,7 @@ struct PlayingWindow
     }
     bool reaches(int playState) const
     {
-        return waitUntil([this, playState] { return window->Player().PlayState() == playState; },
+        return waitUntil([this, playState] { return window->player().PlayState() == playState; },
                          PlayTimeout);
     }
 
@@ -123,7 +123,7 @@ void BM_PlayingStation(benchmark::State &state)
     }
     state.counters["cpu_percent"] = cpuPercent;
     state.counters["added_MB"] = ProcessMegabytes("VmRSS:") - baselineMegabytes;
-    state.counters["still_playing"] = w.window->Player().PlayState() == 3;
+    state.counters["still_playing"] = w.window->player().PlayState() == 3;
 }
 BENCHMARK(BM_PlayingStation)->Iterations(1)->Unit(benchmark::kMillisecond);
 

@@ -76,7 +76,7 @@ struct MainWindow
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
         state.catalogue.load(prompt, AppInfo::title);
-        window = std::make_unique<FrmStations>(StationWindowParts(state),
+        window = std::make_unique<FrmStations>(stationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
@@ -182,7 +182,7 @@ void BM_HeadingClick(benchmark::State &state)
         click(QEvent::MouseButtonRelease);
         QCoreApplication::processEvents();
     }
-    if (w.grid->SortColumn() != col)
+    if (w.grid->sortColumn() != col)
         state.SkipWithError("the click did not sort");
     state.SetLabel(w.grid->ColHeading(col).toStdString());
     state.counters["rows"] = w.grid->ItemCount();
@@ -205,7 +205,7 @@ void BM_ScrollPaint(benchmark::State &state)
     for (auto _ : state) {
         bar->setValue(bar->value() + bar->pageStep() > bar->maximum() ? 0 : bar->value() + bar->pageStep());
         w.grid->viewport()->render(&image);
-        mostRows = qMax(mostRows, w.grid->LastPaintedRows());
+        mostRows = qMax(mostRows, w.grid->lastPaintedRows());
     }
     state.counters["rows_in_view"] = w.grid->ItemsVisible();
     state.counters["most_rows_painted"] = mostRows;

@@ -22,7 +22,7 @@ public:
 
     // The key a native key event stands for, by its key symbol (X11, Wayland)
     // or its virtual key and scan code (Windows); 0 for any other key.
-    static int NativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey);
+    static int nativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

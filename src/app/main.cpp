@@ -70,7 +70,7 @@ int main(int argc, char *argv[])
     words.removeFirst();
     if (!startup.SubMain(words.join(u' ')))
         return 1;
-    if (startup.HasClosed()) // a signal arrived while start-up was still running
+    if (startup.hasClosed()) // a signal arrived while start-up was still running
         return 0;
     return QApplication::exec();
 }

@@ -78,7 +78,7 @@ bool keepBackup(const QString &base, const QByteArray &bytes)
 
 Startup::Startup(ProgramParts &parts, AppWindows &windows) : m_parts(parts), m_windows(windows) {}
 
-bool Startup::IsUpgradeVersion(int version)
+bool Startup::isUpgradeVersion(int version)
 {
     switch (version) {
     case 21:
@@ -102,7 +102,7 @@ bool Startup::SubMain(const QString &commandLine)
         m_parts.appearance.skin.skinStartup();
         trace.trace(QStringLiteral("2: Main Init - Skin On"));
 
-        m_windows.InitCommonControls();
+        m_windows.initCommonControls();
         trace.trace(QStringLiteral("3: Main Init - XP / Vista Theme"));
         m_parts.appearance.theme.init();
 
@@ -123,21 +123,21 @@ bool Startup::SubMain(const QString &commandLine)
             trace.trace(QStringLiteral("11: Main Init - Load data structures "));
             m_parts.catalogue.load(m_parts.prompt, AppInfo::title);
             trace.trace(QStringLiteral("12: Main Init - Load Main Screen"));
-            m_windows.LoadMainWindow();
-            m_windows.ProcessEvents();
+            m_windows.loadMainWindow();
+            m_windows.processEvents();
             trace.trace(QStringLiteral("13: Main Init - Show Main Screen"));
-            m_windows.ShowMainWindow();
+            m_windows.showMainWindow();
         } else {
             m_parts.launch.launchMode = true;
             trace.trace(QStringLiteral("11: Main Init - Command Arg : ") + m_parts.launch.commandArg);
-            m_windows.ShowRecorderWindow();
+            m_windows.showRecorderWindow();
         }
         m_windowShown = true;
     } catch (const AppError &e) {
         m_parts.prompt.message(QStringLiteral("Main Error: %1 : %2").arg(e.number()).arg(e.description()),
-                               FatalTitle, Prompt::Icon::Critical);
+                               fatalTitle, Prompt::Icon::Critical);
     } catch (const std::exception &e) {
-        m_parts.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), FatalTitle,
+        m_parts.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), fatalTitle,
                                Prompt::Icon::Critical);
     }
     return m_windowShown;
@@ -156,7 +156,7 @@ void Startup::prepareDataFolder()
 
     int version = 0;
     tolerate([&] { version = SettingsStore::getNumber(SettingsStore::V, 27); });
-    const bool upgrade = !firstStart && IsUpgradeVersion(version);
+    const bool upgrade = !firstStart && isUpgradeVersion(version);
 
     if (firstStart) {
         tolerate([&] {
@@ -171,7 +171,7 @@ void Startup::prepareDataFolder()
     // A new profile is current at once: without the marker the next start
     // would take it for an old one.
     if (firstStart || upgrade)
-        tolerate([&] { SettingsStore::saveNumber(SettingsStore::V, UpgradedVersion); });
+        tolerate([&] { SettingsStore::saveNumber(SettingsStore::V, upgradedVersion); });
 }
 
 // The rules for an installed station list, all in one place:
@@ -184,12 +184,12 @@ void Startup::prepareDataFolder()
 //   installed list it keeps its own.
 void Startup::takeOverInstalledList(bool upgrade)
 {
-    const QString installedPath = m_parts.installFolder + u'/' + CatalogueFileName;
+    const QString installedPath = m_parts.installFolder + u'/' + catalogueFileName;
     const std::optional<QByteArray> installed = readWhole(installedPath);
     if (!installed)
         return;
     const QByteArray identity = identityOf(*installed);
-    const QString takenPath = m_dataFolder + u'/' + TakenOverFileName;
+    const QString takenPath = m_dataFolder + u'/' + takenOverFileName;
     const QByteArray taken = readWhole(takenPath).value_or(QByteArray());
     if (!taken.split('\n').contains(identity)) {
         if (!replaceCatalogue(*installed, upgrade) || !writeWhole(takenPath, taken + identity + '\n'))
@@ -203,7 +203,7 @@ void Startup::takeOverInstalledList(bool upgrade)
 bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
 {
     const QString data = m_dataFolder + u'/';
-    const QString cataloguePath = data + CatalogueFileName;
+    const QString cataloguePath = data + catalogueFileName;
     const bool existed = AppPaths::fileExists(cataloguePath);
     const std::optional<QByteArray> own = readWhole(cataloguePath);
     if (existed && !own)
@@ -235,11 +235,11 @@ void Startup::loadStartupSettings()
 
 void Startup::Terminate()
 {
-    m_windows.UnloadAllWindows();
-    Close();
+    m_windows.unloadAllWindows();
+    close();
 }
 
-void Startup::Close()
+void Startup::close()
 {
     if (m_closing)
         return;
@@ -256,8 +256,8 @@ void Startup::Close()
     }
     m_parts.filters.save();
 
-    tolerate([this] { m_windows.ProcessEvents(); });
-    tolerate([this] { m_windows.UnloadAllWindows(); });
+    tolerate([this] { m_windows.processEvents(); });
+    tolerate([this] { m_windows.unloadAllWindows(); });
     tolerate([this] { m_parts.appearance.skin.removeSkin(); });
-    tolerate([this] { m_windows.EndProcess(); });
+    tolerate([this] { m_windows.endProcess(); });
 }

@@ -11,13 +11,13 @@ class Startup
 public:
     Startup(ProgramParts &parts, AppWindows &windows);
 
-    static inline const QString FatalTitle = QStringLiteral("Tunecatch about to Terminate!");
+    static inline const QString fatalTitle = QStringLiteral("Tunecatch about to Terminate!");
     // The versions whose catalogue the upgrade replaces, and the marker it leaves.
-    static inline const QString CatalogueFileName = QStringLiteral("Stations.txt");
-    static constexpr int UpgradedVersion = 32;
+    static inline const QString catalogueFileName = QStringLiteral("Stations.txt");
+    static constexpr int upgradedVersion = 32;
     // In the data folder: one line (size and SHA-256) per installed station list
     // taken over, so that no installed file is ever taken over twice.
-    static inline const QString TakenOverFileName = QStringLiteral("Stations.taken");
+    static inline const QString takenOverFileName = QStringLiteral("Stations.taken");
 
     // Prepares everything and shows the main window, or the recorder window
     // when commandLine holds two characters or more after trimming. Returns
@@ -26,16 +26,16 @@ public:
 
     // Saves the catalogue when changed, stores the filters, unloads the
     // windows, removes the skin and ends the process. Runs once.
-    void Close();
+    void close();
     // The program is told to end (a signal): every window unloads first, as
     // when the user closes it, so the station list sweeps its edits into the
     // catalogue; then the closing procedure runs.
     void Terminate();
-    bool HasClosed() const { return m_closing; }
+    bool hasClosed() const { return m_closing; }
     // Where start-up found the data folder.
     const QString &dataFolder() const { return m_dataFolder; }
 
-    static bool IsUpgradeVersion(int version);
+    static bool isUpgradeVersion(int version);
 
 private:
     void prepareDataFolder();

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
-int GridLook::ThemeIndexOf(const ThemeColors &colors)
+int GridLook::themeIndexOf(const ThemeColors &colors)
 {
     static_assert(std::has_unique_object_representations_v<ThemeColors>, "compared byte by byte");
     const auto same = [&colors](const ThemeColors &theme) {

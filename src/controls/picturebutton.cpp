@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr int FaceSize = 28;
-constexpr qreal Scales[] = {1.0, 2.0};
+constexpr int faceSize = 28;
+constexpr qreal scales[] = {1.0, 2.0};
 
 QColor color(quint32 argb)
 {
@@ -30,7 +30,7 @@ struct Face
 QIcon picture(const QPainterPath &glyph, const Face &face, int size)
 {
     QIcon icon;
-    for (const qreal scale : Scales) {
+    for (const qreal scale : scales) {
         QPixmap pixmap(QSize(size, size) * scale);
         pixmap.setDevicePixelRatio(scale);
         pixmap.fill(Qt::transparent);
@@ -42,7 +42,7 @@ QIcon picture(const QPainterPath &glyph, const Face &face, int size)
             p.drawRoundedRect(QRectF(0.5, 0.5, size - 1, size - 1), 5, 5);
         }
         const qreal margin = size / 7.0;
-        const qreal glyphScale = (size - 2 * margin) / ucPictureButton::GlyphBox;
+        const qreal glyphScale = (size - 2 * margin) / ucPictureButton::glyphBox;
         p.translate(margin, margin);
         p.scale(glyphScale, glyphScale);
         p.setBrush(face.ink);
@@ -60,10 +60,10 @@ ucPictureButton::ucPictureButton(QWidget *parent)
 {
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::StrongFocus);
-    setIconSize(QSize(FaceSize, FaceSize));
+    setIconSize(QSize(faceSize, faceSize));
 }
 
-void ucPictureButton::SetPictures(const Pictures &pictures)
+void ucPictureButton::setPictures(const Pictures &pictures)
 {
     m_glyph.clear();
     m_pressedGlyph.clear();
@@ -71,14 +71,14 @@ void ucPictureButton::SetPictures(const Pictures &pictures)
     update();
 }
 
-void ucPictureButton::SetGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph)
+void ucPictureButton::setGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph)
 {
     m_glyph = glyph;
     m_pressedGlyph = pressedGlyph;
     drawGlyphPictures();
 }
 
-void ucPictureButton::SetThemeColors(const ThemeColors &colors)
+void ucPictureButton::setThemeColors(const ThemeColors &colors)
 {
     m_colors = colors;
     if (!m_glyph.isEmpty())
@@ -86,7 +86,7 @@ void ucPictureButton::SetThemeColors(const ThemeColors &colors)
     update();
 }
 
-ucPictureButton::Pictures ucPictureButton::GlyphPictures(const QPainterPath &glyph,
+ucPictureButton::Pictures ucPictureButton::glyphPictures(const QPainterPath &glyph,
                                                          const QPainterPath &pressedGlyph,
                                                          const ThemeColors &colors, int size)
 {
@@ -119,7 +119,7 @@ const QIcon &ucPictureButton::shownPicture() const
 
 void ucPictureButton::drawGlyphPictures()
 {
-    m_pictures = GlyphPictures(m_glyph, m_pressedGlyph, m_colors, iconSize().width());
+    m_pictures = glyphPictures(m_glyph, m_pressedGlyph, m_colors, iconSize().width());
     update();
 }
 

@@ -28,7 +28,7 @@ TEST(KeyState, NativeKeysAreToldApartByPlatformCodes)
         {0x11d, 0x11, 0}, // right Ctrl carries the extended bit
     };
     for (const auto &row : rows)
-        EXPECT_EQ(KeyState::NativeKey(row.scanCode, row.virtualKey), row.key)
+        EXPECT_EQ(KeyState::nativeKey(row.scanCode, row.virtualKey), row.key)
             << row.scanCode << '/' << row.virtualKey;
 }
 

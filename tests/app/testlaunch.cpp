@@ -95,8 +95,8 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     QTest::mouseClick(start.main->findChild<QPushButton *>(u"cmdFilter"_s), Qt::LeftButton);
     EXPECT_LT(start.grid->ItemCount(), start.state.catalogue.stationCount());
     const QString renamed = start.grid->CellText(0, 1) + u" renamed"_s;
-    start.grid->SetCellText(0, 1, renamed);
-    start.grid->SetCellChanged(0, 1, true);
+    start.grid->setCellText(0, 1, renamed);
+    start.grid->setCellChanged(0, 1, true);
     EXPECT_EQ(start.runUntil([&start] { start.startup.Terminate(); }), 0);
     EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptGenre), u"Jazz"_s);
     Catalogue saved;

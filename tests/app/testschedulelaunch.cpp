@@ -59,7 +59,7 @@ TEST(ScheduleLaunch, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
     };
     hooks.schedule = [&](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
-        ScheduleRecording(inputs, now, prompt, scheduling, owner);
+        scheduleRecording(inputs, now, prompt, scheduling, owner);
     };
     auto *window = new FrmTC(prompt, launch, power, nullptr, hooks);
     window->findChild<QLineEdit *>(u"txtStream"_s)->setText(server.url());

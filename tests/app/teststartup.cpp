@@ -30,18 +30,18 @@ class RecordedWindows : public AppWindows
 public:
     QStringList calls;
     bool failLoad = false;
-    void InitCommonControls() override { calls << u"init"_s; }
-    void LoadMainWindow() override
+    void initCommonControls() override { calls << u"init"_s; }
+    void loadMainWindow() override
     {
         calls << u"load"_s;
         if (failLoad)
             throw AppError(AppError::PathNotFound, u"Path not found"_s);
     }
-    void ShowMainWindow() override { calls << u"main"_s; }
-    void ShowRecorderWindow() override { calls << u"recorder"_s; }
-    void ProcessEvents() override { calls << u"events"_s; }
-    void UnloadAllWindows() override { calls << u"unload"_s; }
-    void EndProcess() override { calls << u"end"_s; }
+    void showMainWindow() override { calls << u"main"_s; }
+    void showRecorderWindow() override { calls << u"recorder"_s; }
+    void processEvents() override { calls << u"events"_s; }
+    void unloadAllWindows() override { calls << u"unload"_s; }
+    void endProcess() override { calls << u"end"_s; }
 };
 
 QByteArray catalogueBytes(const QString &stationName)
@@ -359,8 +359,8 @@ TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
     state->filters.category = u"Fav"_s;
     state->filters.rating = u"5"_s;
     windows.calls.clear();
-    startup->Close();
-    startup->Close();
+    startup->close();
+    startup->close();
     EXPECT_EQ(windows.calls.join(u','), u"events,unload,end"_s);
     EXPECT_FALSE(state->catalogue.dirty);
     EXPECT_EQ(dataFile("Stations.txt.bck"), catalogueBytes(u"Mine"_s));

@@ -39,13 +39,13 @@ QImage paintBar(qreal fraction, const ProgressColors &colors)
     QImage image(200, 20, QImage::Format_ARGB32);
     image.fill(Qt::black);
     QPainter p(&image);
-    PaintProgress(p, image.rect(), fraction, {}, colors);
+    paintProgress(p, image.rect(), fraction, {}, colors);
     return image;
 }
 
 TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
 {
-    const ProgressColors colors = ProgressColors::FromTheme(Themes[0]);
+    const ProgressColors colors = ProgressColors::fromTheme(Themes[0]);
     for (const auto &[fraction, filled] :
          {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
         const QImage image = paintBar(fraction, colors);
@@ -55,10 +55,10 @@ TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
         EXPECT_NEAR(count, filled, 3) << fraction;
     }
     for (const ThemeColors &theme : Themes) {
-        const ProgressColors bar = ProgressColors::FromTheme(theme);
+        const ProgressColors bar = ProgressColors::fromTheme(theme);
         EXPECT_GE(contrast(bar.textOnChunk, bar.chunk), 4.5);
         EXPECT_GE(contrast(bar.text, bar.track), 4.5);
-        EXPECT_NE(bar.Disabled().chunk, bar.chunk);
+        EXPECT_NE(bar.disabled().chunk, bar.chunk);
     }
 }
 
@@ -68,9 +68,9 @@ TEST(ThemedProgressBar, SetsBackItsChunkWhenDisabled)
     bar.resize(200, 22);
     bar.setValue(100);
     const QPoint inChunk(20, 11);
-    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.Colors().chunk);
+    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.colors().chunk);
     bar.setEnabled(false);
-    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.Colors().Disabled().chunk);
+    EXPECT_EQ(bar.grab().toImage().pixelColor(inChunk), bar.colors().disabled().chunk);
 }
 
 TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
@@ -81,10 +81,10 @@ TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
     frame.resize(240, 120);
     frame.show();
     const int untitledTop = frame.contentsRect().top();
-    frame.SetTitle(u"Recording"_s);
+    frame.setTitle(u"Recording"_s);
     QApplication::processEvents();
     EXPECT_GT(frame.contentsRect().top(), untitledTop + frame.fontMetrics().height() / 2);
-    EXPECT_TRUE(frame.PanelRect().contains(label->geometry()));
+    EXPECT_TRUE(frame.panelRect().contains(label->geometry()));
     QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&frame);
     EXPECT_EQ(accessible->role(), QAccessible::Grouping);
     EXPECT_EQ(accessible->text(QAccessible::Name), u"Recording"_s);
@@ -95,28 +95,28 @@ TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
 TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
 {
     SchemeButton button(u"Record"_s);
-    button.SetThemeColors(Themes[1]);
+    button.setThemeColors(Themes[1]);
     button.show();
-    QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::HoverChanged);
+    QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::hoverChanged);
     const QColor face = QColor::fromRgba(Themes[1].backFixed);
-    EXPECT_EQ(button.FaceColor(), face);
+    EXPECT_EQ(button.faceColor(), face);
     QEvent enter(QEvent::Enter), leave(QEvent::Leave);
     QApplication::sendEvent(&button, &enter);
-    EXPECT_TRUE(button.IsHovered());
-    const QColor hovered = button.FaceColor();
+    EXPECT_TRUE(button.isHovered());
+    const QColor hovered = button.faceColor();
     EXPECT_NE(hovered, face);
     QApplication::sendEvent(&button, &enter);
     QApplication::sendEvent(&button, &leave);
-    EXPECT_EQ(button.FaceColor(), face);
+    EXPECT_EQ(button.faceColor(), face);
     EXPECT_EQ(hovers.size(), 2);
     // A control turned off under the mouse forgets it.
     QApplication::sendEvent(&button, &enter);
     button.setEnabled(false);
-    EXPECT_FALSE(button.IsHovered());
+    EXPECT_FALSE(button.isHovered());
     button.setEnabled(true);
     button.setDown(true);
-    EXPECT_EQ(button.FaceColor(), QColor::fromRgba(Themes[1].backSel));
-    EXPECT_EQ(button.TextColor(), QColor::fromRgba(Themes[1].foreSel));
+    EXPECT_EQ(button.faceColor(), QColor::fromRgba(Themes[1].backSel));
+    EXPECT_EQ(button.textColor(), QColor::fromRgba(Themes[1].foreSel));
 }
 
 } // namespace

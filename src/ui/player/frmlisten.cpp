@@ -41,7 +41,7 @@ FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors, con
 {
     setObjectName(QStringLiteral("FrmListen"));
     setWindowTitle(AppInfo::title);
-    setPalette(ThemePalette(colors));
+    setPalette(themePalette(colors));
     setAutoFillBackground(true);
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
     m_player->view()->setObjectName(QStringLiteral("MPlayer"));

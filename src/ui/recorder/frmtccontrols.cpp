@@ -179,7 +179,7 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addWidget(buildStatus());
 
     auto *record = named(new SchemeButton(CaptionRecord), QStringLiteral("cmdRecord"));
-    record->SetAccent(true);
+    record->setAccent(true);
     cmdRecord = record;
     cmdRecord->setDefault(true);
     cmdRecord->setMinimumWidth(110);

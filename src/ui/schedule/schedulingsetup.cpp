@@ -26,7 +26,7 @@ SchedulerParts::SchedulerParts(const SchedulingSetup &setup)
 {
 }
 
-void ScheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
+void scheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
                        const SchedulingSetup &setup, QWidget *owner)
 {
     SchedulerParts parts(setup);

@@ -17,16 +17,16 @@ bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
     dialog.setModal(true);
     if ((runModal ? runModal(dialog) : dialog.exec()) != QDialog::Accepted)
         return false;
-    Apply(dialog.ChosenTheme(), dialog.ChosenSkin(), redraw);
+    apply(dialog.chosenTheme(), dialog.chosenSkin(), redraw);
     return true;
 }
 
-void SkinCommand::Apply(int theme, const QString &skinName, const std::function<void()> &redraw)
+void SkinCommand::apply(int theme, const QString &skinName, const std::function<void()> &redraw)
 {
     m_theme.setTheme(theme);
     if (redraw)
         redraw();
-    if (skinName == FrmSkin2::NoSkin)
+    if (skinName == FrmSkin2::noSkin)
         m_skin.skinOff();
     else if (!skinName.isEmpty())
         m_skin.startSkinWithFile(m_skin.installFolder() + u'/' + skinName);

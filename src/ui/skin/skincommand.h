@@ -25,7 +25,7 @@ public:
 
     // The part after the dialog: skinName is a file in the installation
     // folder, "{no skin}", or empty to leave the skin as it is.
-    void Apply(int theme, const QString &skinName, const std::function<void()> &redraw);
+    void apply(int theme, const QString &skinName, const std::function<void()> &redraw);
 
 private:
     ModAppSkin &m_skin;

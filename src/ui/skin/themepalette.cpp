@@ -13,7 +13,7 @@ QColor mix(const QColor &a, const QColor &b, qreal amountOfA)
 
 } // namespace
 
-QPalette ThemePalette(const ThemeColors &colors)
+QPalette themePalette(const ThemeColors &colors)
 {
     const QColor window = QColor::fromRgba(colors.window);
     const QColor windowText = QColor::fromRgba(colors.windowText);

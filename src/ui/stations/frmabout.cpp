@@ -42,7 +42,7 @@ frmAbout::frmAbout(Shell &shell, QWidget *parent) : QDialog(parent)
     lblName->setFont(big);
     auto *lblVersion = new QLabel(tr("Version %1").arg(AppInfo::version()), this);
     lblVersion->setObjectName(QStringLiteral("lblVersion"));
-    auto *lblSummary = new QLabel(Summary, this);
+    auto *lblSummary = new QLabel(summary, this);
     lblSummary->setObjectName(QStringLiteral("lblSummary"));
     lblSummary->setWordWrap(true);
 

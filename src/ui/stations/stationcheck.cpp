@@ -10,10 +10,10 @@
 
 namespace {
 
-const QString KeyPlay = QStringLiteral("Play");
-const QString KeyStop = QStringLiteral("Stop");
-const QString LookPlay = QStringLiteral("play");
-const QString LookStop = QStringLiteral("stop");
+const QString keyPlay = QStringLiteral("Play");
+const QString keyStop = QStringLiteral("Stop");
+const QString lookPlay = QStringLiteral("play");
+const QString lookStop = QStringLiteral("stop");
 
 } // namespace
 
@@ -31,7 +31,7 @@ StationCheck::StationCheck(Catalogue &catalogue, StationListHost &list, StationP
     connect(m_step, &QTimer::timeout, this, &StationCheck::nextRow);
 }
 
-int StationCheck::RatingFor(int playState, int polls, int pollLimit)
+int StationCheck::ratingFor(int playState, int polls, int pollLimit)
 {
     switch (playState) {
     case MediaPlayer::Playing:
@@ -48,29 +48,29 @@ int StationCheck::RatingFor(int playState, int polls, int pollLimit)
     }
 }
 
-bool StationCheck::Running() const
+bool StationCheck::running() const
 {
     return m_active && m_player.Scanning();
 }
 
-void StationCheck::Start(Mode mode)
+void StationCheck::start(Mode mode)
 {
-    Abort();
+    abort();
     m_mode = mode;
-    m_row = qMax(0, m_list.Grid().Row());
+    m_row = qMax(0, m_list.grid().Row());
     m_active = true;
     m_player.SetScanning(true);
     nextRow();
 }
 
-void StationCheck::Stop()
+void StationCheck::stop()
 {
     m_player.SetScanning(false);
-    m_player.PlayKey(KeyStop);
-    m_player.ShowState(LookStop);
+    m_player.PlayKey(keyStop);
+    m_player.ShowState(lookStop);
 }
 
-void StationCheck::Abort()
+void StationCheck::abort()
 {
     if (m_active)
         finish();
@@ -78,7 +78,7 @@ void StationCheck::Abort()
 
 void StationCheck::nextRow()
 {
-    LynxGrid &grid = m_list.Grid();
+    LynxGrid &grid = m_list.grid();
     // The count is read at every row, so rows removed meanwhile end the
     // check early. The last step is one past the last row: the grid ignores
     // a row it does not have, so the current station plays once more and no
@@ -87,25 +87,25 @@ void StationCheck::nextRow()
         finish();
         return;
     }
-    m_player.ShowState(LookStop);
+    m_player.ShowState(lookStop);
     m_player.StopPlayback();
     if (!m_player.Scanning()) {
         finish();
         return;
     }
-    grid.SetItemSelected(m_row - 1, false);
+    grid.setItemSelected(m_row - 1, false);
     grid.GotoCell(m_row, 0);
     grid.RefreshView();
     m_index = grid.ItemData(m_row);
-    m_player.PlayKey(KeyPlay);
-    m_player.ShowState(LookPlay);
+    m_player.PlayKey(keyPlay);
+    m_player.ShowState(lookPlay);
     m_polls = 0;
     m_poll->start();
 }
 
 void StationCheck::poll()
 {
-    const int rating = RatingFor(m_player.PlayState(), ++m_polls, m_timing.pollLimit);
+    const int rating = ratingFor(m_player.PlayState(), ++m_polls, m_timing.pollLimit);
     if (rating == 0)
         return;
     m_poll->stop();
@@ -113,9 +113,9 @@ void StationCheck::poll()
     // the rating goes to the station tried, and its row only when it still shows it.
     if (m_index >= 1 && m_index <= m_catalogue.stationCount()) {
         m_catalogue.at(m_index).Rating = rating;
-        const LynxGrid &grid = m_list.Grid();
+        const LynxGrid &grid = m_list.grid();
         if (m_row < grid.ItemCount() && grid.ItemData(m_row) == m_index)
-            m_list.FillRow(m_row, m_index);
+            m_list.fillRow(m_row, m_index);
     }
     if (m_mode == Mode::FindNext && rating >= RatingBuffering) {
         finish();
@@ -131,5 +131,5 @@ void StationCheck::finish()
     m_poll->stop();
     m_step->stop();
     m_player.SetScanning(false);
-    emit Finished();
+    emit finished();
 }

@@ -62,7 +62,7 @@ protected:
     bool playingLook() const { return button("cmdDSPause")->x() == ucPlayBar::ShownLeft; }
     void press(Row row)
     {
-        grid->SetRow(int(row));
+        grid->setRow(int(row));
         button("cmdDSPlay")->click();
     }
     IcyServer server;
@@ -143,15 +143,15 @@ TEST_F(MainPlayerTest, PlayResumesAPauseMuteHoldsThroughVolumeAndStopEndsAStatio
     button("cmdDSMute")->click();
     EXPECT_FALSE(wmp1->mute());
     EXPECT_EQ(traced.last(), u"PlayBar1: Key = NoMute, wmp1.Status=scripted 2"_s);
-    window->Player().SetScanning(true);
+    window->player().SetScanning(true);
     button("cmdDSStop")->click();
-    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_FALSE(window->player().Scanning());
     EXPECT_EQ(wmp1->log.last(), u"URL="_s);
 }
 
 TEST_F(MainPlayerTest, AStationStartedRightAfterAStopStartsInsteadOfResumingOrStopping)
 {
-    StationPlayer &player = window->Player();
+    StationPlayer &player = window->player();
     press(Direct);
     button("cmdDSPause")->click();
     ASSERT_TRUE(waitUntil([&] { return wmp1->playState() == MediaPlayer::Paused; }, 2000));
@@ -178,7 +178,7 @@ TEST_F(MainPlayerTest, ADownloadErrorUnderAnotherKeyShowsAQuestionMark)
 TEST_F(MainPlayerTest, ThePlayCellPlaysItsRowAndShowsThePlayingLook)
 {
     const auto playCell = [&](Row row) {
-        grid->SetRow(int(row));
+        grid->setRow(int(row));
         return grid->EditCell(int(row), grid->ColPosition(FrmStations::ColPlay));
     };
     EXPECT_FALSE(playCell(Direct)) << "no edit";
@@ -193,10 +193,10 @@ TEST_F(MainPlayerTest, ThePlayCellPlaysItsRowAndShowsThePlayingLook)
 TEST_F(MainPlayerTest, AStationPlayingInAListeningWindowGetsTodaysDate)
 {
     state->catalogue.dirty = false;
-    window->StationPlayed(2, int(Listed), u"2030-01-01"_s);
-    window->StationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
+    window->stationPlayed(2, int(Listed), u"2030-01-01"_s);
+    window->stationPlayed(FrmListen::PlayedKind, 99, u"2030-01-01"_s);
     EXPECT_FALSE(state->catalogue.dirty) << "other kinds and rows change nothing";
-    FrmListen *listen = window->CreateListenWindow();
+    FrmListen *listen = window->createListenWindow();
     listen->ListenRow = int(Listed);
     listen->ListenUrl = u"http://127.0.0.1:9/direct"_s;
     listen->Play();

@@ -63,16 +63,16 @@ TEST_F(ChooserTest, ListsNoSkinThenTheSkinFilesAndSelectsTheStoredTheme)
     EXPECT_EQ(skins.takeFirst(), u"{no skin}"_s);
     skins.sort();
     EXPECT_EQ(skins, QStringList({u"Ledovec.urf"_s, u"Zelvane.urf"_s}));
-    EXPECT_EQ(dialog->ChosenSkin(), u"{no skin}"_s);
+    EXPECT_EQ(dialog->chosenSkin(), u"{no skin}"_s);
     // The chooser's own default is 0; out of range counts as no choice.
     for (const auto &[stored, index] : {std::pair{"", 0}, {"1", 1}, {"0", 0}, {"7", 0}}) {
         if (*stored)
             SettingsStore::saveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
-        EXPECT_EQ(open()->ChosenTheme(), index) << stored;
+        EXPECT_EQ(open()->chosenTheme(), index) << stored;
     }
     // The running skin is selected and described.
     dialog = open(folder() + u"/Ledovec.urf"_s);
-    EXPECT_EQ(dialog->ChosenSkin(), u"Ledovec.urf"_s);
+    EXPECT_EQ(dialog->chosenSkin(), u"Ledovec.urf"_s);
     const QString info = dialog->findChild<QLabel *>(u"lblInfo"_s)->text();
     EXPECT_TRUE(info.contains(u"Ledovec"_s) && info.contains(u"Pale Blue"_s)) << info.toStdString();
     expectAccessibleNames(dialog.get());
@@ -91,7 +91,7 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
     ASSERT_TRUE(zelvane);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(zelvane).center());
     EXPECT_EQ(dialog->result(), QDialog::Accepted);
-    EXPECT_EQ(dialog->ChosenSkin(), u"Zelvane.urf"_s);
+    EXPECT_EQ(dialog->chosenSkin(), u"Zelvane.urf"_s);
     EXPECT_EQ(SettingsStore::getNumber(SettingsStore::Theme, -1), 0);
     for (const bool inList : {false, true}) {
         dialog = open();

@@ -63,7 +63,7 @@ protected:
                 << control->metaObject()->className();
         EXPECT_EQ(pixel(bar, bar->rect().center() + QPoint(bar->width() / 3, 0)),
                   QColor::fromRgba(colors.progressBar));
-        EXPECT_EQ(pixel(frame, frame->PanelRect().center()), QColor::fromRgba(colors.backAlt));
+        EXPECT_EQ(pixel(frame, frame->panelRect().center()), QColor::fromRgba(colors.backAlt));
         EXPECT_EQ(pixel(button, QPoint(8, button->height() / 2)), QColor::fromRgba(colors.backFixed));
         EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(colors.window));
         EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipText), QColor::fromRgba(colors.foreEdit));

@@ -61,10 +61,10 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
 {
     StationCommands::Services services{
         prompt, shell, keys, [this] { return new FrmTC(prompt, state->launch, power); }, checkTiming, runModal};
-    window = std::make_unique<FrmStations>(StationWindowParts(*state), std::move(services),
+    window = std::make_unique<FrmStations>(stationWindowParts(*state), std::move(services),
                                            factory ? factory : ScriptedPlayer::Factory(players));
     startup = std::make_unique<Startup>(*state, windows);
-    QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
+    QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->close(); });
     window->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     grid = window->findChild<LynxGrid *>(u"LynxGrid1"_s);

@@ -31,13 +31,13 @@ public:
 class QuietWindows : public AppWindows
 {
 public:
-    void InitCommonControls() override {}
-    void LoadMainWindow() override {}
-    void ShowMainWindow() override {}
-    void ShowRecorderWindow() override {}
-    void ProcessEvents() override {}
-    void UnloadAllWindows() override {}
-    void EndProcess() override { ended = true; }
+    void initCommonControls() override {}
+    void loadMainWindow() override {}
+    void showMainWindow() override {}
+    void showRecorderWindow() override {}
+    void processEvents() override {}
+    void unloadAllWindows() override {}
+    void endProcess() override { ended = true; }
     bool ended = false;
 };
 
@@ -54,7 +54,7 @@ protected:
     void TearDown() override;
     // Writes the catalogue file (station lines with '|' between fields) and loads it.
     void writeCatalogue(const QString &stations);
-    QString cataloguePath() const { return profile.dataFolder() + Startup::CatalogueFileName; }
+    QString cataloguePath() const { return profile.dataFolder() + Startup::catalogueFileName; }
     // The catalogue file as text.
     QString catalogueText() const;
     // Opens the main window; its players are scripted unless factory makes them.

@@ -113,7 +113,7 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     EXPECT_EQ(cboRating->currentIndex(), -1);
     cboRating->setCurrentIndex(4);
     QTest::keyClick(cboRating, Qt::Key_Return);
-    EXPECT_FALSE(grid->IsEditing());
+    EXPECT_FALSE(grid->isEditing());
     EXPECT_EQ(grid->CellText(1, pos(Col::ColRating)), u"5"_s);
     EXPECT_EQ(state->catalogue.at(2).Rating, 5);
     EXPECT_TRUE(grid->CellChanged(1, pos(Col::ColRating)));
@@ -125,10 +125,10 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     // edit as an update) keeps a rating it cannot show, and an unset one.
     for (const auto &[rating, text] : {std::pair{7, "7"}, {0, "0"}}) {
         state->catalogue.at(4).Rating = rating;
-        grid->SetCellText(3, pos(Col::ColRating), QLatin1StringView(text));
+        grid->setCellText(3, pos(Col::ColRating), QLatin1StringView(text));
         ASSERT_TRUE(grid->EditCell(3, pos(Col::ColRating)));
         EXPECT_EQ(cboRating->currentIndex(), -1);
-        EXPECT_FALSE(grid->CommitEdit());
+        EXPECT_FALSE(grid->commitEdit());
         EXPECT_EQ(grid->CellText(3, pos(Col::ColRating)), QLatin1StringView(text));
         EXPECT_EQ(state->catalogue.at(4).Rating, rating);
         EXPECT_FALSE(grid->CellChanged(3, pos(Col::ColRating)));
@@ -140,7 +140,7 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     EXPECT_TRUE(state->catalogue.at(3).SingleSong);
     // The play handle only cancels the edit while there is no player.
     EXPECT_FALSE(grid->EditCell(0, pos(Col::ColPlay)));
-    EXPECT_FALSE(grid->IsEditing());
+    EXPECT_FALSE(grid->isEditing());
 }
 
 TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
@@ -151,10 +151,10 @@ TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
     editText(0, Col::ColStation, u"Jazz Corner"_s);
     // A cell changed without a finished edit still reaches the file through the unload sweep,
     // and a rating that is no number is stored as 0.
-    grid->SetCellText(0, pos(Col::ColRating), u"x4"_s);
-    grid->SetCellChanged(0, pos(Col::ColRating), true);
-    grid->SetCellText(0, pos(Col::ColSign), u"A|B"_s);
-    grid->SetCellChanged(0, pos(Col::ColSign), true);
+    grid->setCellText(0, pos(Col::ColRating), u"x4"_s);
+    grid->setCellChanged(0, pos(Col::ColRating), true);
+    grid->setCellText(0, pos(Col::ColSign), u"A|B"_s);
+    grid->setCellChanged(0, pos(Col::ColSign), true);
     window->close();
     EXPECT_TRUE(windows.ended);
     EXPECT_FALSE(state->catalogue.dirty) << "saved by the closing step";
@@ -186,8 +186,8 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
 TEST_F(StationsTest, ARefillPutsEachFieldUnderItsHeadingAfterAColumnMove)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    grid->SetColPosition(Col::ColGenre, 9);
-    grid->SetColPosition(Col::ColStation, 0);
+    grid->setColPosition(Col::ColGenre, 9);
+    grid->setColPosition(Col::ColStation, 0);
     filter("", "", "", "");
     ASSERT_EQ(grid->ColHeading(pos(Col::ColGenre)), u"Genre"_s);
     ASSERT_EQ(grid->ColHeading(pos(Col::ColStation)), u"Station"_s);

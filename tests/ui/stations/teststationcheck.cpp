@@ -28,7 +28,7 @@ TEST(StationCheckRating, APollRatesWhatThePlayerReached)
                 {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
                 {MediaPlayer::Playing, 101, 4},       {MediaPlayer::Undefined, 102, 1}};
     for (const auto &row : rows)
-        EXPECT_EQ(StationCheck::RatingFor(row.state, row.polls, 101), row.rating)
+        EXPECT_EQ(StationCheck::ratingFor(row.state, row.polls, 101), row.rating)
             << row.state << "/" << row.polls;
 }
 
@@ -64,7 +64,7 @@ protected:
     // Clicks Info from row with a key held and waits for the check to end.
     void runCheck(int row, quint32 key)
     {
-        QSignalSpy finished(check, &StationCheck::Finished);
+        QSignalSpy finished(check, &StationCheck::finished);
         grid->GotoCell(row, 1);
         wmp1->log.clear();
         click("cmdInfo", key);
@@ -99,7 +99,7 @@ TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEn
     // The last station is played once more: the grid has no row past the end.
     EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
     EXPECT_FALSE(state->catalogue.dirty);
-    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_FALSE(window->player().Scanning());
     EXPECT_EQ(grid->Row(), 6);
 }
 
@@ -117,12 +117,12 @@ TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
 
 TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
 {
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
     click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(check->Running());
+    ASSERT_TRUE(check->running());
     click("cmdInfo");
-    EXPECT_FALSE(window->Player().Scanning());
+    EXPECT_FALSE(window->player().Scanning());
     EXPECT_EQ(wmp1->URL(), QString());
     ASSERT_TRUE(finished.wait(Wait));
     EXPECT_EQ(played(), u"never"_s);
@@ -131,9 +131,9 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
     EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
     // So does the play bar's Stop; a new check may start while the old one still waits.
     click("cmdInfo", LeftShiftKey);
-    window->Player().PlayKey(u"Stop"_s);
+    window->player().PlayKey(u"Stop"_s);
     click("cmdInfo", LeftControlKey);
-    ASSERT_TRUE(check->Running());
+    ASSERT_TRUE(check->running());
     ASSERT_TRUE(finished.wait(Wait));
     EXPECT_EQ(played(), u"never,never,never,play"_s);
 }
@@ -141,7 +141,7 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
 TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
 {
     // Emptied: the station being tried is gone, and nothing is rated.
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
     click("cmdInfo", LeftShiftKey);
     prompt.answers = {true};
@@ -155,10 +155,10 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
     grid->GotoCell(0, 1);
     click("cmdCopy");
     click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(check->Running());
+    ASSERT_TRUE(check->running());
     window->close();
     EXPECT_TRUE(windows.ended);
-    EXPECT_FALSE(check->Running());
+    EXPECT_FALSE(check->running());
     for (const QTimer *timer : check->findChildren<QTimer *>())
         EXPECT_FALSE(timer->isActive());
     EXPECT_EQ(catalogueText().count(u"Silent|"_s), 2);
@@ -185,7 +185,7 @@ TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
     checkTiming = {100, 30};
     ASSERT_NO_FATAL_FAILURE(open(QtMediaPlayer::Create));
     auto *check = window->findChild<StationCheck *>();
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(0, 1);
     click("cmdInfo", LeftShiftKey);
     ASSERT_TRUE(finished.wait(4 * Wait));

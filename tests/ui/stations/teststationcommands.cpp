@@ -94,7 +94,7 @@ TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
                                                 {u"Rec\\"_s, QString()},
                                                 {u"take.mp3"_s, u"take.mp3"_s}};
     for (const auto &[path, title] : rows)
-        EXPECT_EQ(StationCommands::FileTitle(path), title) << path.toStdString();
+        EXPECT_EQ(StationCommands::fileTitle(path), title) << path.toStdString();
 }
 
 TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
@@ -102,7 +102,7 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     record();
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::RecordNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::recordNoStation});
     // A station without an address opens nothing and says nothing.
     grid->GotoCell(5, 1);
     record();
@@ -110,7 +110,7 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     EXPECT_EQ(prompt.shown.size(), 1);
     // The row as shown, also a cell not yet written back, is what the recorder gets.
     grid->GotoCell(0, 1);
-    grid->SetCellText(0, pos(Col::ColStation), u"Rock Two"_s);
+    grid->setCellText(0, pos(Col::ColStation), u"Rock Two"_s);
     record();
     EXPECT_EQ(state->catalogue.at(1).Name, u"Rock Two"_s);
     ASSERT_EQ(recorders().size(), 1);
@@ -197,7 +197,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_EQ(grid->ItemCount(), 5);
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
-    EXPECT_EQ(prompt.shown[1].text, StationCommands::DeleteQuestion + u"Jazz Cafe"_s);
+    EXPECT_EQ(prompt.shown[1].text, StationCommands::deleteQuestion + u"Jazz Cafe"_s);
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
     EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
@@ -216,10 +216,10 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     click("cmdDel", RightShiftKey);
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
     click("cmdDel", RightShiftKey);
-    EXPECT_EQ(prompt.shown.last().text, StationCommands::DeleteAllQuestion);
+    EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion);
     EXPECT_EQ(grid->ItemCount(), 0);
     EXPECT_EQ(state->catalogue.stationCount(), 0);
-    EXPECT_EQ(grid->SortColumn(), -1);
+    EXPECT_EQ(grid->sortColumn(), -1);
     window->close();
     EXPECT_EQ(catalogueText(), five);
     // Another change made before it still saves: the emptied list.
@@ -273,13 +273,13 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(listen("cmdListen"), nullptr);
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::ListenNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::listenNoStation});
     grid->GotoCell(5, 1);
     EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
     EXPECT_EQ(prompt.shown.size(), 1);
     // The row as shown is written back first and names the window.
     grid->GotoCell(2, 1);
-    grid->SetCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
+    grid->setCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
     FrmListen *station = listen("cmdListen");
     ASSERT_NE(station, nullptr);
     EXPECT_EQ(state->catalogue.at(3).Name, u"Jazz Cafe Two"_s);
@@ -338,8 +338,8 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     grid->GotoCell(1, 1);
     prompt.answers = {true};
     click("cmdDel");
-    grid->SetCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
-    grid->SetCellChanged(2, pos(Col::ColStation), true);
+    grid->setCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
+    grid->setCellChanged(2, pos(Col::ColStation), true);
     prompt.files = {folder + u"Smooth Jazz (128).pls"_s};
     click("cmdCopy", LeftShiftKey);
     EXPECT_EQ(prompt.fileFolders, QStringList(2, QString()));
@@ -384,14 +384,14 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     click("cmdTrim");
     ASSERT_EQ(prompt.shown.size(), 1);
     EXPECT_EQ(prompt.shown[0].text,
-              StationCommands::TrimNotStarted.arg(profile.installFolder() +
+              StationCommands::trimNotStarted.arg(profile.installFolder() +
                                                   u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s +
                                                   recording + u'"'));
 }
 
 TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
 {
-    Accessibility::Install();
+    Accessibility::install();
     ASSERT_NO_FATAL_FAILURE(open());
     const auto iface = [](QObject *object) { return QAccessible::queryAccessibleInterface(object); };
     EXPECT_EQ(iface(window.get())->role(), QAccessible::Window);
@@ -404,7 +404,7 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
                                                       {"cmdRecord", u"Record"_s}};
     for (const auto &[name, expected] : names)
         EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
-    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->IsAccent());
+    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->isAccent());
 }
 
 } // namespace
