@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int StationTotal = 100000;
+constexpr int stationTotal = 100000;
 
 // A station of typical size: about 170 characters on its line.
 Station sampleStation(int i)
@@ -42,13 +42,13 @@ void fill(Catalogue &catalogue, int count)
 
 void reportPeak(benchmark::State &state)
 {
-    state.counters["peak_MB"] = ProcessMegabytes("VmHWM:");
+    state.counters["peak_MB"] = processMegabytes("VmHWM:");
 }
 
 void BM_CatalogueSave(benchmark::State &state)
 {
     Catalogue catalogue;
-    fill(catalogue, StationTotal);
+    fill(catalogue, stationTotal);
     for (auto _ : state)
         catalogue.Save();
     reportPeak(state);
@@ -59,14 +59,14 @@ void BM_CatalogueLoad(benchmark::State &state)
 {
     {
         Catalogue source;
-        fill(source, StationTotal);
+        fill(source, stationTotal);
         source.Save();
     }
     Catalogue catalogue;
     QuietPrompt prompt;
     for (auto _ : state)
         catalogue.load(prompt, QStringLiteral("Tunecatch"));
-    if (catalogue.stationCount() != StationTotal || prompt.messages != 0)
+    if (catalogue.stationCount() != stationTotal || prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     reportPeak(state);
 }
@@ -87,7 +87,7 @@ void BM_CatalogueAppend(benchmark::State &state)
     state.counters["per_append"] = benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate |
                                                                  benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_CatalogueAppend)->Arg(1000)->Arg(10000)->Arg(StationTotal)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CatalogueAppend)->Arg(1000)->Arg(10000)->Arg(stationTotal)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
@@ -105,6 +105,6 @@ int main(int argc, char **argv)
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", processMegabytes("VmHWM:"));
     return 0;
 }

@@ -112,17 +112,17 @@ void BM_PlayingStation(benchmark::State &state)
     }
     double cpuPercent = 0;
     for (auto _ : state) {
-        const double cpuBefore = ProcessCpuSeconds();
+        const double cpuBefore = processCpuSeconds();
         QElapsedTimer clock;
         clock.start();
         // The station plays on while the event loop runs idle, as in the program.
         QEventLoop idle;
         QTimer::singleShot(CpuWindowMs, &idle, &QEventLoop::quit);
         idle.exec();
-        cpuPercent = 100 * (ProcessCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
+        cpuPercent = 100 * (processCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
     }
     state.counters["cpu_percent"] = cpuPercent;
-    state.counters["added_MB"] = ProcessMegabytes("VmRSS:") - baselineMegabytes;
+    state.counters["added_MB"] = processMegabytes("VmRSS:") - baselineMegabytes;
     state.counters["still_playing"] = w.window->player().PlayState() == 3;
 }
 BENCHMARK(BM_PlayingStation)->Iterations(1)->Unit(benchmark::kMillisecond);
@@ -138,7 +138,7 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
 
-    if (const QString missing = IcecastStation::Missing(); !missing.isEmpty()) {
+    if (const QString missing = IcecastStation::missing(); !missing.isEmpty()) {
         std::printf("Skipped: %s\n", qPrintable(missing));
         return 0;
     }
@@ -152,7 +152,7 @@ int main(int argc, char **argv)
     const QTemporaryDir appData;
     qputenv("APPDATA", QFile::encodeName(appData.path()));
     QDir().mkpath(appData.path() + QStringLiteral("/Tunecatch"));
-    baselineMegabytes = ProcessMegabytes("VmRSS:");
+    baselineMegabytes = processMegabytes("VmRSS:");
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

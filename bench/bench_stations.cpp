@@ -35,7 +35,7 @@
 
 namespace {
 
-constexpr int StationTotal = 100000;
+constexpr int stationTotal = 100000;
 
 // Stations of typical size, with genres, categories and formats spread so
 // that filters keep a realistic share.
@@ -66,7 +66,7 @@ struct MainWindow
     {
         {
             Catalogue source;
-            for (int i = 1; i <= StationTotal; ++i)
+            for (int i = 1; i <= stationTotal; ++i)
                 source.append(generated(i));
             source.Save();
         }
@@ -116,15 +116,15 @@ MainWindow &mainWindow()
 
 void BM_WindowMemory(benchmark::State &state)
 {
-    const double before = ProcessMegabytes("VmRSS:");
+    const double before = processMegabytes("VmRSS:");
     for (auto _ : state)
         benchmark::DoNotOptimize(mainWindow().grid);
     MainWindow &w = mainWindow();
-    if (w.grid->ItemCount() != StationTotal || w.prompt.messages != 0)
+    if (w.grid->ItemCount() != stationTotal || w.prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     state.counters["rows"] = w.grid->ItemCount();
-    state.counters["rss_MB"] = ProcessMegabytes("VmRSS:");
-    state.counters["window_and_catalogue_MB"] = ProcessMegabytes("VmRSS:") - before;
+    state.counters["rss_MB"] = processMegabytes("VmRSS:");
+    state.counters["window_and_catalogue_MB"] = processMegabytes("VmRSS:") - before;
 }
 BENCHMARK(BM_WindowMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
 
@@ -234,6 +234,6 @@ int main(int argc, char **argv)
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     sharedWindow.reset();
-    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", processMegabytes("VmHWM:"));
     return 0;
 }

@@ -31,7 +31,7 @@ namespace {
 
 class LaunchTest : public ProfileTest
 {
-protected:
+public:
     // Starts a copy of the program in the profile's installation folder, so
     // that taking over an installed catalogue never touches the build tree.
     void launch(const QString &arguments)

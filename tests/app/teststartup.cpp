@@ -86,7 +86,7 @@ void removeSetting(const char *key)
 
 class StartupTest : public ProfileTest
 {
-protected:
+public:
     // One start of the program: a fresh process state over the same profile.
     bool start(const QString &commandLine = {})
     {

@@ -15,7 +15,7 @@ namespace {
 
 class UnicodeFile : public ProfileTest
 {
-protected:
+public:
     QString path(const char *name) const { return profile.root() + u'/' + QLatin1StringView(name); }
 };
 

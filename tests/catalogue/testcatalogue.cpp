@@ -12,8 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Damaged = u"Station file appears damaged.. attempting to recover"_s;
-const QString Header = u"# two first lines :  version  and seperator.\r\n"
+const QString damagedText = u"Station file appears damaged.. attempting to recover"_s;
+const QString header = u"# two first lines :  version  and seperator.\r\n"
                        "#format is:  Name Genre BitRate Format Category OutputFile SingleSong "
                        "Rating LastDate CallSign StreamURL InfoUrl\r\n"_s;
 
@@ -27,7 +27,7 @@ Station station(const QString &name, const QString &category, bool singleSong, q
 
 class CatalogueFile : public ProfileTest
 {
-protected:
+public:
     QString path() const { return profile.dataFolder() + u"Stations.txt"_s; }
     void writeCatalogue(const QString &text) { TempProfile::writeFile(path(), TempProfile::utf16File(text)); }
     void load() { catalogue.load(prompt, u"Tunecatch"_s); }
@@ -41,14 +41,14 @@ protected:
     }
     void expectDamaged(bool damaged) const
     {
-        EXPECT_EQ(prompt.texts(), damaged ? QStringList{Damaged} : QStringList{});
+        EXPECT_EQ(prompt.texts(), damaged ? QStringList{damagedText} : QStringList{});
     }
     Catalogue catalogue;
     ScriptedPrompt prompt;
 };
 
-const QString Good = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i\r\n"_s;
-const QString GoodRead = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i"_s;
+const QString good = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i\r\n"_s;
+const QString goodRead = u"A|G|128|mp3|Cat|out|True|1||id|http://a|http://i"_s;
 
 } // namespace
 
@@ -62,7 +62,7 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
     catalogue.Save();
     const QByteArray first = TempProfile::readFile(path());
     EXPECT_EQ(first,
-              TempProfile::utf16File(u"2.1\r\n\u00B1\r\n"_s + Header +
+              TempProfile::utf16File(u"2.1\r\n\u00B1\r\n"_s + header +
                                      u"Jazz One\u00B1G\u00B1128\u00B1mp3\u00B1Favourites\u00B1o\u00B1"
                                      "True\u00B13\u00B1\u00B1id\u00B1u\u00B1http://jazz.one\r\n"
                                      "Low\u00B1G\u00B1128\u00B1mp3\u00B1\u00B1o\u00B1False\u00B1-2\u00B1"
@@ -76,7 +76,7 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
     EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), first);
     // The version written is always 2.1; the separator is the one held.
     EXPECT_TRUE(TempProfile::readFile(path()).startsWith(
-        TempProfile::utf16File(u"2.1\r\n|\r\n"_s + Header + u"Jazz One|G|"_s)));
+        TempProfile::utf16File(u"2.1\r\n|\r\n"_s + header + u"Jazz One|G|"_s)));
 }
 
 TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
@@ -145,12 +145,12 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
         QString categories; // joined by commas
     } rows[] = {
         {"comments and blank lines",
-         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + Good, false,
-         GoodRead + u'\r', u",Cat"_s},
-        {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + Good, false, GoodRead + u'\r', u",Cat"_s},
-        {"eleven fields stop the load", Good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + Good, true,
-         GoodRead + u"\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"_s, u",Cat"_s},
-        {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + Good, true,
+         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + good, false,
+         goodRead + u'\r', u",Cat"_s},
+        {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + good, false, goodRead + u'\r', u",Cat"_s},
+        {"eleven fields stop the load", good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + good, true,
+         goodRead + u"\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"_s, u",Cat"_s},
+        {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + good, true,
          u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
         {"a bad boolean stops the load", u"B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"_s, true,
          u"B|G|1|mp3|C|o|False|0||||"_s, QString()},
@@ -162,7 +162,7 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
         SCOPED_TRACE(row.name);
         catalogue = Catalogue();
         prompt.shown.clear();
-        writeCatalogue(u"2.1\r\n|\r\n"_s + Header + row.stationLines);
+        writeCatalogue(u"2.1\r\n|\r\n"_s + header + row.stationLines);
         load();
         EXPECT_EQ(loaded(), row.loaded);
         EXPECT_EQ(catalogue.categories.items().join(u','), row.categories);

@@ -15,7 +15,7 @@ namespace {
 
 class Import : public ProfileTest
 {
-protected:
+public:
     Import() { QDir().mkpath(folder); }
     // A one-entry playlist file in the folder.
     void writePls(const QString &fileName, const QString &file1, const QString &title1,

@@ -15,7 +15,7 @@ namespace {
 // A grid of three columns (Name, Count as numbers, Tag) holding rows as given.
 class GridTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
         grid.resize(400, 300);

@@ -19,7 +19,7 @@ QIcon solid(QColor color)
 
 class PictureButtonTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
         button.setPictures({solid(Qt::red), solid(Qt::green), solid(Qt::blue), solid(Qt::gray)});

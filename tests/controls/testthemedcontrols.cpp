@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const ThemeColors Themes[] = {Themes::paleBlue(), Themes::blackNight()};
+const ThemeColors themes[] = {Themes::paleBlue(), Themes::blackNight()};
 
 // Contrast as the web's accessibility guidelines define it.
 double contrast(const QColor &a, const QColor &b)
@@ -45,7 +45,7 @@ QImage paintBar(qreal fraction, const ProgressColors &colors)
 
 TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
 {
-    const ProgressColors colors = ProgressColors::fromTheme(Themes[0]);
+    const ProgressColors colors = ProgressColors::fromTheme(themes[0]);
     for (const auto &[fraction, filled] :
          {std::pair{-0.5, 0}, {0.0, 0}, {0.25, 50}, {1.0, 200}, {3.0, 200}}) {
         const QImage image = paintBar(fraction, colors);
@@ -54,7 +54,7 @@ TEST(ProgressPainter, FillsTheBarToItsFractionWithReadableColours)
             count += image.pixelColor(x, 10) == colors.chunk;
         EXPECT_NEAR(count, filled, 3) << fraction;
     }
-    for (const ThemeColors &theme : Themes) {
+    for (const ThemeColors &theme : themes) {
         const ProgressColors bar = ProgressColors::fromTheme(theme);
         EXPECT_GE(contrast(bar.textOnChunk, bar.chunk), 4.5);
         EXPECT_GE(contrast(bar.text, bar.track), 4.5);
@@ -95,10 +95,10 @@ TEST(RoundedFrame, KeepsItsContentsInsideThePanelAndIsAGroupNamedByItsTitle)
 TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
 {
     SchemeButton button(u"Record"_s);
-    button.setThemeColors(Themes[1]);
+    button.setThemeColors(themes[1]);
     button.show();
     QSignalSpy hovers(button.findChild<HoverTracker *>(), &HoverTracker::hoverChanged);
-    const QColor face = QColor::fromRgba(Themes[1].backFixed);
+    const QColor face = QColor::fromRgba(themes[1].backFixed);
     EXPECT_EQ(button.faceColor(), face);
     QEvent enter(QEvent::Enter), leave(QEvent::Leave);
     QApplication::sendEvent(&button, &enter);
@@ -115,8 +115,8 @@ TEST(SchemeButton, TracksTheMouseAndTakesTheAccentWhenPressed)
     EXPECT_FALSE(button.isHovered());
     button.setEnabled(true);
     button.setDown(true);
-    EXPECT_EQ(button.faceColor(), QColor::fromRgba(Themes[1].backSel));
-    EXPECT_EQ(button.textColor(), QColor::fromRgba(Themes[1].foreSel));
+    EXPECT_EQ(button.faceColor(), QColor::fromRgba(themes[1].backSel));
+    EXPECT_EQ(button.textColor(), QColor::fromRgba(themes[1].foreSel));
 }
 
 } // namespace

@@ -68,7 +68,7 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
 
 class Registering : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override { qputenv("USER", "ann"); }
     void TearDown() override { m_hadUser ? qputenv("USER", m_user) : qunsetenv("USER"); }
     void click(QTime at, const QString &program = u"/opt/tunecatch/tunecatch"_s)

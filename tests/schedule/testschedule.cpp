@@ -30,7 +30,7 @@ QByteArray record(std::initializer_list<quint32> words16, std::initializer_list<
 
 class ScheduleTest : public ::testing::Test
 {
-protected:
+public:
     // A task in the store with the given triggers, read back through a Schedule.
     std::shared_ptr<Task> stored(const QString &name, int triggers)
     {
@@ -108,16 +108,16 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
             const std::shared_ptr<Trigger> t = trigger(type);
             const QByteArray before = t->record().bytes();
             const int expected = type == row.type ? 0 : TaskErrors::InvalidTriggerTypeNumber;
-            EXPECT_EQ(ErrorNumber([&] { (*t.*row.read)(); }), expected) << type;
-            EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(5); }), expected) << type;
+            EXPECT_EQ(errorNumber([&] { (*t.*row.read)(); }), expected) << type;
+            EXPECT_EQ(errorNumber([&] { (*t.*row.write)(5); }), expected) << type;
             if (type != row.type) {
                 EXPECT_EQ(t->record().bytes(), before);
             }
         }
         const std::shared_ptr<Trigger> t = trigger(row.type);
-        EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(32767); }), 0);
+        EXPECT_EQ(errorNumber([&] { (*t.*row.write)(32767); }), 0);
         const QByteArray before = t->record().bytes();
-        EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(32768); }),
+        EXPECT_EQ(errorNumber([&] { (*t.*row.write)(32768); }),
                   row.sixteenBits ? int(AppError::Overflow) : 0);
         if (row.sixteenBits) {
             EXPECT_EQ(t->record().bytes(), before);
@@ -129,10 +129,10 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
         EXPECT_EQ(error.description(), u"Invalid trigger type"_s);
     }
     const std::shared_ptr<Task> task = stored(u"words"_s, 0);
-    EXPECT_EQ(ErrorNumber([&] { trigger(1)->setRandomInterval(-32769); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { trigger(1)->setRandomInterval(-32769); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
     int idle = -1, deadline = -1;
     task->GetIdleWait(idle, deadline);
     EXPECT_EQ(idle, 0) << "a failed SetIdleWait changes neither value";
@@ -153,15 +153,15 @@ TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
     const auto walked = schedule.NewEnum();
     ASSERT_EQ(walked.size(), 2);
     EXPECT_EQ(walked[0]->Name() + walked[1]->Name(), u"ba"_s);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(errorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
     service.enumFails = true;
     schedule.Refresh();
     EXPECT_EQ(schedule.Count(), 0);
     service.enumFails = false;
     schedule.setTargetComputer(u"here"_s);
     EXPECT_EQ(schedule.Count(), 2) << "a new target computer refills the list";
-    EXPECT_EQ(ErrorNumber([&] { schedule.setTargetComputer(u"unreachable"_s); }), -2147023174);
+    EXPECT_EQ(errorNumber([&] { schedule.setTargetComputer(u"unreachable"_s); }), -2147023174);
 }
 
 TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedByIt)
@@ -171,9 +171,9 @@ TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedBy
     EXPECT_EQ(schedule.Job(u"Jazz24_2009-01-31_20-15"_s), task);
     ASSERT_TRUE(service.tasks.contains(u"Jazz24_2009-01-31_20-15"_s));
     EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).Creator, u"Tunecatch"_s);
-    EXPECT_EQ(ErrorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
+    EXPECT_EQ(errorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(errorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
     EXPECT_EQ(schedule.Count(), 1);
     schedule.Refresh();
     schedule.Delete(1);
@@ -190,11 +190,11 @@ TEST_F(ScheduleTest, ChangesReachTheStoreOnlyBySaveAndRefusedValuesLeaveTheOldOn
     EXPECT_EQ(service.tasks.value(u"props"_s).parameters, u"-s x -v"_s);
     service.refused.insert(TaskService::TextField::Comment, u"bad"_s);
     task->SetComment(u"good"_s);
-    EXPECT_EQ(ErrorNumber([&] { task->SetComment(u"bad"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetComment(u"bad"_s); }), AppError::InvalidArgument);
     EXPECT_EQ(task->Comment(), u"good"_s);
-    EXPECT_EQ(ErrorNumber([&] { task->SetPriority(12345); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetPriority(12345); }), AppError::InvalidArgument);
     EXPECT_EQ(task->Priority(), TaskPriority::Normal);
-    EXPECT_EQ(ErrorNumber([&] { task->SetAccountInfo(u"ann"_s, u"secret"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetAccountInfo(u"ann"_s, u"secret"_s); }), AppError::InvalidArgument);
     task->Save(u"copy"_s);
     EXPECT_EQ(service.tasks.value(u"copy"_s).Comment, u"good"_s);
     task->Run();
@@ -211,7 +211,7 @@ TEST_F(ScheduleTest, ThePropertySheetIsTheEditorsAndWithoutOneOpeningFails)
     EXPECT_EQ(editor.owners, (QList<QObject *>{&owner, nullptr}));
     Schedule bare(service);
     bare.Refresh();
-    EXPECT_NE(ErrorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
+    EXPECT_NE(errorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
 }
 
 TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
@@ -232,7 +232,7 @@ TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
     task->Triggers()->item(1)->setStartTime(QTime(6, 0));
     task->Save();
     EXPECT_EQ(service.tasks.value(u"trig"_s).Triggers.first().word(TriggerRecord::StartHour), 6);
-    EXPECT_EQ(ErrorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(errorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
 }
 
 TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate)
@@ -244,10 +244,10 @@ TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate
     EXPECT_EQ(triggers->Count(), 1);
     EXPECT_EQ(second->index(), 1);
     EXPECT_EQ(second->StartTime(), QTime(2, 0)) << "platform trigger 0 went, the second's copy stayed";
-    EXPECT_NE(ErrorNumber([&] { second->Update(); }), 0);
-    EXPECT_NE(ErrorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
-    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_NE(errorNumber([&] { second->Update(); }), 0);
+    EXPECT_NE(errorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
     triggers->Update();
     EXPECT_EQ(triggers->item(1)->index(), 0);
     EXPECT_EQ(triggers->item(1)->StartTime(), QTime(2, 0));

@@ -74,7 +74,7 @@ QString escaped(const QString &name)
 
 class SystemdStore : public ProfileTest
 {
-protected:
+public:
     void SetUp() override
     {
         const QString folder = profile.root() + u"/my tools"_s;
@@ -228,13 +228,13 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
     }
     EXPECT_EQ(service.taskNames(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
-        EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
-    EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),
+        EXPECT_EQ(errorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
-    EXPECT_EQ(ErrorNumber([&] { service.activate(u"absent"_s); }), AppError::FileNotFound);
-    EXPECT_EQ(ErrorNumber([&] { service.checkText(TaskService::TextField::Comment, u"two\nlines"_s); }),
+    EXPECT_EQ(errorNumber([&] { service.activate(u"absent"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(errorNumber([&] { service.checkText(TaskService::TextField::Comment, u"two\nlines"_s); }),
               AppError::InvalidArgument);
-    EXPECT_EQ(ErrorNumber([&] { service.checkText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
+    EXPECT_EQ(errorNumber([&] { service.checkText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
               AppError::InvalidArgument);
 }
 
@@ -262,10 +262,10 @@ TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlon
     ASSERT_EQ(refreshed.Count(), 1);
     EXPECT_EQ(refreshed.Job(1)->Name(), u"good"_s);
     const QByteArray mine = TempProfile::readFile(folder + u"/mine.timer"_s);
-    EXPECT_EQ(ErrorNumber([&] { service.Delete(u"mine"_s); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.Delete(u"edited"_s); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.Save(u"mine"_s, recording()); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.newWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
+    EXPECT_EQ(errorNumber([&] { service.Delete(u"mine"_s); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.Delete(u"edited"_s); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.Save(u"mine"_s, recording()); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
     EXPECT_EQ(TempProfile::readFile(folder + u"/mine.timer"_s), mine);
     EXPECT_EQ(TempProfile::readFile(folder + u"/edited.timer"_s), edited);
 }
@@ -305,7 +305,7 @@ TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
     EXPECT_FALSE(service.isRunning());
     EXPECT_EQ(task->Status(), 0);
     EXPECT_TRUE(task->NextRunTime().isNull());
-    EXPECT_EQ(ErrorNumber([&] { task->Run(); }), TaskErrors::ServiceNotRunningNumber);
+    EXPECT_EQ(errorNumber([&] { task->Run(); }), TaskErrors::ServiceNotRunningNumber);
     ASSERT_NE(readBack(u"offline"_s), nullptr);
     EXPECT_EQ(readBack(u"offline"_s)->ApplicationName(), program);
 }

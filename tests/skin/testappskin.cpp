@@ -36,9 +36,9 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
     for (const Row &row : rows) {
         const std::string what = std::to_string(&row - rows);
         TempProfile profile;
-        SkinFiles::InstallEngine(profile.installFolder(), row.engine);
+        SkinFiles::installEngine(profile.installFolder(), row.engine);
         if (row.skinFile)
-            QFile::copy(SkinFiles::Shipped("Zelvane.urf"), profile.installFolder() + u"/Zelvane.urf"_s);
+            QFile::copy(SkinFiles::shipped("Zelvane.urf"), profile.installFolder() + u"/Zelvane.urf"_s);
         if (row.skinOn)
             SettingsStore::saveSetting(SettingsStore::AppSkinOn, QString::fromLatin1(row.skinOn));
         ModAppSkin skin(profile.installFolder());
@@ -61,14 +61,14 @@ TEST(AppSkin, AStoredSkinStartsAndARefusedOrMissingOneTurnsSkinningOff)
 {
     TempProfile profile;
     const QString folder = profile.installFolder();
-    SkinFiles::InstallEngine(folder, Engine::Built);
-    QFile::copy(SkinFiles::Shipped("Ledovec.urf"), folder + u"/Ledovec.urf"_s);
+    SkinFiles::installEngine(folder, Engine::Built);
+    QFile::copy(SkinFiles::shipped("Ledovec.urf"), folder + u"/Ledovec.urf"_s);
     ModAppSkin skin(folder);
     SettingsStore::saveSetting(SettingsStore::AppSkinFile, folder + u"/Ledovec.urf"_s);
     ASSERT_TRUE(skin.skinStartup());
     EXPECT_EQ(skin.skinFile(), folder + u"/Ledovec.urf"_s);
     // A refused switch does not leave the old skin running against the setting.
-    TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
+    TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::skin(u"Broken"_s, "QWidget { color: red; "));
     skin.startSkinWithFile(folder + u"/Broken.urf"_s);
     EXPECT_FALSE(skin.skinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());

@@ -39,7 +39,7 @@ class QtPlayerTest : public ProfileTest
 protected:
     static void SetUpTestSuite()
     {
-        missing = IcecastStation::Missing();
+        missing = IcecastStation::missing();
         if (!missing.isEmpty())
             return;
         station = new IcecastStation;

@@ -30,7 +30,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Line = u"-s ./%STATION%.mp3 -a http://h:8000/x -w Jazz 24 -n -t 60 -v"_s;
+const QString line = u"-s ./%STATION%.mp3 -a http://h:8000/x -w Jazz 24 -n -t 60 -v"_s;
 
 template <typename T> T *child(QWidget *parent, const char *name)
 {
@@ -41,7 +41,7 @@ template <typename T> T *child(QWidget *parent, const char *name)
 
 class ScheduleDialogs : public ProfileTest
 {
-protected:
+public:
     void SetUp() override
     {
         setup.unitFolder = profile.root() + u"/units"_s;
@@ -53,7 +53,7 @@ protected:
         const std::shared_ptr<Task> task = tasks.CreateTask(u"Jazz24_2031-01-31_20-15"_s);
         task->SetApplicationName(u"tunecatch"_s);
         task->SetWorkingDirectory(u"/opt/tunecatch/"_s);
-        task->setCommandLine(Line);
+        task->setCommandLine(line);
         task->SetComment(u"Recording from Jazz 24"_s);
         const std::shared_ptr<Trigger> trigger = task->Triggers()->Add();
         trigger->setTriggerType(TriggerRecord::Once);
@@ -169,7 +169,7 @@ TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
                   .toString(u"yyyy-MM-dd HH:mm"_s));
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnLastRun), u"Never"_s);
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnStatus), TaskStatus::Text(TaskStatus::HasNotRun));
-    EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), Line);
+    EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), line);
     EXPECT_FALSE(child<QLabel>(window, "lblNotice")->isVisible());
     expectAccessibleNames(window);
     answer = [](TaskDialog &dialog) {

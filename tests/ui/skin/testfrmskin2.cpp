@@ -33,12 +33,12 @@ QStringList entries(const QListWidget *list)
 
 class ChooserTest : public ProfileTest
 {
-protected:
+public:
     void SetUp() override
     {
-        SkinFiles::InstallEngine(folder(), SkinFiles::Engine::Built);
+        SkinFiles::installEngine(folder(), SkinFiles::Engine::Built);
         for (const char *name : {"Zelvane.urf", "Ledovec.urf"})
-            QFile::copy(SkinFiles::Shipped(name), folder() + u'/' + QLatin1StringView(name));
+            QFile::copy(SkinFiles::shipped(name), folder() + u'/' + QLatin1StringView(name));
         TempProfile::writeFile(folder() + u"/notes.txt"_s, "not a skin");
         QDir().mkpath(folder() + u"/folder.urf"_s);
     }
@@ -106,7 +106,7 @@ TEST_F(ChooserTest, OkAndAClickStoreTheThemeAndEscapeCancels)
 // The Skin command, with the chooser answered while it runs modally.
 class SkinCommandTest : public ChooserTest
 {
-protected:
+public:
     void TearDown() override { skin.removeSkin(); }
     bool run(const std::function<void(FrmSkin2 *)> &answer)
     {

@@ -39,7 +39,7 @@ QColor pixel(QWidget *widget, QPoint at)
 
 class ThemeTest : public ::testing::Test
 {
-protected:
+public:
     ThemeTest()
     {
         themes.setListener(&applier);

@@ -45,11 +45,11 @@ public:
 // dialogs and browser answered by seams; closing it runs the real closing step.
 class StationWindowTest : public ProfileTest
 {
-protected:
+public:
     using Col = FrmStations::Column;
     // Five stations in the order the window shows them with no filter.
-    static const QString Catalogue5;
-    static const QString AllFive;
+    static const QString catalogue5;
+    static const QString allFive;
     void SetUp() override;
     void TearDown() override;
     // Writes the catalogue file (station lines with '|' between fields) and loads it.
@@ -66,7 +66,7 @@ protected:
         return found;
     }
     // X key symbols of the modifier keys.
-    static constexpr quint32 LeftShiftKey = 0xffe1, RightShiftKey = 0xffe2, LeftControlKey = 0xffe3;
+    static constexpr quint32 leftShiftKey = 0xffe1, rightShiftKey = 0xffe2, leftControlKey = 0xffe3;
     // A real click, with a modifier key held down as the platform reports it when heldKey is one.
     void click(const char *button, quint32 heldKey = 0);
     int pos(Col column) const;

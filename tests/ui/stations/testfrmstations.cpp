@@ -20,7 +20,7 @@ TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
 {
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_GE(grid->ColWidth(Col::ColOutput), 400) << "as wide as the grid";
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     EXPECT_EQ(shown(Col::ColRating), u"3,0,5,2,3"_s);
     QString single;
     for (int row = 0; row < 5; ++row) {
@@ -53,7 +53,7 @@ TEST_F(StationsTest, FiltersKeepTheirCaseRules)
                 {"", "", "MP3", "", u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s},
                 {"", "", "", "3", u"Rock One,Rockabilly"_s},
                 {"Rock", "", "MP3", "3", u"Rock One"_s},
-                {"", "", "", "", AllFive}};
+                {"", "", "", "", allFive}};
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.genre) + '/' + row.category + '/' + row.type + '/' + row.rating);
         filter(row.genre, row.category, row.type, row.rating);
@@ -174,7 +174,7 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
     window->close();
     EXPECT_EQ(TempProfile::readFile(cataloguePath()), before);
     EXPECT_FALSE(QFile::exists(cataloguePath() + u".bck"_s));
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
     editText(2, Col::ColStation, u"Jazz Corner"_s);
     filter("Talk", "", "", "");
@@ -191,7 +191,7 @@ TEST_F(StationsTest, ARefillPutsEachFieldUnderItsHeadingAfterAColumnMove)
     filter("", "", "", "");
     ASSERT_EQ(grid->ColHeading(pos(Col::ColGenre)), u"Genre"_s);
     ASSERT_EQ(grid->ColHeading(pos(Col::ColStation)), u"Station"_s);
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     EXPECT_EQ(shown(Col::ColGenre), u"Rock,Classic rock,Jazz,Talk,Country"_s);
     // Editing a moved column writes back the right field.
     editText(4, Col::ColGenre, u"Rockabilly"_s);

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Wait = 10000;
+constexpr int wait = 10000;
 
 TEST(StationCheckRating, APollRatesWhatThePlayerReached)
 {
@@ -35,7 +35,7 @@ TEST(StationCheckRating, APollRatesWhatThePlayerReached)
 // Stations whose address names what the scripted player does with them.
 class CheckTest : public StationWindowTest
 {
-protected:
+public:
     void SetUp() override
     {
         StationWindowTest::SetUp();
@@ -68,7 +68,7 @@ protected:
         grid->GotoCell(row, 1);
         wmp1->log.clear();
         click("cmdInfo", key);
-        ASSERT_TRUE(finished.wait(Wait));
+        ASSERT_TRUE(finished.wait(wait));
     }
     // The addresses the player was given to play, by their last part.
     QString played() const
@@ -93,7 +93,7 @@ protected:
 
 TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEnd)
 {
-    runCheck(1, LeftShiftKey);
+    runCheck(1, leftShiftKey);
     EXPECT_EQ(ratings(), u"5,3,2,2,1,2,4"_s);
     EXPECT_EQ(shown(Col::ColRating), u"5,3,2,2,1,2,4"_s);
     // The last station is played once more: the grid has no row past the end.
@@ -105,13 +105,13 @@ TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEn
 
 TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
 {
-    runCheck(2, LeftControlKey);
+    runCheck(2, leftControlKey);
     EXPECT_EQ(ratings(), u"5,5,2,2,1,2,4"_s);
     EXPECT_EQ(played(), u"stop,fail,never,play"_s);
     EXPECT_EQ(grid->Row(), 6);
     EXPECT_EQ(wmp1->playState(), MediaPlayer::Playing);
     // Buffering counts as playing.
-    runCheck(1, LeftControlKey);
+    runCheck(1, leftControlKey);
     EXPECT_EQ(played(), u"buffer"_s);
 }
 
@@ -119,22 +119,22 @@ TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
 {
     QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
-    click("cmdInfo", LeftShiftKey);
+    click("cmdInfo", leftShiftKey);
     ASSERT_TRUE(check->running());
     click("cmdInfo");
     EXPECT_FALSE(window->player().Scanning());
     EXPECT_EQ(wmp1->URL(), QString());
-    ASSERT_TRUE(finished.wait(Wait));
+    ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(played(), u"never"_s);
     // The station tried when the player was stopped is rated as stopped; the rest is untouched.
     EXPECT_EQ(ratings(), u"5,5,5,5,2,5,5"_s);
     EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
     // So does the play bar's Stop; a new check may start while the old one still waits.
-    click("cmdInfo", LeftShiftKey);
+    click("cmdInfo", leftShiftKey);
     window->player().PlayKey(u"Stop"_s);
-    click("cmdInfo", LeftControlKey);
+    click("cmdInfo", leftControlKey);
     ASSERT_TRUE(check->running());
-    ASSERT_TRUE(finished.wait(Wait));
+    ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(played(), u"never,never,never,play"_s);
 }
 
@@ -143,10 +143,10 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
     // Emptied: the station being tried is gone, and nothing is rated.
     QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
-    click("cmdInfo", LeftShiftKey);
+    click("cmdInfo", leftShiftKey);
     prompt.answers = {true};
-    click("cmdDel", RightShiftKey);
-    ASSERT_TRUE(finished.wait(Wait));
+    click("cmdDel", rightShiftKey);
+    ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(state->catalogue.stationCount(), 0);
     // Closed: the check ends with the window, which saves what changed.
     writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"_s);
@@ -154,7 +154,7 @@ TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
     check = window->findChild<StationCheck *>();
     grid->GotoCell(0, 1);
     click("cmdCopy");
-    click("cmdInfo", LeftShiftKey);
+    click("cmdInfo", leftShiftKey);
     ASSERT_TRUE(check->running());
     window->close();
     EXPECT_TRUE(windows.ended);
@@ -187,8 +187,8 @@ TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
     auto *check = window->findChild<StationCheck *>();
     QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(0, 1);
-    click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(finished.wait(4 * Wait));
+    click("cmdInfo", leftShiftKey);
+    ASSERT_TRUE(finished.wait(4 * wait));
     EXPECT_EQ(state->catalogue.at(1).Rating, StationCheck::RatingNoAnswer);
     EXPECT_EQ(state->catalogue.at(2).Rating, StationCheck::RatingStopped);
     EXPECT_GE(state->catalogue.at(3).Rating, StationCheck::RatingBuffering);

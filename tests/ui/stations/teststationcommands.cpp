@@ -33,11 +33,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Wait = 10000;
+constexpr int wait = 10000;
 
 class CommandsTest : public StationWindowTest
 {
-protected:
+public:
     // The recorder windows open now, in no particular order.
     static QList<FrmTC *> recorders()
     {
@@ -53,7 +53,7 @@ protected:
     {
         click(button);
         auto *timer = window->findChild<QTimer *>(QLatin1StringView(timerName));
-        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
+        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, wait));
     }
     void record() { clickAndTick("cmdRecord", "TimerRecord"); }
     static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
@@ -99,7 +99,7 @@ TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
 
 TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
 {
-    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     record();
     EXPECT_EQ(prompt.texts(), QStringList{StationCommands::recordNoStation});
@@ -155,7 +155,7 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     ASSERT_EQ(recorders().size(), 1);
     QPointer<FrmTC> recorder = recorders().at(0);
     recorder->findChild<QPushButton *>(u"cmdRecord"_s)->click();
-    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, Wait));
+    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, wait));
     window->close();
     ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
     EXPECT_FALSE(recorder->Recording());
@@ -193,7 +193,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_TRUE(prompt.shown.isEmpty()) << "no current row, no question";
     grid->GotoCell(2, 1);
     prompt.answers = {false, true};
-    click("cmdDel", LeftShiftKey); // the left key is no Delete ALL
+    click("cmdDel", leftShiftKey); // the left key is no Delete ALL
     EXPECT_EQ(grid->ItemCount(), 5);
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
@@ -202,20 +202,20 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
     filter("", "", "", "");
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     window->close();
     EXPECT_FALSE(catalogueText().contains(u"Jazz Cafe"_s));
     EXPECT_EQ(catalogueText().count(u"\r\n"_s), 8);
     // Delete ALL after an edit and a sort leaves the file as it was.
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     const QString five = catalogueText();
     ASSERT_NO_FATAL_FAILURE(open());
     editText(1, Col::ColStation, u"Classic Gold"_s);
     grid->Sort(pos(Col::ColStation));
     prompt.answers = {false, true};
-    click("cmdDel", RightShiftKey);
+    click("cmdDel", rightShiftKey);
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
-    click("cmdDel", RightShiftKey);
+    click("cmdDel", rightShiftKey);
     EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion);
     EXPECT_EQ(grid->ItemCount(), 0);
     EXPECT_EQ(state->catalogue.stationCount(), 0);
@@ -223,12 +223,12 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     window->close();
     EXPECT_EQ(catalogueText(), five);
     // Another change made before it still saves: the emptied list.
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
     grid->GotoCell(0, 0);
     click("cmdCopy");
     prompt.answers = {true};
-    click("cmdDel", RightShiftKey);
+    click("cmdDel", rightShiftKey);
     window->close();
     EXPECT_EQ(catalogueText().split(u"\r\n"_s, Qt::SkipEmptyParts).size(), 4) << "no station line";
 }
@@ -245,7 +245,7 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     click("cmdInfo");
     EXPECT_TRUE(shell.opened.isEmpty()) << "no row; a one-character address";
     grid->GotoCell(0, 1);
-    click("cmdInfo", RightShiftKey); // no key of the station check
+    click("cmdInfo", rightShiftKey); // no key of the station check
     EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
     shell.opened.clear();
     qputenv(WebSearch::hostVariable, "http://directory.test");
@@ -270,7 +270,7 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
 
 TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
 {
-    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(listen("cmdListen"), nullptr);
     EXPECT_EQ(prompt.texts(), QStringList{StationCommands::listenNoStation});
@@ -341,7 +341,7 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     grid->setCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
     grid->setCellChanged(2, pos(Col::ColStation), true);
     prompt.files = {folder + u"Smooth Jazz (128).pls"_s};
-    click("cmdCopy", LeftShiftKey);
+    click("cmdCopy", leftShiftKey);
     EXPECT_EQ(prompt.fileFolders, QStringList(2, QString()));
     EXPECT_EQ(shown().section(u',', 0, 3), u"Rock One,Jazz Cafe,Talk Radio Two,Rockabilly"_s);
     QStringList imported; // in the file system's order
@@ -375,7 +375,7 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     const QString recording = AppPaths::recordingsFolder() + u"my song's take.mp3"_s;
     prompt.files = {recording};
     click("cmdTrim");
-    ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, Wait));
+    ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, wait));
     EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(out)), u"-x\n"_s + recording + u'\n');
     EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::recordingsFolder()));
     EXPECT_TRUE(prompt.shown.isEmpty());
