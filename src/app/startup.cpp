@@ -76,6 +76,11 @@ bool keepBackup(const QString &base, const QByteArray &bytes)
 
 } // namespace
 
+QString Startup::fatalTitle()
+{
+    return tr("Tunecatch about to Terminate!");
+}
+
 Startup::Startup(ProgramParts &parts, AppWindows &windows) : m_parts(parts), m_windows(windows) {}
 
 bool Startup::isUpgradeVersion(int version)
@@ -134,10 +139,10 @@ bool Startup::SubMain(const QString &commandLine)
         }
         m_windowShown = true;
     } catch (const AppError &e) {
-        m_parts.prompt.message(QStringLiteral("Main Error: %1 : %2").arg(e.number()).arg(e.description()),
-                               fatalTitle, Prompt::Icon::Critical);
+        m_parts.prompt.message(tr("Main Error: %1 : %2").arg(e.number()).arg(e.description()), fatalTitle(),
+                               Prompt::Icon::Critical);
     } catch (const std::exception &e) {
-        m_parts.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), fatalTitle,
+        m_parts.prompt.message(tr("Main Error: 51 : %1").arg(QString::fromLocal8Bit(e.what())), fatalTitle(),
                                Prompt::Icon::Critical);
     }
     return m_windowShown;
@@ -250,7 +255,7 @@ void Startup::close()
             m_parts.catalogue.Save();
         } catch (const AppError &e) {
             // The previous list survives as the ".bck" backup the save made first.
-            m_parts.prompt.message(QStringLiteral("The station list could not be saved: ") + e.description(),
+            m_parts.prompt.message(tr("The station list could not be saved: %1").arg(e.description()),
                                    AppInfo::title, Prompt::Icon::Critical);
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 struct ProgramParts;
@@ -8,10 +9,11 @@ class AppWindows;
 // The program's entry sequence and its common closing procedure.
 class Startup
 {
+    Q_DECLARE_TR_FUNCTIONS(Startup)
+
 public:
     Startup(ProgramParts &parts, AppWindows &windows);
 
-    static inline const QString fatalTitle = QStringLiteral("Tunecatch about to Terminate!");
     // The versions whose catalogue the upgrade replaces, and the marker it leaves.
     static inline const QString catalogueFileName = QStringLiteral("Stations.txt");
     static constexpr int upgradedVersion = 32;
@@ -38,6 +40,7 @@ public:
     static bool isUpgradeVersion(int version);
 
 private:
+    static QString fatalTitle();
     void prepareDataFolder();
     void takeOverInstalledList(bool upgrade);
     bool replaceCatalogue(const QByteArray &installed, bool upgrade);

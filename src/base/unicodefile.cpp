@@ -52,7 +52,7 @@ void writeBytes(const QString &path, const QByteArray &buffer, bool writeBom)
     file.close();
     if (!written || file.error() != QFileDevice::NoError)
         throw AppError(AppError::PathFileAccess,
-                       QStringLiteral("Could not write %1: %2").arg(path, file.errorString()));
+                       AppError::tr("Could not write %1: %2").arg(path, file.errorString()));
 }
 
 bool readText(const QString &path, QString &text)

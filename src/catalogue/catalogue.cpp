@@ -7,6 +7,7 @@
 #include "base/unicodefile.h"
 #include "catalogue/stationnames.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QtEndian>
@@ -111,6 +112,11 @@ bool CategoryList::add(const QString &category)
     return true;
 }
 
+QString Catalogue::damagedMessage()
+{
+    return QCoreApplication::translate("Catalogue", "Station file appears damaged.. attempting to recover");
+}
+
 Catalogue::Catalogue() : m_stations(1) {}
 
 QString Catalogue::cataloguePath()
@@ -150,10 +156,10 @@ void Catalogue::load(Prompt &prompt, const QString &appTitle)
     QList<QStringView> f;
     try {
         if (lines.isEmpty())
-            throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
+            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
         version = lines.at(0).toString();
         if (lines.size() < 2)
-            throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
+            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
         separator = lines.at(1).toString();
 
         for (qsizetype i = 2; i < lines.size(); ++i) {
@@ -187,13 +193,13 @@ void Catalogue::load(Prompt &prompt, const QString &appTitle)
             s.CallSign = f[9].toString();
             s.StreamURL = f[10].toString();
             if (f.size() < 12)
-                throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
+                throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
             s.InfoUrl = StationNames::trimBlanks(f[11]).toString();
             if (s.Category != previous.Category) // an equal one went in with the line before
                 categories.add(s.Category);
         }
     } catch (const AppError &) {
-        prompt.message(damagedMessage, appTitle, Prompt::Icon::Information);
+        prompt.message(damagedMessage(), appTitle, Prompt::Icon::Information);
     }
 }
 
@@ -258,8 +264,9 @@ bool Catalogue::importPlaylistFile(const QString &folder, const QString &fileNam
 {
     const QStringList parts = fileName.split(QStringLiteral("_#_"));
     if (parts.size() < 3)
-        throw AppError(AppError::SubscriptOutOfRange,
-                       QStringLiteral("Subscript out of range: not a saved directory playlist: ") + fileName);
+        throw AppError(
+            AppError::SubscriptOutOfRange,
+            AppError::tr("Subscript out of range: not a saved directory playlist: %1").arg(fileName));
     const QString bitRate = StationNames::trimBlanks(parts[1]);
     const QString tail = StationNames::trimBlanks(parts[2]);
 

@@ -31,7 +31,8 @@ class Catalogue
 {
 public:
     static inline const QString defaultSeparator = QStringLiteral("\u00B1");
-    static inline const QString damagedMessage = QStringLiteral("Station file appears damaged.. attempting to recover");
+    // What load tells the user when the file cannot be read whole.
+    static QString damagedMessage();
 
     Catalogue();
 

@@ -9,6 +9,7 @@
 #include "schedule/trigger.h"
 #include "schedule/triggers.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -113,7 +114,8 @@ void RecordingScheduler::scheduleRecording(TaskService &service, TaskEditor *edi
     if (!task)
         return;
     tolerate([&] { task->ShowProperties(owner); });
-    if (prompt.askYesNo(openQuestion, AppInfo::title, Prompt::Icon::Question))
+    if (prompt.askYesNo(QCoreApplication::translate("RecordingScheduler", "Do you wish open Task Scheduler?"),
+                        AppInfo::title, Prompt::Icon::Question))
         tolerate(openScheduledTasks);
 }
 

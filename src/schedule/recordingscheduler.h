@@ -33,7 +33,6 @@ class RecordingScheduler
 {
 public:
     static inline const QString taskNameTemplate = QStringLiteral("%STATION%_%DATE%_%TIME%");
-    static inline const QString openQuestion = QStringLiteral("Do you wish open Task Scheduler?");
     // Interactive, deleted when done, only with a network, only while the user is logged on.
     static constexpr qint32 recordingTaskFlags = 9219;
 

@@ -102,7 +102,7 @@ void Schedule::add(const QString &key, std::shared_ptr<Task> task)
 {
     if (m_keys.contains(key))
         throw AppError(457,
-                       QStringLiteral("This key is already associated with an element of this collection"));
+                       AppError::tr("This key is already associated with an element of this collection"));
     m_keys.append(key);
     m_tasks.append(std::move(task));
 }

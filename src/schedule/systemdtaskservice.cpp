@@ -110,23 +110,22 @@ void SystemdTaskService::setTargetComputer(const QString &computer)
     while (name.startsWith(u'\\'))
         name.remove(0, 1);
     if (!name.isEmpty() && name.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) != 0)
-        throw TaskErrors::refused(
-            QStringLiteral("Only this computer's scheduled recordings can be managed."));
+        throw TaskErrors::refused(AppError::tr("Only this computer's scheduled recordings can be managed."));
 }
 
 QString SystemdTaskService::unitBase(const QString &name)
 {
     if (name.isEmpty())
-        throw TaskErrors::badTaskName(name, QStringLiteral("the name is empty."));
+        throw TaskErrors::badTaskName(name, AppError::tr("the name is empty."));
     if (hasControlCharacters(name))
         throw TaskErrors::badTaskName(name,
-                                      QStringLiteral("it holds line breaks or other control characters."));
+                                      AppError::tr("it holds line breaks or other control characters."));
     const QString base = UnitNames::escape(name);
     if (QString::fromUtf8(name.toUtf8()) != name)
         throw TaskErrors::badTaskName(name,
-                                      QStringLiteral("it holds characters that cannot be written as UTF-8."));
+                                      AppError::tr("it holds characters that cannot be written as UTF-8."));
     if (base.size() + serviceSuffix.size() > UnitNames::maxUnitName)
-        throw TaskErrors::badTaskName(name, QStringLiteral("it is too long for a systemd unit name."));
+        throw TaskErrors::badTaskName(name, AppError::tr("it is too long for a systemd unit name."));
     return base;
 }
 
@@ -252,14 +251,13 @@ void SystemdTaskService::checkText(TextField field, const QString &value) const
 {
     if (hasControlCharacters(value))
         throw TaskErrors::refused(
-            QStringLiteral("A unit file cannot hold line breaks or other control characters."));
+            AppError::tr("A unit file cannot hold line breaks or other control characters."));
     if (QString::fromUtf8(value.toUtf8()) != value)
-        throw TaskErrors::refused(
-            QStringLiteral("The text holds characters that cannot be written as UTF-8."));
+        throw TaskErrors::refused(AppError::tr("The text holds characters that cannot be written as UTF-8."));
     if (field == TextField::WorkingDirectory && !value.isEmpty() &&
         (!QDir::isAbsolutePath(value) || value != value.trimmed()))
         throw TaskErrors::refused(
-            QStringLiteral("The working folder must be a full path without blanks around it."));
+            AppError::tr("The working folder must be a full path without blanks around it."));
 }
 
 QString SystemdTaskService::FileName(const QString &name) const

@@ -72,7 +72,7 @@ void Task::SetCreator(const QString &creator)
 void Task::openEditor(QObject *owner)
 {
     if (!m_item->editor)
-        throw TaskErrors::refused(QStringLiteral("There is no property sheet to show the task in."));
+        throw TaskErrors::refused(AppError::tr("There is no property sheet to show the task in."));
     m_item->editor->editTask(*this, owner);
 }
 
@@ -197,7 +197,7 @@ void Task::SetAccountInfo(const QString &account, const std::optional<QString> &
 {
     if (password && !password->isEmpty())
         throw TaskErrors::refused(
-            QStringLiteral("Scheduled recordings run as their owner; no password is kept."));
+            AppError::tr("Scheduled recordings run as their owner; no password is kept."));
     setText(TaskService::TextField::Account, &TaskDefinition::account, account);
 }
 

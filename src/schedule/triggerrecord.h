@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QCoreApplication>
 #include <QString>
 
 #include <array>
@@ -12,6 +13,8 @@
 // byte 44; stores written by earlier versions depend on that layout.
 class TriggerRecord
 {
+    Q_DECLARE_TR_FUNCTIONS(TriggerRecord)
+
 public:
     static constexpr int byteCount = 46;
 

@@ -1,5 +1,6 @@
 #include "skin/urffile.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QStringDecoder>
 
@@ -7,7 +8,9 @@ namespace {
 
 const QString signature = QStringLiteral("URF 1");
 const QString headerEnd = QStringLiteral("---");
-const QString themeNames[] = {QStringLiteral("Pale Blue"), QStringLiteral("Black Night")};
+// As skin files name them; the chooser shows them translated.
+const char *const themeNames[] = {QT_TRANSLATE_NOOP("UrfSkin", "Pale Blue"),
+                                  QT_TRANSLATE_NOOP("UrfSkin", "Black Night")};
 
 UrfSkin failed(UrfSkin::Status status)
 {
@@ -29,7 +32,8 @@ bool looksBinary(const QString &text)
 int themeIndex(const QString &value)
 {
     for (int i = 0; i < 2; ++i) {
-        if (value.compare(themeNames[i], Qt::CaseInsensitive) == 0 || value == QString::number(i))
+        if (value.compare(QLatin1StringView(themeNames[i]), Qt::CaseInsensitive) == 0 ||
+            value == QString::number(i))
             return i;
     }
     return UrfSkin::NoTheme;
@@ -107,5 +111,5 @@ UrfSkin UrfSkin::parse(const QByteArray &bytes)
 
 QString UrfSkin::themeName(int theme)
 {
-    return theme == 0 || theme == 1 ? themeNames[theme] : QString();
+    return theme == 0 || theme == 1 ? QCoreApplication::translate("UrfSkin", themeNames[theme]) : QString();
 }

@@ -323,7 +323,8 @@ TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkippe
     // A missing catalogue is only reported; a failing main window ends start-up.
     windows.failLoad = true;
     EXPECT_FALSE(start());
-    EXPECT_EQ(prompt.texts(), QStringList({Catalogue::damagedMessage, u"Main Error: 76 : Path not found"_s}));
+    EXPECT_EQ(prompt.texts(),
+              QStringList({Catalogue::damagedMessage(), u"Main Error: 76 : Path not found"_s}));
     EXPECT_FALSE(windows.calls.contains(u"main"_s));
     windows.failLoad = false;
     // A backup that cannot be written: the user's list stays, and the
@@ -345,7 +346,7 @@ TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkippe
     ASSERT_TRUE(start());
     EXPECT_EQ(startup->dataFolder(), profile.root() + u"/not-a-folder/Tunecatch/"_s);
     EXPECT_TRUE(windows.calls.contains(u"main"_s));
-    EXPECT_EQ(prompt.texts(), QStringList{Catalogue::damagedMessage});
+    EXPECT_EQ(prompt.texts(), QStringList{Catalogue::damagedMessage()});
 }
 
 TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)

@@ -29,32 +29,40 @@ QPushButton *button(const QString &caption, const QString &name)
 
 } // namespace
 
+QString FrmScheduledTasks::noManagerNotice()
+{
+    return tr(
+        "No user service manager can be reached, so these recordings will not start until a user session "
+        "manager is running. Log in to your desktop, or let systemd keep one for you with "
+        "\"loginctl enable-linger\".");
+}
+
 FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent)
     : QWidget(parent, Qt::Window), m_parts(setup), m_prompt(prompt),
       m_schedule(m_parts.service(), &m_parts.editor())
 {
     setObjectName(QStringLiteral("FrmScheduledTasks"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::title + QStringLiteral(" - Scheduled recordings"));
+    setWindowTitle(tr("%1 - Scheduled recordings").arg(AppInfo::title));
 
-    m_lblNotice = new QLabel(noManagerNotice);
+    m_lblNotice = new QLabel(noManagerNotice());
     m_lblNotice->setObjectName(QStringLiteral("lblNotice"));
     m_lblNotice->setWordWrap(true);
     m_lblNotice->setStyleSheet(QStringLiteral("color: #b3261e;"));
 
     m_lstTasks = new QTreeWidget;
     m_lstTasks->setObjectName(QStringLiteral("lstTasks"));
-    m_lstTasks->setAccessibleName(QStringLiteral("Scheduled recordings"));
+    m_lstTasks->setAccessibleName(tr("Scheduled recordings"));
     m_lstTasks->setRootIsDecorated(false);
-    m_lstTasks->setHeaderLabels({QStringLiteral("Name"), QStringLiteral("Next run"), QStringLiteral("Last run"),
-                               QStringLiteral("Status"), QStringLiteral("Command line")});
+    m_lstTasks->setHeaderLabels(
+        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Command line")});
     m_lstTasks->header()->setStretchLastSection(true);
     m_lstTasks->setMinimumSize(760, 220);
 
-    m_cmdEdit = button(QStringLiteral("Edit..."), QStringLiteral("cmdEdit"));
-    m_cmdDelete = button(QStringLiteral("Delete"), QStringLiteral("cmdDelete"));
-    m_cmdRefresh = button(QStringLiteral("Refresh"), QStringLiteral("cmdRefresh"));
-    m_cmdClose = button(QStringLiteral("Close"), QStringLiteral("cmdClose"));
+    m_cmdEdit = button(tr("Edit..."), QStringLiteral("cmdEdit"));
+    m_cmdDelete = button(tr("Delete"), QStringLiteral("cmdDelete"));
+    m_cmdRefresh = button(tr("Refresh"), QStringLiteral("cmdRefresh"));
+    m_cmdClose = button(tr("Close"), QStringLiteral("cmdClose"));
     auto *buttons = new QHBoxLayout;
     for (QPushButton *b : {m_cmdEdit, m_cmdDelete, m_cmdRefresh})
         buttons->addWidget(b);
@@ -84,9 +92,9 @@ void FrmScheduledTasks::refreshList()
     m_lblNotice->setVisible(!service.isRunning());
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
         const TaskRunState state = service.runState(task->Name());
-        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, QStringLiteral("None")),
-                                                    when(state.lastRun, QStringLiteral("Never")),
-                                                    TaskStatus::Text(state.Status), task->CommandLine()});
+        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, tr("None")),
+                                                      when(state.lastRun, tr("Never")),
+                                                      TaskStatus::Text(state.Status), task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             m_lstTasks->setCurrentItem(item);
@@ -127,9 +135,8 @@ void FrmScheduledTasks::cmdEditClick()
 void FrmScheduledTasks::cmdDeleteClick()
 {
     const std::shared_ptr<Task> task = selectedTask();
-    if (!task ||
-        !m_prompt.askYesNo(QStringLiteral("Delete the scheduled recording \"%1\"?").arg(task->Name()),
-                           AppInfo::title, Prompt::Icon::Question))
+    if (!task || !m_prompt.askYesNo(tr("Delete the scheduled recording \"%1\"?").arg(task->Name()),
+                                    AppInfo::title, Prompt::Icon::Question))
         return;
     try {
         m_schedule.Delete(task->Name());

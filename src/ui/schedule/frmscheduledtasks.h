@@ -28,10 +28,8 @@ public:
         ColumnCommandLine,
     };
 
-    static inline const QString noManagerNotice = QStringLiteral(
-        "No user service manager can be reached, so these recordings will not start until a user session "
-        "manager is running. Log in to your desktop, or let systemd keep one for you with "
-        "\"loginctl enable-linger\".");
+    // Shown above the list while no user service manager runs the timers.
+    static QString noManagerNotice();
 
     FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent = nullptr);
 

@@ -25,7 +25,11 @@
 namespace {
 
 constexpr qint32 allMonths = 0xFFF;
-const char *const dayNames[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+const char *const dayNames[7] = {
+    QT_TRANSLATE_NOOP("TaskDialog", "Sun"), QT_TRANSLATE_NOOP("TaskDialog", "Mon"),
+    QT_TRANSLATE_NOOP("TaskDialog", "Tue"), QT_TRANSLATE_NOOP("TaskDialog", "Wed"),
+    QT_TRANSLATE_NOOP("TaskDialog", "Thu"), QT_TRANSLATE_NOOP("TaskDialog", "Fri"),
+    QT_TRANSLATE_NOOP("TaskDialog", "Sat")};
 
 template <typename T> T *named(T *widget, const QString &name, const QString &accessible)
 {
@@ -58,7 +62,7 @@ TaskDialog::Repeat repeatOf(Trigger &trigger)
 TaskDialog::TaskDialog(Task &task, QWidget *parent) : QDialog(parent), m_task(task)
 {
     setObjectName(QStringLiteral("TaskDialog"));
-    setWindowTitle(AppInfo::title + QStringLiteral(" - Scheduled recording"));
+    setWindowTitle(tr("%1 - Scheduled recording").arg(AppInfo::title));
     setModal(true);
     buildControls();
     load();
@@ -66,32 +70,35 @@ TaskDialog::TaskDialog(Task &task, QWidget *parent) : QDialog(parent), m_task(ta
     showNotice();
 }
 
+QString TaskDialog::pastNotice()
+{
+    return tr("This start time has already passed: the recording will not start. Choose a later time.");
+}
+
 void TaskDialog::buildControls()
 {
-    m_dtStart = named(new QDateEdit, QStringLiteral("dtStart"), QStringLiteral("Start date"));
+    m_dtStart = named(new QDateEdit, QStringLiteral("dtStart"), tr("Start date"));
     m_dtStart->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
     m_dtStart->setCalendarPopup(true);
-    m_tmStart = named(new QTimeEdit, QStringLiteral("tmStart"), QStringLiteral("Start time"));
+    m_tmStart = named(new QTimeEdit, QStringLiteral("tmStart"), tr("Start time"));
     m_tmStart->setDisplayFormat(QStringLiteral("HH:mm"));
 
-    m_cboSchedule = named(new QComboBox, QStringLiteral("cboSchedule"), QStringLiteral("Repeat"));
-    m_cboSchedule->addItems({QStringLiteral("Once"), QStringLiteral("Every day"), QStringLiteral("Every week"),
-                           QStringLiteral("Every month")});
+    m_cboSchedule = named(new QComboBox, QStringLiteral("cboSchedule"), tr("Repeat"));
+    m_cboSchedule->addItems({tr("Once"), tr("Every day"), tr("Every week"), tr("Every month")});
     m_weekDays = new QWidget;
     auto *days = new QHBoxLayout(m_weekDays);
     days->setContentsMargins(0, 0, 0, 0);
     for (int i = 0; i < 7; ++i) {
-        const QString day = QString::fromLatin1(dayNames[i]);
+        const QString day = tr(dayNames[i]);
         m_chkDay[i] = named(new QCheckBox(day), QStringLiteral("chkDay") + QString::number(i), day);
         days->addWidget(m_chkDay[i]);
     }
-    m_spnMonthDay = named(new QSpinBox, QStringLiteral("spnMonthDay"), QStringLiteral("Day of the month"));
+    m_spnMonthDay = named(new QSpinBox, QStringLiteral("spnMonthDay"), tr("Day of the month"));
     m_spnMonthDay->setRange(1, 31);
 
-    m_cboStop = named(new QComboBox, QStringLiteral("cboStop"), QStringLiteral("Stop"));
-    m_cboStop->addItems(
-        {QStringLiteral("No limit"), QStringLiteral("After minutes"), QStringLiteral("After megabytes")});
-    m_txtStop = named(new QLineEdit, QStringLiteral("txtStop"), QStringLiteral("Stop after"));
+    m_cboStop = named(new QComboBox, QStringLiteral("cboStop"), tr("Stop"));
+    m_cboStop->addItems({tr("No limit"), tr("After minutes"), tr("After megabytes")});
+    m_txtStop = named(new QLineEdit, QStringLiteral("txtStop"), tr("Stop after"));
     // The value is one word of the command line: a number, never a blank.
     m_txtStop->setValidator(
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*[.]?[0-9]*")), m_txtStop));
@@ -101,7 +108,7 @@ void TaskDialog::buildControls()
     stopRow->addWidget(m_txtStop);
     stopRow->addStretch();
 
-    m_txtComment = named(new QLineEdit, QStringLiteral("txtComment"), QStringLiteral("Comment"));
+    m_txtComment = named(new QLineEdit, QStringLiteral("txtComment"), tr("Comment"));
     // The comment carries the station's name: leave room to read it whole.
     m_txtComment->setMinimumWidth(m_txtComment->fontMetrics().averageCharWidth() * 48);
     m_lblNotice = new QLabel;
@@ -111,13 +118,13 @@ void TaskDialog::buildControls()
 
     m_form = new QFormLayout;
     QFormLayout *form = m_form;
-    form->addRow(QStringLiteral("Start date:"), m_dtStart);
-    form->addRow(QStringLiteral("Start time:"), m_tmStart);
-    form->addRow(QStringLiteral("Repeat:"), m_cboSchedule);
-    form->addRow(QStringLiteral("On:"), m_weekDays);
-    form->addRow(QStringLiteral("Day of the month:"), m_spnMonthDay);
-    form->addRow(QStringLiteral("Stop:"), stopRow);
-    form->addRow(QStringLiteral("Comment:"), m_txtComment);
+    form->addRow(tr("Start date:"), m_dtStart);
+    form->addRow(tr("Start time:"), m_tmStart);
+    form->addRow(tr("Repeat:"), m_cboSchedule);
+    form->addRow(tr("On:"), m_weekDays);
+    form->addRow(tr("Day of the month:"), m_spnMonthDay);
+    form->addRow(tr("Stop:"), stopRow);
+    form->addRow(tr("Comment:"), m_txtComment);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("cmdOk"));
@@ -150,7 +157,7 @@ void TaskDialog::load()
         m_tmStart->setTime(trigger->StartTime());
         const Repeat repeat = repeatOf(*trigger);
         if (repeat == RepeatUnchanged)
-            m_cboSchedule->addItem(QStringLiteral("As set: ") + trigger->Text());
+            m_cboSchedule->addItem(tr("As set: %1").arg(trigger->Text()));
         m_cboSchedule->setCurrentIndex(repeat);
         if (repeat == RepeatWeekly) {
             for (int i = 0; i < 7; ++i)
@@ -177,7 +184,7 @@ void TaskDialog::showNotice()
 {
     const bool past = m_cboSchedule->currentIndex() == RepeatOnce &&
                       QDateTime(m_dtStart->date(), m_tmStart->time()) < QDateTime::currentDateTime();
-    m_lblNotice->setText(past ? pastNotice : QString());
+    m_lblNotice->setText(past ? pastNotice() : QString());
 }
 
 QString TaskDialog::apply()
@@ -187,10 +194,10 @@ QString TaskDialog::apply()
     for (int i = 0; i < 7; ++i)
         days |= m_chkDay[i]->isChecked() ? 1 << i : 0;
     if (repeat == RepeatWeekly && days == 0)
-        return QStringLiteral("Choose at least one day of the week.");
+        return tr("Choose at least one day of the week.");
     const StopCondition stop{StopCondition::Kind(m_cboStop->currentIndex() - 1), m_txtStop->text()};
     if (stop.kind != StopCondition::None && stop.value.isEmpty())
-        return QStringLiteral("Give the number of minutes or megabytes after which the recording stops.");
+        return tr("Give the number of minutes or megabytes after which the recording stops.");
     try {
         const std::shared_ptr<::Triggers> triggers = m_task.Triggers();
         const std::shared_ptr<Trigger> trigger = triggers->Count() > 0 ? triggers->item(1) : triggers->Add();

@@ -38,8 +38,8 @@ public:
         RepeatUnchanged,
     };
 
-    static inline const QString pastNotice = QStringLiteral(
-        "This start time has already passed: the recording will not start. Choose a later time.");
+    // Shown under the inputs while a one-time start lies in the past.
+    static QString pastNotice();
 
     TaskDialog(Task &task, QWidget *parent = nullptr);
 

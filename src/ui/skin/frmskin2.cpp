@@ -13,6 +13,11 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+QString FrmSkin2::noSkin()
+{
+    return tr("{no skin}");
+}
+
 FrmSkin2::FrmSkin2(const QString &installFolder, const QString &currentSkinFile, QWidget *parent)
     : QDialog(parent), m_installFolder(installFolder)
 {
@@ -66,7 +71,7 @@ FrmSkin2::FrmSkin2(const QString &installFolder, const QString &currentSkinFile,
 
 void FrmSkin2::fillSkinList(const QString &currentSkinFile)
 {
-    m_List1->addItem(noSkin);
+    m_List1->addItem(noSkin());
     // The file system's own order; the filter never lists "." and "..".
     const QStringList files =
         QDir(m_installFolder)
@@ -107,7 +112,7 @@ void FrmSkin2::showSkinInfo()
         m_lblInfo->clear();
         return;
     }
-    if (skinName == noSkin) {
+    if (skinName == noSkin()) {
         m_lblInfo->setText(tr("The system's own look."));
         return;
     }

@@ -16,14 +16,15 @@ class FrmSkin2 : public QDialog
     Q_DISABLE_COPY_MOVE(FrmSkin2)
 
 public:
-    static inline const QString noSkin = QStringLiteral("{no skin}");
+    // The list's first entry, which turns skinning off.
+    static QString noSkin();
 
     // currentSkinFile (the running skin, empty for none) is selected when it
     // is one of the listed files.
     FrmSkin2(const QString &installFolder, const QString &currentSkinFile, QWidget *parent = nullptr);
 
     int chosenTheme() const;
-    // A file name from the list, NoSkin, or empty when no entry is selected.
+    // A file name from the list, noSkin(), or empty when no entry is selected.
     QString chosenSkin() const;
 
 private:

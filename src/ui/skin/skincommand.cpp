@@ -12,7 +12,7 @@ bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
                       const std::function<int(QDialog &)> &runModal)
 {
     FrmSkin2 dialog(m_skin.installFolder(), m_skin.skinFile(), mainWindow);
-    dialog.setWindowTitle(QStringLiteral("Select a Skin"));
+    dialog.setWindowTitle(FrmSkin2::tr("Select a Skin"));
     dialog.setWindowIcon(mainWindow->windowIcon());
     dialog.setModal(true);
     if ((runModal ? runModal(dialog) : dialog.exec()) != QDialog::Accepted)
@@ -26,7 +26,7 @@ void SkinCommand::apply(int theme, const QString &skinName, const std::function<
     m_theme.setTheme(theme);
     if (redraw)
         redraw();
-    if (skinName == FrmSkin2::noSkin)
+    if (skinName == FrmSkin2::noSkin())
         m_skin.skinOff();
     else if (!skinName.isEmpty())
         m_skin.startSkinWithFile(m_skin.installFolder() + u'/' + skinName);

@@ -24,7 +24,7 @@ public:
              const std::function<int(QDialog &)> &runModal = {});
 
     // The part after the dialog: skinName is a file in the installation
-    // folder, "{no skin}", or empty to leave the skin as it is.
+    // folder, FrmSkin2::noSkin(), or empty to leave the skin as it is.
     void apply(int theme, const QString &skinName, const std::function<void()> &redraw);
 
 private:

@@ -42,7 +42,8 @@ frmAbout::frmAbout(Shell &shell, QWidget *parent) : QDialog(parent)
     lblName->setFont(big);
     auto *lblVersion = new QLabel(tr("Version %1").arg(AppInfo::version()), this);
     lblVersion->setObjectName(QStringLiteral("lblVersion"));
-    auto *lblSummary = new QLabel(summary, this);
+    auto *lblSummary = new QLabel(
+        tr("Keeps a list of internet radio stations, plays them and records them to MP3 files."), this);
     lblSummary->setObjectName(QStringLiteral("lblSummary"));
     lblSummary->setWordWrap(true);
 

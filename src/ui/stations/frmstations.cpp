@@ -30,15 +30,25 @@ namespace {
 
 struct ColumnDef
 {
-    const char16_t *heading;
+    const char *heading;
     int width;
 };
 
 // Headings and widths in creation order; the last column's width is the grid's own.
 constexpr ColumnDef columns[FrmStations::ColumnCount] = {
-    {u" ", 23},         {u"Station", 100}, {u"Genre", 46},     {u"Bit", 33},   {u"Type", 33},
-    {u"Category", 100}, {u"Rating", 66},   {u"StreamUrl", 200}, {u"Single", 46}, {u"LastDate", 66},
-    {u"Sign", 46},      {u"InfoUrl", 166}, {u"Output", 0},
+    {" ", 23},
+    {QT_TRANSLATE_NOOP("FrmStations", "Station"), 100},
+    {QT_TRANSLATE_NOOP("FrmStations", "Genre"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "Bit"), 33},
+    {QT_TRANSLATE_NOOP("FrmStations", "Type"), 33},
+    {QT_TRANSLATE_NOOP("FrmStations", "Category"), 100},
+    {QT_TRANSLATE_NOOP("FrmStations", "Rating"), 66},
+    {QT_TRANSLATE_NOOP("FrmStations", "StreamUrl"), 200},
+    {QT_TRANSLATE_NOOP("FrmStations", "Single"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "LastDate"), 66},
+    {QT_TRANSLATE_NOOP("FrmStations", "Sign"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "InfoUrl"), 166},
+    {QT_TRANSLATE_NOOP("FrmStations", "Output"), 0},
 };
 
 // "Funk" is listed twice on purpose.
@@ -325,7 +335,7 @@ void FrmStations::createColumns()
 {
     for (int index = 0; index < ColumnCount; ++index) {
         const ColumnDef &column = columns[index];
-        const QString heading = QString::fromUtf16(column.heading);
+        const QString heading = tr(column.heading);
         if (index == ColSingle)
             m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
         else if (index == ColOutput)
@@ -335,7 +345,7 @@ void FrmStations::createColumns()
     }
     m_grid->setColImage(ColPlay, 0);
     m_grid->setColImageAlignment(ColPlay, Qt::AlignHCenter);
-    m_grid->setColImageText(ColPlay, QStringLiteral("Play"));
+    m_grid->setColImageText(ColPlay, tr("Play"));
     m_grid->BindControl(ColRating, m_cboRating);
     m_grid->setRedraw(true);
 }

@@ -66,6 +66,32 @@ QString StationCommands::fileTitle(const QString &path)
     return path.mid(cut + 1);
 }
 
+QString StationCommands::recordNoStation()
+{
+    return tr("Select a Station in the list below to Record.");
+}
+
+QString StationCommands::listenNoStation()
+{
+    return tr("Select a Station in the list below to Listen.");
+}
+
+QString StationCommands::deleteQuestion(const QString &station)
+{
+    return tr("Do you wish to delete the Station: %1").arg(station);
+}
+
+QString StationCommands::deleteAllQuestion()
+{
+    return tr("Do you want to Delete ALL stations?");
+}
+
+QString StationCommands::trimNotStarted(const QString &command)
+{
+    return tr("The MP3 trimming tool could not be started:\n%1\n\nIts command line is set under Settings.")
+        .arg(command);
+}
+
 int StationCommands::runModal(QDialog &dialog) const
 {
     return m_services.runModal ? m_services.runModal(dialog) : dialog.exec();
@@ -87,7 +113,7 @@ int StationCommands::selectedRow(const QString &noStation) const
 
 void StationCommands::record()
 {
-    const int row = selectedRow(recordNoStation);
+    const int row = selectedRow(recordNoStation());
     if (row < 0)
         return;
     m_list.writeBack(row, m_list.grid().ItemData(row));
@@ -117,7 +143,7 @@ void StationCommands::timerRecordTick()
 
 void StationCommands::listen()
 {
-    const int row = selectedRow(listenNoStation);
+    const int row = selectedRow(listenNoStation());
     if (row < 0)
         return;
     const int index = m_list.grid().ItemData(row);
@@ -131,8 +157,8 @@ void StationCommands::listen()
 
 void StationCommands::replay()
 {
-    const QString path = m_services.prompt.chooseOpenFile(tr("Replay a Recording"), AppPaths::recordingsFolder(),
-                                                       recordingFilter);
+    const QString path = m_services.prompt.chooseOpenFile(
+        tr("Replay a Recording"), AppPaths::recordingsFolder(), tr("MP3 files (*.mp3);;All files (*)"));
     if (path.isEmpty())
         return;
     m_listenTag = path;
@@ -212,7 +238,7 @@ void StationCommands::deleteStation()
     if (row < 0 || index < 1 || index > m_catalogue.stationCount())
         return;
     Station &station = m_catalogue.at(index);
-    if (!m_services.prompt.askYesNo(deleteQuestion + station.Name, AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning))
         return;
     // The record stays in the array; the catalogue writer leaves it out.
     station.Deleted = true;
@@ -223,7 +249,7 @@ void StationCommands::deleteStation()
 
 void StationCommands::deleteAll()
 {
-    if (!m_services.prompt.askYesNo(deleteAllQuestion, AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning))
         return;
     m_catalogue.removeAll();
     // The emptied list marks nothing changed on purpose, and edits of the
@@ -259,7 +285,8 @@ void StationCommands::loadPls()
 
 void StationCommands::importPlaylist()
 {
-    const QString path = m_services.prompt.chooseOpenFile(tr("Load PLS"), QString(), playlistFilter);
+    const QString path =
+        m_services.prompt.chooseOpenFile(tr("Load PLS"), QString(), tr("Playlists (*.pls);;All files (*)"));
     if (path.isEmpty())
         return;
     const QFileInfo file(path);
@@ -271,7 +298,8 @@ void StationCommands::importPlaylist()
                                        AppInfo::title);
         m_list.forgetEdits();
     } catch (const AppError &e) {
-        m_services.prompt.message(importNotSaved + e.description(), AppInfo::title, Prompt::Icon::Critical);
+        m_services.prompt.message(tr("The station list could not be saved: %1").arg(e.description()),
+                                  AppInfo::title, Prompt::Icon::Critical);
     }
     QCoreApplication::processEvents();
     m_list.fillGrid();
@@ -279,8 +307,8 @@ void StationCommands::importPlaylist()
 
 void StationCommands::trim()
 {
-    const QString path =
-        m_services.prompt.chooseOpenFile(tr("Trim a Recording"), AppPaths::recordingsFolder(), recordingFilter);
+    const QString path = m_services.prompt.chooseOpenFile(
+        tr("Trim a Recording"), AppPaths::recordingsFolder(), tr("MP3 files (*.mp3);;All files (*)"));
     if (path.isEmpty())
         return;
     const QString quoted = u'"' + path + u'"';
@@ -288,7 +316,7 @@ void StationCommands::trim()
     command.replace(QStringLiteral("%APP%"), m_installFolder);
     command.replace(QStringLiteral("%MP3FILE%"), quoted);
     if (!m_services.shell.startCommand(command))
-        m_services.prompt.message(trimNotStarted.arg(command), AppInfo::title, Prompt::Icon::Warning);
+        m_services.prompt.message(trimNotStarted(command), AppInfo::title, Prompt::Icon::Warning);
 }
 
 void StationCommands::skin()

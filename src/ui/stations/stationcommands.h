@@ -69,18 +69,12 @@ public:
         std::function<int(QDialog &)> runModal = {};
     };
 
-    static inline const QString recordNoStation =
-        QStringLiteral("Select a Station in the list below to Record.");
-    static inline const QString listenNoStation =
-        QStringLiteral("Select a Station in the list below to Listen.");
-    static inline const QString deleteQuestion = QStringLiteral("Do you wish to delete the Station: ");
-    static inline const QString deleteAllQuestion = QStringLiteral("Do you want to Delete ALL stations?");
-    static inline const QString trimNotStarted =
-        QStringLiteral("The MP3 trimming tool could not be started:\n%1\n\n"
-                       "Its command line is set under Settings.");
-    static inline const QString importNotSaved = QStringLiteral("The station list could not be saved: ");
-    static inline const QString playlistFilter = QStringLiteral("Playlists (*.pls);;All files (*)");
-    static inline const QString recordingFilter = QStringLiteral("MP3 files (*.mp3);;All files (*)");
+    // What the commands say to the user.
+    static QString recordNoStation();
+    static QString listenNoStation();
+    static QString deleteQuestion(const QString &station);
+    static QString deleteAllQuestion();
+    static QString trimNotStarted(const QString &command);
 
     // player is the main window's own, which the station check drives.
     StationCommands(Catalogue &catalogue, Appearance &appearance, const TrimTool &trimTool, QString installFolder,

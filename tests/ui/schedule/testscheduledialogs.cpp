@@ -145,7 +145,7 @@ TEST_F(ScheduleDialogs, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
     }
     answer = [](TaskDialog &dialog) {
         child<QDateEdit>(&dialog, "dtStart")->setDate(QDate(2001, 1, 1));
-        EXPECT_EQ(child<QLabel>(&dialog, "lblNotice")->text(), TaskDialog::pastNotice);
+        EXPECT_EQ(child<QLabel>(&dialog, "lblNotice")->text(), TaskDialog::pastNotice());
         child<QComboBox>(&dialog, "cboSchedule")->setCurrentIndex(TaskDialog::RepeatDaily);
         EXPECT_EQ(child<QLabel>(&dialog, "lblNotice")->text(), QString()) << "a daily start has days ahead";
     };
@@ -189,7 +189,7 @@ TEST_F(ScheduleDialogs, TheWindowListsTheTasksAndDeletesOrEditsThem)
     systemctl->reachable = false;
     QTest::mouseClick(child<QPushButton>(window, "cmdRefresh"), Qt::LeftButton);
     EXPECT_TRUE(child<QLabel>(window, "lblNotice")->isVisible());
-    EXPECT_EQ(child<QLabel>(window, "lblNotice")->text(), FrmScheduledTasks::noManagerNotice);
+    EXPECT_EQ(child<QLabel>(window, "lblNotice")->text(), FrmScheduledTasks::noManagerNotice());
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(!window || !window->isVisible());
     delete window.data();

@@ -102,7 +102,7 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     record();
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::recordNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::recordNoStation()});
     // A station without an address opens nothing and says nothing.
     grid->GotoCell(5, 1);
     record();
@@ -197,7 +197,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_EQ(grid->ItemCount(), 5);
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
-    EXPECT_EQ(prompt.shown[1].text, StationCommands::deleteQuestion + u"Jazz Cafe"_s);
+    EXPECT_EQ(prompt.shown[1].text, StationCommands::deleteQuestion(u"Jazz Cafe"_s));
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
     EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
@@ -216,7 +216,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     click("cmdDel", rightShiftKey);
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
     click("cmdDel", rightShiftKey);
-    EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion);
+    EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion());
     EXPECT_EQ(grid->ItemCount(), 0);
     EXPECT_EQ(state->catalogue.stationCount(), 0);
     EXPECT_EQ(grid->sortColumn(), -1);
@@ -273,7 +273,7 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(listen("cmdListen"), nullptr);
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::listenNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::listenNoStation()});
     grid->GotoCell(5, 1);
     EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
     EXPECT_EQ(prompt.shown.size(), 1);
@@ -384,9 +384,9 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     click("cmdTrim");
     ASSERT_EQ(prompt.shown.size(), 1);
     EXPECT_EQ(prompt.shown[0].text,
-              StationCommands::trimNotStarted.arg(profile.installFolder() +
-                                                  u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s +
-                                                  recording + u'"'));
+              StationCommands::trimNotStarted(profile.installFolder() +
+                                              u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s + recording +
+                                              u'"'));
 }
 
 TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
