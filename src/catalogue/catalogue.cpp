@@ -18,8 +18,8 @@ namespace {
 
 const QString crLf = QStringLiteral("\r\n");
 const QString commentLine1 = QStringLiteral("# two first lines :  version  and seperator.");
-const QString commentLine2 = QStringLiteral(
-    "#format is:  Name Genre BitRate Format Category OutputFile SingleSong Rating LastDate CallSign StreamURL InfoUrl");
+const QString commentLine2 = QStringLiteral("#format is:  Name Genre BitRate Format Category OutputFile "
+                                            "SingleSong Rating LastDate CallSign StreamURL InfoUrl");
 
 // Splits at each occurrence of separator, reusing the list's storage from line
 // to line. An empty separator yields the whole text as one part.
@@ -207,8 +207,8 @@ QString Catalogue::stationLine(const Station &s) const
 {
     const QString &sep = separator;
     return s.Name + sep + s.Genre + sep + s.BitRate + sep + s.Format + sep + s.Category + sep + s.OutputFile +
-           sep + Convert::booleanText(s.SingleSong) + sep + QString::number(s.Rating) + sep + s.LastDate + sep +
-           s.CallSign + sep + s.StreamURL + sep + s.InfoUrl;
+           sep + Convert::booleanText(s.SingleSong) + sep + QString::number(s.Rating) + sep + s.LastDate +
+           sep + s.CallSign + sep + s.StreamURL + sep + s.InfoUrl;
 }
 
 void Catalogue::Save()

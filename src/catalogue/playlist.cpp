@@ -44,7 +44,8 @@ QString directoryNumber(const QString &url)
 
 QString playlistServiceAddress(const QString &number)
 {
-    QString address = serviceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=%ssrn%&file=filename.pls");
+    QString address =
+        serviceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=%ssrn%&file=filename.pls");
     return address.replace(QStringLiteral("%ssrn%"), number);
 }
 

@@ -226,7 +226,8 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
         EXPECT_EQ(SystemdTaskService::unitBase(name), escaped(name));
         service.Save(name, {});
     }
-    EXPECT_EQ(service.taskNames(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
+    EXPECT_EQ(service.taskNames(),
+              (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
         EXPECT_EQ(errorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
     EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),

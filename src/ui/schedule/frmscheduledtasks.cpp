@@ -85,7 +85,8 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
 
 void FrmScheduledTasks::refreshList()
 {
-    const QString current = m_lstTasks->currentItem() ? m_lstTasks->currentItem()->text(ColumnName) : QString();
+    const QString current =
+        m_lstTasks->currentItem() ? m_lstTasks->currentItem()->text(ColumnName) : QString();
     m_lstTasks->clear();
     m_schedule.Refresh();
     SystemdTaskService &service = m_parts.service();

@@ -51,6 +51,7 @@ QPalette themePalette(const ThemeColors &colors)
         palette.setColor(QPalette::Disabled, role, disabledText);
     palette.setColor(QPalette::Disabled, QPalette::Button, mix(button, window, 0.5));
     palette.setColor(QPalette::Disabled, QPalette::Base, window);
-    palette.setColor(QPalette::Disabled, QPalette::Highlight, mix(QColor::fromRgba(colors.backSel), window, 0.5));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight,
+                     mix(QColor::fromRgba(colors.backSel), window, 0.5));
     return palette;
 }

@@ -60,10 +60,11 @@ const QStringList genreEntries = {
     QStringLiteral("Talk"),   QStringLiteral("Techno"),  QStringLiteral("70s"),   QStringLiteral("80s"),
     QStringLiteral("World"),  QStringLiteral("Fun"),     QStringLiteral("Adult"),
 };
-const QStringList typeEntries = {QString(), QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
-                                 QStringLiteral("-"), QStringLiteral("XxX")};
-const QStringList ratingEntries = {QString(), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
-                                   QStringLiteral("4"), QStringLiteral("5")};
+const QStringList typeEntries = {
+    QString(),           QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
+    QStringLiteral("-"), QStringLiteral("XxX")};
+const QStringList ratingEntries = {QString(),           QStringLiteral("1"), QStringLiteral("2"),
+                                   QStringLiteral("3"), QStringLiteral("4"), QStringLiteral("5")};
 const QStringList ratingEditorEntries = ratingEntries.mid(1);
 
 const QString playKey = QStringLiteral("Play");
