@@ -4,7 +4,7 @@
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
 #include "controls/slider.h"
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/player/frmlisten.h"

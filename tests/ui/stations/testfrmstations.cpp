@@ -1,4 +1,4 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
 #include "base/settingsstore.h"
 #include "controls/lynxgrid.h"

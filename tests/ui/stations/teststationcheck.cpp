@@ -1,7 +1,7 @@
 #include "ui/stations/stationcheck.h"
 
 #include "controls/lynxgrid.h"
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 #include "support/icyserver.h"
 #include "ui/player/qtmediaplayer.h"
 #include "player/stationplayer.h"

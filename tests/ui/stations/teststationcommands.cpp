@@ -1,4 +1,4 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
 #include "app/accessibility.h"
 #include "base/apppaths.h"

@@ -1,4 +1,4 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
 #include "base/appinfo.h"
 #include "controls/lynxgrid.h"
