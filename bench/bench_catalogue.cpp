@@ -50,7 +50,7 @@ void BM_CatalogueSave(benchmark::State &state)
     Catalogue catalogue;
     fill(catalogue, stationTotal);
     for (auto _ : state)
-        catalogue.Save();
+        catalogue.save();
     reportPeak(state);
 }
 BENCHMARK(BM_CatalogueSave)->Unit(benchmark::kMillisecond);
@@ -60,7 +60,7 @@ void BM_CatalogueLoad(benchmark::State &state)
     {
         Catalogue source;
         fill(source, stationTotal);
-        source.Save();
+        source.save();
     }
     Catalogue catalogue;
     QuietPrompt prompt;

@@ -68,7 +68,7 @@ struct MainWindow
             Catalogue source;
             for (int i = 1; i <= stationTotal; ++i)
                 source.append(generated(i));
-            source.Save();
+            source.save();
         }
 #ifdef __GLIBC__
         // Hand the generator's memory back, so that the resident size is the window's and the catalogue's.

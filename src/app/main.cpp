@@ -64,7 +64,7 @@ int main(int argc, char *argv[])
     QtAppWindows windows(parts);
     Startup startup(parts, windows);
     windows.setStartup(&startup);
-    TerminationWatcher watcher([&startup] { startup.Terminate(); });
+    TerminationWatcher watcher([&startup] { startup.terminate(); });
 
     QStringList words = QCoreApplication::arguments();
     words.removeFirst();

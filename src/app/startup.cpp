@@ -238,7 +238,7 @@ void Startup::loadStartupSettings()
     }
 }
 
-void Startup::Terminate()
+void Startup::terminate()
 {
     m_windows.unloadAllWindows();
     close();
@@ -252,7 +252,7 @@ void Startup::close()
 
     if (m_parts.catalogue.dirty) {
         try {
-            m_parts.catalogue.Save();
+            m_parts.catalogue.save();
         } catch (const AppError &e) {
             // The previous list survives as the ".bck" backup the save made first.
             m_parts.prompt.message(tr("The station list could not be saved: %1").arg(e.description()),

@@ -32,7 +32,7 @@ public:
     // The program is told to end (a signal): every window unloads first, as
     // when the user closes it, so the station list sweeps its edits into the
     // catalogue; then the closing procedure runs.
-    void Terminate();
+    void terminate();
     bool hasClosed() const { return m_closing; }
     // Where start-up found the data folder.
     const QString &dataFolder() const { return m_dataFolder; }

@@ -211,7 +211,7 @@ QString Catalogue::stationLine(const Station &s) const
            sep + s.CallSign + sep + s.StreamURL + sep + s.InfoUrl;
 }
 
-void Catalogue::Save()
+void Catalogue::save()
 {
     if (separator.isEmpty())
         separator = defaultSeparator;
@@ -256,7 +256,7 @@ void Catalogue::importFolder(const QString &folder, const QString &genre, bool s
         else
             importPlaylistFile(folder, file, genre);
     }
-    Save();
+    save();
     load(prompt, appTitle);
 }
 

@@ -44,7 +44,7 @@ public:
     void load(Prompt &prompt, const QString &appTitle);
     // Writes the whole catalogue, keeping the previous file as ".bck". Throws
     // AppError when the new file cannot be written; clears the changed flag.
-    void Save();
+    void save();
 
     int stationCount() const { return static_cast<int>(m_stations.size()) - 1; }
     Station &at(int index) { return m_stations.at(static_cast<std::size_t>(index)); }
@@ -58,7 +58,7 @@ public:
     QString version;
     QString separator;
     CategoryList categories;
-    // Set by every change of a station, cleared by Save.
+    // Set by every change of a station, cleared by save().
     bool dirty = false;
 
     // Imports every "*.pls" of folder with the chosen variant, then saves and reloads.

@@ -45,7 +45,7 @@ QString RecordingScheduler::BuildTaskName() const
 {
     const QDateTime now = m_now();
     QString name = taskNameTemplate;
-    name.replace(QStringLiteral("%STATION%"), m_inputs.Station);
+    name.replace(QStringLiteral("%STATION%"), m_inputs.station);
     name.replace(QStringLiteral("%DATE%"), now.toString(QStringLiteral("yyyy-MM-dd")));
     name.replace(QStringLiteral("%TIME%"), now.toString(QStringLiteral("HH-mm")));
     return name;
@@ -55,8 +55,8 @@ QString RecordingScheduler::BuildScheduleCommandLine() const
 {
     QString line = QStringLiteral("-s ") + m_inputs.saveLocation;
     line += QStringLiteral(" -a ") + m_inputs.streamAddress;
-    line += QStringLiteral(" -w ") + m_inputs.Station;
-    if (m_inputs.SingleSong)
+    line += QStringLiteral(" -w ") + m_inputs.station;
+    if (m_inputs.singleSong)
         line += QStringLiteral(" -n");
     if (m_inputs.hibernate)
         line += QStringLiteral(" -xh");
@@ -82,7 +82,7 @@ std::shared_ptr<Task> RecordingScheduler::registerTask(Schedule &schedule) const
     tolerate([&] { task->SetApplicationName(program.fileName()); });
     tolerate([&] { task->SetCreator(AppInfo::title); });
     tolerate([&] { task->setCommandLine(BuildScheduleCommandLine()); });
-    tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.Station); });
+    tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.station); });
     tolerate([&] { task->SetWorkingDirectory(program.absolutePath() + u'/'); });
     tolerate([&] { task->SetFlags(recordingTaskFlags); });
     std::shared_ptr<Trigger> trigger;

@@ -16,10 +16,10 @@ class TaskService;
 // What the recorder window holds when Schedule is pressed.
 struct RecordingInputs
 {
-    QString Station;       // LblStation
+    QString station;       // LblStation
     QString saveLocation;  // txtSave
     QString streamAddress; // txtStream
-    bool SingleSong = false;
+    bool singleSong = false;
     bool hibernate = false;
     bool shutDown = false;
     int selectedBreak = -1; // the selected optBreak, -1 for neither

@@ -36,7 +36,7 @@ void Schedule::Delete(int position)
 
 void Schedule::deleteAt(int index)
 {
-    m_service.Delete(m_tasks[index]->Name());
+    m_service.remove(m_tasks[index]->Name());
     m_keys.removeAt(index);
     m_tasks.removeAt(index);
 }

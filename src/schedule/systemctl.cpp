@@ -10,7 +10,7 @@ constexpr int timeoutMs = 20000;
 
 } // namespace
 
-Systemctl::Result ProcessSystemctl::Run(const QStringList &arguments)
+Systemctl::Result ProcessSystemctl::run(const QStringList &arguments)
 {
     QProcess process;
     // Times in UTC, so they read back the same whatever the user's zone.

@@ -181,13 +181,13 @@ void SystemdTaskService::writeFile(const QString &path, const QByteArray &bytes)
         throw AppError::pathFileAccess(path);
 }
 
-void SystemdTaskService::Save(const QString &name, const TaskDefinition &definition)
+void SystemdTaskService::save(const QString &name, const TaskDefinition &definition)
 {
-    checkText(TextField::ApplicationName, definition.ApplicationName);
+    checkText(TextField::ApplicationName, definition.applicationName);
     checkText(TextField::Parameters, definition.parameters);
-    checkText(TextField::Comment, definition.Comment);
-    checkText(TextField::Creator, definition.Creator);
-    checkText(TextField::WorkingDirectory, definition.WorkingDirectory);
+    checkText(TextField::Comment, definition.comment);
+    checkText(TextField::Creator, definition.creator);
+    checkText(TextField::WorkingDirectory, definition.workingDirectory);
     checkText(TextField::Account, definition.account);
     const TaskUnits::Paths paths = pathsFor(name);
     // Files of the same name that the program did not write stay as they are.
@@ -200,7 +200,7 @@ void SystemdTaskService::Save(const QString &name, const TaskDefinition &definit
     writeFile(paths.service, TaskUnits::serviceFile(name, definition, paths));
     writeFile(paths.timer, TaskUnits::timerFile(name, definition));
 
-    const bool starts = TaskUnits::startable(definition) && !(definition.Flags & TaskFlags::Disabled);
+    const bool starts = TaskUnits::startable(definition) && !(definition.flags & TaskFlags::Disabled);
     if (starts)
         link(paths);
     else
@@ -229,7 +229,7 @@ void SystemdTaskService::unlink(const TaskUnits::Paths &paths) const
         QFile::remove(paths.wantsLink);
 }
 
-void SystemdTaskService::Delete(const QString &name)
+void SystemdTaskService::remove(const QString &name)
 {
     const TaskUnits::Paths paths = pathsFor(name);
     if (!exists(paths.timer) && !exists(paths.service))
@@ -260,7 +260,7 @@ void SystemdTaskService::checkText(TextField field, const QString &value) const
             AppError::tr("The working folder must be a full path without blanks around it."));
 }
 
-QString SystemdTaskService::FileName(const QString &name) const
+QString SystemdTaskService::fileName(const QString &name) const
 {
     return pathsFor(name).service;
 }
@@ -269,7 +269,7 @@ Systemctl::Result SystemdTaskService::call(const QStringList &arguments)
 {
     if (m_reachable == false)
         return {};
-    Systemctl::Result result = m_systemctl.Run(arguments);
+    Systemctl::Result result = m_systemctl.run(arguments);
     m_reachable = result.reached;
     return result;
 }
@@ -304,7 +304,7 @@ TaskRunState SystemdTaskService::runState(const QString &name)
     const QHash<QString, QString> &service = blocks[1];
 
     TaskRunState state;
-    state.ExitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
+    state.exitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
     state.nextRun = timestamp(timer.value(QStringLiteral("NextElapseUSecRealtime")));
     state.lastRun = timestamp(service.value(QStringLiteral("ExecMainStartTimestamp")));
     if (state.lastRun.isNull())
@@ -312,22 +312,22 @@ TaskRunState SystemdTaskService::runState(const QString &name)
     const std::optional<TaskDefinition> stored = readOwn(paths);
     const QString active = service.value(QStringLiteral("ActiveState"));
     if (active == u"active" || active == u"activating" || active == u"deactivating" || active == u"reloading")
-        state.Status = TaskStatus::Running;
-    else if (stored && (stored->Flags & TaskFlags::Disabled))
-        state.Status = TaskStatus::Disabled;
+        state.status = TaskStatus::Running;
+    else if (stored && (stored->flags & TaskFlags::Disabled))
+        state.status = TaskStatus::Disabled;
     else if (!state.nextRun.isNull())
-        state.Status = state.lastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
+        state.status = state.lastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
     else
-        state.Status = state.lastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
+        state.status = state.lastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
     return state;
 }
 
-void SystemdTaskService::Run(const QString &name)
+void SystemdTaskService::run(const QString &name)
 {
     controlService(QStringLiteral("start"), name);
 }
 
-void SystemdTaskService::Terminate(const QString &name)
+void SystemdTaskService::terminate(const QString &name)
 {
     controlService(QStringLiteral("stop"), name);
 }

@@ -31,12 +31,12 @@ void Task::setText(TaskService::TextField field, QString TaskDefinition::*member
 
 QString Task::ApplicationName() const
 {
-    return m_item->definition.ApplicationName;
+    return m_item->definition.applicationName;
 }
 
 void Task::SetApplicationName(const QString &name)
 {
-    setText(TaskService::TextField::ApplicationName, &TaskDefinition::ApplicationName, name);
+    setText(TaskService::TextField::ApplicationName, &TaskDefinition::applicationName, name);
 }
 
 QString Task::CommandLine() const
@@ -51,22 +51,22 @@ void Task::setCommandLine(const QString &commandLine)
 
 QString Task::Comment() const
 {
-    return m_item->definition.Comment;
+    return m_item->definition.comment;
 }
 
 void Task::SetComment(const QString &comment)
 {
-    setText(TaskService::TextField::Comment, &TaskDefinition::Comment, comment);
+    setText(TaskService::TextField::Comment, &TaskDefinition::comment, comment);
 }
 
 QString Task::Creator() const
 {
-    return m_item->definition.Creator;
+    return m_item->definition.creator;
 }
 
 void Task::SetCreator(const QString &creator)
 {
-    setText(TaskService::TextField::Creator, &TaskDefinition::Creator, creator);
+    setText(TaskService::TextField::Creator, &TaskDefinition::creator, creator);
 }
 
 void Task::openEditor(QObject *owner)
@@ -83,42 +83,42 @@ void Task::Edit(QObject *owner)
 
 int Task::ErrorRetryCount() const
 {
-    return m_item->definition.ErrorRetryCount;
+    return m_item->definition.errorRetryCount;
 }
 
 void Task::SetErrorRetryCount(int count)
 {
-    m_item->definition.ErrorRetryCount = toWord(count);
+    m_item->definition.errorRetryCount = toWord(count);
 }
 
 int Task::ErrorRetryInterval() const
 {
-    return m_item->definition.ErrorRetryInterval;
+    return m_item->definition.errorRetryInterval;
 }
 
 void Task::SetErrorRetryInterval(int minutes)
 {
-    m_item->definition.ErrorRetryInterval = toWord(minutes);
+    m_item->definition.errorRetryInterval = toWord(minutes);
 }
 
 qint32 Task::ExitCode() const
 {
-    return m_item->service.runState(m_item->name).ExitCode;
+    return m_item->service.runState(m_item->name).exitCode;
 }
 
 QString Task::filename() const
 {
-    return m_item->service.FileName(m_item->name);
+    return m_item->service.fileName(m_item->name);
 }
 
 qint32 Task::Flags() const
 {
-    return m_item->definition.Flags;
+    return m_item->definition.flags;
 }
 
 void Task::SetFlags(qint32 flags)
 {
-    m_item->definition.Flags = flags;
+    m_item->definition.flags = flags;
 }
 
 QString Task::GetAccountInfo() const
@@ -147,12 +147,12 @@ QDateTime Task::LastRunTime() const
 
 qint32 Task::MaxRunTime() const
 {
-    return m_item->definition.MaxRunTime;
+    return m_item->definition.maxRunTime;
 }
 
 void Task::SetMaxRunTime(qint32 milliseconds)
 {
-    m_item->definition.MaxRunTime = milliseconds;
+    m_item->definition.maxRunTime = milliseconds;
 }
 
 QDateTime Task::NextRunTime() const
@@ -162,7 +162,7 @@ QDateTime Task::NextRunTime() const
 
 qint32 Task::Priority() const
 {
-    return m_item->definition.Priority;
+    return m_item->definition.priority;
 }
 
 void Task::SetPriority(qint32 priorityClass)
@@ -174,7 +174,7 @@ void Task::SetPriority(qint32 priorityClass)
     case TaskPriority::AboveNormal:
     case TaskPriority::High:
     case TaskPriority::Realtime:
-        m_item->definition.Priority = priorityClass;
+        m_item->definition.priority = priorityClass;
         return;
     default:
         throw AppError::invalidArgument();
@@ -183,14 +183,14 @@ void Task::SetPriority(qint32 priorityClass)
 
 void Task::Run()
 {
-    m_item->service.Run(m_item->name);
+    m_item->service.run(m_item->name);
 }
 
 void Task::Save(const QString &fileName)
 {
     for (const std::shared_ptr<Trigger> &trigger : m_triggers->NewEnum())
         trigger->Update();
-    m_item->service.Save(fileName.isEmpty() ? m_item->name : fileName, m_item->definition);
+    m_item->service.save(fileName.isEmpty() ? m_item->name : fileName, m_item->definition);
 }
 
 void Task::SetAccountInfo(const QString &account, const std::optional<QString> &password)
@@ -208,25 +208,25 @@ void Task::ShowProperties(QObject *owner)
 
 qint32 Task::Status() const
 {
-    return m_item->service.runState(m_item->name).Status;
+    return m_item->service.runState(m_item->name).status;
 }
 
 QString Task::StatusText() const
 {
-    return TaskStatus::Text(Status());
+    return TaskStatus::text(Status());
 }
 
 void Task::Terminate()
 {
-    m_item->service.Terminate(m_item->name);
+    m_item->service.terminate(m_item->name);
 }
 
 QString Task::WorkingDirectory() const
 {
-    return m_item->definition.WorkingDirectory;
+    return m_item->definition.workingDirectory;
 }
 
 void Task::SetWorkingDirectory(const QString &folder)
 {
-    setText(TaskService::TextField::WorkingDirectory, &TaskDefinition::WorkingDirectory, folder);
+    setText(TaskService::TextField::WorkingDirectory, &TaskDefinition::workingDirectory, folder);
 }

@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-QString TaskStatus::Text(qint32 status)
+QString TaskStatus::text(qint32 status)
 {
     switch (status) {
     case Ready:

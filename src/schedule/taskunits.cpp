@@ -57,7 +57,7 @@ QStringList arguments(const QString &commandLine)
 void addDescription(UnitFile &file, const QString &comment)
 {
     if (!comment.isEmpty())
-        file.Add(QStringLiteral("Description"), UnitText::escapeSpecifiers(comment));
+        file.add(QStringLiteral("Description"), UnitText::escapeSpecifiers(comment));
 }
 
 QString pair(int a, int b)
@@ -122,7 +122,7 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
         const std::optional<QStringList> words = UnitText::splitExecLine(exec);
         if (!words)
             return std::nullopt;
-        definition.ApplicationName = words->first();
+        definition.applicationName = words->first();
         definition.parameters = words->mid(1).join(u' ');
     }
     const QString description = file.value(unit, QStringLiteral("Description"));
@@ -131,7 +131,7 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
     const QString folder = file.value(service, QStringLiteral("WorkingDirectory"));
     const std::optional<QString> workingDirectory =
         UnitText::unescapeSpecifiers(folder.isNull() ? QString() : folder);
-    const std::optional<QString> application = decodedOr(file, keyApplication, definition.ApplicationName);
+    const std::optional<QString> application = decodedOr(file, keyApplication, definition.applicationName);
     const std::optional<QString> parameters = decodedOr(file, keyCommandLine, definition.parameters);
     const std::optional<QString> exactComment =
         comment ? decodedOr(file, keyComment, *comment) : std::nullopt;
@@ -143,20 +143,20 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
     const auto idleWait = readPair(file.value(service, keyIdleWait));
     const auto errorRetry = readPair(file.value(service, keyErrorRetry));
     bool flagsOk = false;
-    definition.Flags = file.value(service, keyFlags).toInt(&flagsOk);
+    definition.flags = file.value(service, keyFlags).toInt(&flagsOk);
     if (!workingDirectory || !application || !parameters || !exactComment || !creator || !account ||
         !maxRunTime || !priority || !idleWait || !errorRetry || !flagsOk)
         return std::nullopt;
-    definition.ApplicationName = *application;
+    definition.applicationName = *application;
     definition.parameters = *parameters;
-    definition.Comment = *exactComment;
-    definition.WorkingDirectory = *workingDirectory;
-    definition.Creator = *creator;
+    definition.comment = *exactComment;
+    definition.workingDirectory = *workingDirectory;
+    definition.creator = *creator;
     definition.account = *account;
-    definition.MaxRunTime = *maxRunTime;
-    definition.Priority = *priority;
+    definition.maxRunTime = *maxRunTime;
+    definition.priority = *priority;
     std::tie(definition.idleMinutes, definition.deadlineMinutes) = *idleWait;
-    std::tie(definition.ErrorRetryCount, definition.ErrorRetryInterval) = *errorRetry;
+    std::tie(definition.errorRetryCount, definition.errorRetryInterval) = *errorRetry;
     return definition;
 }
 
@@ -164,21 +164,21 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
 
 QString TaskUnits::programPath(const TaskDefinition &definition)
 {
-    const QString &name = definition.ApplicationName;
+    const QString &name = definition.applicationName;
     if (name.isEmpty())
         return {};
     if (QDir::isAbsolutePath(name))
         return QDir::cleanPath(name);
-    if (definition.WorkingDirectory.isEmpty())
+    if (definition.workingDirectory.isEmpty())
         return name;
-    return QDir::cleanPath(definition.WorkingDirectory + u'/' + name);
+    return QDir::cleanPath(definition.workingDirectory + u'/' + name);
 }
 
 bool TaskUnits::startable(const TaskDefinition &definition)
 {
-    if (definition.ApplicationName.isEmpty())
+    if (definition.applicationName.isEmpty())
         return false;
-    for (const TriggerRecord &trigger : definition.Triggers) {
+    for (const TriggerRecord &trigger : definition.triggers) {
         if (onCalendarFor(trigger))
             return true;
     }
@@ -188,7 +188,7 @@ bool TaskUnits::startable(const TaskDefinition &definition)
 bool TaskUnits::runsOnlyOnce(const TaskDefinition &definition)
 {
     int starts = 0;
-    for (const TriggerRecord &trigger : definition.Triggers) {
+    for (const TriggerRecord &trigger : definition.triggers) {
         if (!onCalendarFor(trigger))
             continue;
         if (trigger.type() != TriggerRecord::Once || ++starts > 1)
@@ -201,18 +201,18 @@ QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &defin
 {
     UnitFile file(header(name));
     file.section(unit);
-    addDescription(file, definition.Comment);
+    addDescription(file, definition.comment);
     file.section(Timer);
-    for (const TriggerRecord &trigger : definition.Triggers) {
+    for (const TriggerRecord &trigger : definition.triggers) {
         if (const std::optional<QString> calendar = onCalendarFor(trigger))
-            file.Add(QStringLiteral("OnCalendar"), *calendar);
+            file.add(QStringLiteral("OnCalendar"), *calendar);
     }
     // A recording should begin on the minute, not whenever systemd finds convenient.
-    file.Add(QStringLiteral("AccuracySec"), QStringLiteral("1s"));
-    for (const TriggerRecord &trigger : definition.Triggers)
-        file.Add(keyTrigger, QString::fromLatin1(trigger.bytes().toHex()));
+    file.add(QStringLiteral("AccuracySec"), QStringLiteral("1s"));
+    for (const TriggerRecord &trigger : definition.triggers)
+        file.add(keyTrigger, QString::fromLatin1(trigger.bytes().toHex()));
     file.section(install);
-    file.Add(QStringLiteral("WantedBy"), QStringLiteral("timers.target"));
+    file.add(QStringLiteral("WantedBy"), QStringLiteral("timers.target"));
     return file.bytes();
 }
 
@@ -220,44 +220,44 @@ QByteArray TaskUnits::serviceFile(const QString &name, const TaskDefinition &def
 {
     UnitFile file(header(name));
     file.section(unit);
-    addDescription(file, definition.Comment);
+    addDescription(file, definition.comment);
     file.section(service);
-    file.Add(QStringLiteral("Type"), QStringLiteral("exec"));
-    if (!definition.WorkingDirectory.isEmpty())
-        file.Add(QStringLiteral("WorkingDirectory"), UnitText::escapeSpecifiers(definition.WorkingDirectory));
+    file.add(QStringLiteral("Type"), QStringLiteral("exec"));
+    if (!definition.workingDirectory.isEmpty())
+        file.add(QStringLiteral("WorkingDirectory"), UnitText::escapeSpecifiers(definition.workingDirectory));
     const QString program = programPath(definition);
     if (!program.isEmpty())
-        file.Add(QStringLiteral("ExecStart"), UnitText::execLine(program, arguments(definition.parameters)));
-    if ((definition.Flags & TaskFlags::DeleteWhenDone) && runsOnlyOnce(definition)) {
-        file.Add(
+        file.add(QStringLiteral("ExecStart"), UnitText::execLine(program, arguments(definition.parameters)));
+    if ((definition.flags & TaskFlags::DeleteWhenDone) && runsOnlyOnce(definition)) {
+        file.add(
             QStringLiteral("ExecStopPost"),
             UnitText::execLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
                                                            paths.timer, paths.service, paths.wantsLink}));
     }
-    file.Add(QStringLiteral("RuntimeMaxSec"), definition.MaxRunTime == -1
+    file.add(QStringLiteral("RuntimeMaxSec"), definition.maxRunTime == -1
                                                   ? QStringLiteral("infinity")
-                                                  : QString::number(quint32(definition.MaxRunTime)) + u"ms");
+                                                  : QString::number(quint32(definition.maxRunTime)) + u"ms");
     bool niceSet = false;
     for (const NiceLevel &level : niceLevels) {
-        if (level.priority == definition.Priority) {
-            file.Add(QStringLiteral("Nice"), QString::number(level.nice));
+        if (level.priority == definition.priority) {
+            file.add(QStringLiteral("Nice"), QString::number(level.nice));
             niceSet = true;
         }
     }
     if (!niceSet)
-        file.Add(keyPriority, QString::number(definition.Priority));
-    if (program != definition.ApplicationName)
-        file.Add(keyApplication, UnitText::encodeValue(definition.ApplicationName));
+        file.add(keyPriority, QString::number(definition.priority));
+    if (program != definition.applicationName)
+        file.add(keyApplication, UnitText::encodeValue(definition.applicationName));
     if (program.isEmpty() && !definition.parameters.isEmpty())
-        file.Add(keyCommandLine, UnitText::encodeValue(definition.parameters));
+        file.add(keyCommandLine, UnitText::encodeValue(definition.parameters));
     // systemd trims the blanks around a value.
-    if (definition.Comment != definition.Comment.trimmed())
-        file.Add(keyComment, UnitText::encodeValue(definition.Comment));
-    file.Add(keyCreator, UnitText::encodeValue(definition.Creator));
-    file.Add(keyAccount, UnitText::encodeValue(definition.account));
-    file.Add(keyFlags, QString::number(definition.Flags));
-    file.Add(keyIdleWait, pair(definition.idleMinutes, definition.deadlineMinutes));
-    file.Add(keyErrorRetry, pair(definition.ErrorRetryCount, definition.ErrorRetryInterval));
+    if (definition.comment != definition.comment.trimmed())
+        file.add(keyComment, UnitText::encodeValue(definition.comment));
+    file.add(keyCreator, UnitText::encodeValue(definition.creator));
+    file.add(keyAccount, UnitText::encodeValue(definition.account));
+    file.add(keyFlags, QString::number(definition.flags));
+    file.add(keyIdleWait, pair(definition.idleMinutes, definition.deadlineMinutes));
+    file.add(keyErrorRetry, pair(definition.errorRetryCount, definition.errorRetryInterval));
     return file.bytes();
 }
 
@@ -275,7 +275,7 @@ std::optional<TaskDefinition> TaskUnits::read(const QByteArray &timer, const QBy
             TriggerRecord::fromBytes(QByteArray::fromHex(hex.toLatin1()));
         if (!record || record->bytes().toHex() != hex.toLatin1())
             return std::nullopt;
-        definition->Triggers.append(*record);
+        definition->triggers.append(*record);
     }
     return definition;
 }

@@ -88,7 +88,7 @@ void UnitFile::section(const QString &name)
     m_section = name;
 }
 
-void UnitFile::Add(const QString &key, const QString &value)
+void UnitFile::add(const QString &key, const QString &value)
 {
     m_entries.append({m_section, key, value});
 }
@@ -139,7 +139,7 @@ std::optional<UnitFile> UnitFile::parse(QByteArrayView bytes)
         const qsizetype equals = line.indexOf(u'=');
         if (equals <= 0)
             return std::nullopt;
-        file.Add(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+        file.add(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
     }
     return file;
 }

@@ -21,7 +21,7 @@ public:
 
     void section(const QString &name);
     // The value as it stands in the file; escaping is the caller's.
-    void Add(const QString &key, const QString &value);
+    void add(const QString &key, const QString &value);
     QByteArray bytes() const;
 
     // Reads a file Bytes made; nothing when its checksum does not match.

@@ -11,7 +11,7 @@ WorkItem::WorkItem(TaskService &taskService, TaskEditor *taskEditor, QString tas
 
 int WorkItem::triggerCount() const
 {
-    return int(definition.Triggers.size());
+    return int(definition.triggers.size());
 }
 
 int WorkItem::CreateTrigger()
@@ -26,7 +26,7 @@ int WorkItem::CreateTrigger()
     record.setWord(TriggerRecord::StartMinute, qint16(now.time().minute()));
     record.setLongWord(TriggerRecord::TriggerType, TriggerRecord::Daily);
     record.setWord(TriggerRecord::TypeWord0, 1);
-    definition.Triggers.append(record);
+    definition.triggers.append(record);
     return triggerCount() - 1;
 }
 
@@ -34,7 +34,7 @@ TriggerRecord WorkItem::GetTrigger(int index) const
 {
     if (index < 0 || index >= triggerCount())
         throw TaskErrors::subscriptOutOfRange();
-    TriggerRecord record = definition.Triggers[index];
+    TriggerRecord record = definition.triggers[index];
     record.setWord(TriggerRecord::RecordSize, TriggerRecord::byteCount);
     return record;
 }
@@ -43,12 +43,12 @@ void WorkItem::setTrigger(int index, const TriggerRecord &record)
 {
     if (index < 0 || index >= triggerCount())
         throw TaskErrors::subscriptOutOfRange();
-    definition.Triggers[index] = record;
+    definition.triggers[index] = record;
 }
 
 void WorkItem::DeleteTrigger(int index)
 {
     if (index < 0 || index >= triggerCount())
         throw TaskErrors::subscriptOutOfRange();
-    definition.Triggers.removeAt(index);
+    definition.triggers.removeAt(index);
 }

@@ -114,7 +114,7 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     const QString renamed = start.grid->CellText(0, 1) + u" renamed"_s;
     start.grid->setCellText(0, 1, renamed);
     start.grid->setCellChanged(0, 1, true);
-    EXPECT_EQ(start.runUntil([&start] { start.startup.Terminate(); }), 0);
+    EXPECT_EQ(start.runUntil([&start] { start.startup.terminate(); }), 0);
     EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptGenre), u"Jazz"_s);
     Catalogue saved;
     saved.load(start.prompt, AppInfo::title);

@@ -60,7 +60,7 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
     catalogue.append(station(u"Gone"_s, {}, true, 0, {}, true));
     catalogue.append(station(u"Low"_s, {}, false, -2, {}));
     catalogue.dirty = true;
-    catalogue.Save();
+    catalogue.save();
     const QByteArray first = TempProfile::readFile(path());
     EXPECT_EQ(first,
               TempProfile::utf16File(u"2.1\r\n\u00B1\r\n"_s + header +
@@ -73,7 +73,7 @@ TEST_F(CatalogueFile, SaveWritesTheExactFileAndKeepsTheOldOneAsBackup)
     EXPECT_FALSE(QFile::exists(path() + u".bck"_s));
     catalogue.version = u"9.9"_s;
     catalogue.separator = u"|"_s;
-    catalogue.Save();
+    catalogue.save();
     EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), first);
     // The version written is always 2.1; the separator is the one held.
     EXPECT_TRUE(TempProfile::readFile(path()).startsWith(
@@ -87,12 +87,12 @@ TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
     catalogue.append(station(u"Gone"_s, u"Rock"_s, false, 0, {}, true));
     catalogue.append(station(u"Last"_s, u"jazz"_s, false, 2, u"i3"_s));
     catalogue.separator = u"|"_s;
-    catalogue.Save();
+    catalogue.save();
     load();
     EXPECT_EQ(loaded(),
               u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r"_s);
     EXPECT_EQ(catalogue.categories.items(), (QStringList{QString(), u"Jazz"_s}));
-    catalogue.Save();
+    catalogue.save();
     load();
     EXPECT_EQ(loaded(),
               u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r\r"_s);

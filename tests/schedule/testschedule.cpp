@@ -38,9 +38,9 @@ public:
         for (int i = 0; i < triggers; ++i) {
             TriggerRecord trigger;
             trigger.setWord(TriggerRecord::StartHour, qint16(i + 1));
-            definition.Triggers.append(trigger);
+            definition.triggers.append(trigger);
         }
-        service.Save(name, definition);
+        service.save(name, definition);
         schedule.Refresh();
         return schedule.Job(name);
     }
@@ -141,9 +141,9 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
 
 TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
 {
-    service.Save(u"b"_s, {});
-    service.Save(u"a"_s, {});
-    service.Save(u"broken"_s, {});
+    service.save(u"b"_s, {});
+    service.save(u"a"_s, {});
+    service.save(u"broken"_s, {});
     service.unreadable.insert(u"broken"_s);
     EXPECT_EQ(schedule.Count(), 0);
     schedule.Refresh();
@@ -170,7 +170,7 @@ TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedBy
     EXPECT_EQ(task->Name(), QString());
     EXPECT_EQ(schedule.Job(u"Jazz24_2009-01-31_20-15"_s), task);
     ASSERT_TRUE(service.tasks.contains(u"Jazz24_2009-01-31_20-15"_s));
-    EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).Creator, u"Tunecatch"_s);
+    EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).creator, u"Tunecatch"_s);
     EXPECT_EQ(errorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
     EXPECT_EQ(errorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
@@ -196,7 +196,7 @@ TEST_F(ScheduleTest, ChangesReachTheStoreOnlyBySaveAndRefusedValuesLeaveTheOldOn
     EXPECT_EQ(task->Priority(), TaskPriority::Normal);
     EXPECT_EQ(errorNumber([&] { task->SetAccountInfo(u"ann"_s, u"secret"_s); }), AppError::InvalidArgument);
     task->Save(u"copy"_s);
-    EXPECT_EQ(service.tasks.value(u"copy"_s).Comment, u"good"_s);
+    EXPECT_EQ(service.tasks.value(u"copy"_s).comment, u"good"_s);
     task->Run();
     EXPECT_EQ(service.requests, QStringList{u"run props"_s}) << "the copy leaves the task its own name";
 }
@@ -231,7 +231,7 @@ TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
         << "the last reference went: written back";
     task->Triggers()->item(1)->setStartTime(QTime(6, 0));
     task->Save();
-    EXPECT_EQ(service.tasks.value(u"trig"_s).Triggers.first().word(TriggerRecord::StartHour), 6);
+    EXPECT_EQ(service.tasks.value(u"trig"_s).triggers.first().word(TriggerRecord::StartHour), 6);
     EXPECT_EQ(errorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
 }
 
@@ -252,7 +252,7 @@ TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate
     EXPECT_EQ(triggers->item(1)->index(), 0);
     EXPECT_EQ(triggers->item(1)->StartTime(), QTime(2, 0));
     task->Save();
-    EXPECT_EQ(service.tasks.value(u"two"_s).Triggers.size(), 1);
+    EXPECT_EQ(service.tasks.value(u"two"_s).triggers.size(), 1);
 }
 
 } // namespace

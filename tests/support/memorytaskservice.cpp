@@ -37,14 +37,14 @@ TaskDefinition MemoryTaskService::activate(const QString &name)
     return tasks.value(name);
 }
 
-void MemoryTaskService::Save(const QString &name, const TaskDefinition &definition)
+void MemoryTaskService::save(const QString &name, const TaskDefinition &definition)
 {
     if (!tasks.contains(name))
         order.append(name);
     tasks.insert(name, definition);
 }
 
-void MemoryTaskService::Delete(const QString &name)
+void MemoryTaskService::remove(const QString &name)
 {
     if (!tasks.remove(name))
         throw TaskErrors::taskNotFound(name + u".job"_s);
@@ -57,12 +57,12 @@ void MemoryTaskService::checkText(TextField field, const QString &value) const
         throw TaskErrors::refused(u"refused"_s);
 }
 
-QString MemoryTaskService::FileName(const QString &name) const
+QString MemoryTaskService::fileName(const QString &name) const
 {
     return u"mem:"_s + name;
 }
 
-void MemoryTaskService::Run(const QString &name)
+void MemoryTaskService::run(const QString &name)
 {
     requests.append(u"run "_s + name);
 }

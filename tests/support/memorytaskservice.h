@@ -17,14 +17,14 @@ public:
     QStringList taskNames() override;
     TaskDefinition newWorkItem(const QString &name) override;
     TaskDefinition activate(const QString &name) override;
-    void Save(const QString &name, const TaskDefinition &definition) override;
-    void Delete(const QString &name) override;
+    void save(const QString &name, const TaskDefinition &definition) override;
+    void remove(const QString &name) override;
     void checkText(TextField field, const QString &value) const override;
-    QString FileName(const QString &name) const override;
+    QString fileName(const QString &name) const override;
     bool isRunning() override { return true; }
     TaskRunState runState(const QString &) override { return {}; }
-    void Run(const QString &name) override;
-    void Terminate(const QString &) override {}
+    void run(const QString &name) override;
+    void terminate(const QString &) override {}
     QStringList order;
     QMap<QString, TaskDefinition> tasks;
     QSet<QString> unreadable;

@@ -175,10 +175,10 @@ void FrmTC::cmdRecord_Click()
 void FrmTC::cmdSchedule_Click()
 {
     RecordingInputs inputs;
-    inputs.Station = LblStation->text();
+    inputs.station = LblStation->text();
     inputs.saveLocation = txtSave->text();
     inputs.streamAddress = txtStream->text();
-    inputs.SingleSong = chkSingleSong->isChecked();
+    inputs.singleSong = chkSingleSong->isChecked();
     inputs.hibernate = ChkHibernate->isChecked();
     inputs.shutDown = ChkShutDown->isChecked();
     inputs.selectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;

@@ -95,7 +95,7 @@ void FrmScheduledTasks::refreshList()
         const TaskRunState state = service.runState(task->Name());
         auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, tr("None")),
                                                       when(state.lastRun, tr("Never")),
-                                                      TaskStatus::Text(state.Status), task->CommandLine()});
+                                                      TaskStatus::text(state.status), task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             m_lstTasks->setCurrentItem(item);

@@ -8,7 +8,7 @@
 
 SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_theme(theme) {}
 
-bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
+bool SkinCommand::run(QWidget *mainWindow, const std::function<void()> &redraw,
                       const std::function<int(QDialog &)> &runModal)
 {
     FrmSkin2 dialog(m_skin.installFolder(), m_skin.skinFile(), mainWindow);

@@ -20,7 +20,7 @@ public:
     // the theme, lets the main window re-apply its own colours (redraw), then
     // starts the chosen skin or turns skinning off. Returns false when cancelled.
     // runModal shows the chooser and gives its result (QDialog::exec when empty).
-    bool Run(QWidget *mainWindow, const std::function<void()> &redraw,
+    bool run(QWidget *mainWindow, const std::function<void()> &redraw,
              const std::function<int(QDialog &)> &runModal = {});
 
     // The part after the dialog: skinName is a file in the installation

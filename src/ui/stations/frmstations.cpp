@@ -301,7 +301,7 @@ void FrmStations::connectCommands()
     clicked("cmdListen", [this] { m_commands->listen(); });
     clicked("cmdReplay", [this] { m_commands->replay(); });
     clicked("cmdCopy", [this] { m_commands->copy(); });
-    clicked("cmdDel", [this] { m_commands->Delete(); });
+    clicked("cmdDel", [this] { m_commands->del(); });
     clicked("cmdInfo", [this] { m_commands->info(); });
     clicked("cmdLoadPls", [this] { m_commands->loadPls(); });
     clicked("cmdTrim", [this] { m_commands->trim(); });

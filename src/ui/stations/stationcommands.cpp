@@ -222,7 +222,7 @@ void StationCommands::copyStation()
     grid.setRedraw(true);
 }
 
-void StationCommands::Delete()
+void StationCommands::del()
 {
     if (m_services.keys.isDown(ModifierKeys::RightShift))
         deleteAll();
@@ -323,7 +323,7 @@ void StationCommands::skin()
 {
     const auto redraw = [this] { m_list.applyColors(); };
     const auto run = [this](QDialog &dialog) { return runModal(dialog); };
-    SkinCommand(m_appearance.skin, m_appearance.theme).Run(m_owner, redraw, run);
+    SkinCommand(m_appearance.skin, m_appearance.theme).run(m_owner, redraw, run);
 }
 
 void StationCommands::about()

@@ -90,7 +90,7 @@ public:
     // Left Shift held: playlist import.
     void copy();
     // Right Shift held: delete all stations.
-    void Delete();
+    void del();
     // Left Shift: checks every station from the current one; left Ctrl: finds
     // the next station that plays. A click while a check runs stops it.
     void info();

@@ -36,7 +36,7 @@ TEST_F(StoredTaskTest, TheWindowListsTheTasksAndDeletesOrEditsThem)
                   .toLocalTime()
                   .toString(u"yyyy-MM-dd HH:mm"_s));
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnLastRun), u"Never"_s);
-    EXPECT_EQ(row->text(FrmScheduledTasks::ColumnStatus), TaskStatus::Text(TaskStatus::HasNotRun));
+    EXPECT_EQ(row->text(FrmScheduledTasks::ColumnStatus), TaskStatus::text(TaskStatus::HasNotRun));
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), commandLine);
     EXPECT_FALSE(child<QLabel>(window, "lblNotice")->isVisible());
     expectAccessibleNames(window);

@@ -59,7 +59,7 @@ TEST_F(StoredTaskTest, TheDialogShowsTheTaskAndOkSavesTheChanges)
 
 TEST_F(StoredTaskTest, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
 {
-    const QByteArray before = TempProfile::readFile(parts->service().FileName(taskName));
+    const QByteArray before = TempProfile::readFile(parts->service().fileName(taskName));
     const std::function<void(TaskDialog &)> cancels[] = {
         [](TaskDialog &dialog) {
             child<QLineEdit>(&dialog, "txtComment")->setText(u"changed"_s);
@@ -86,7 +86,7 @@ TEST_F(StoredTaskTest, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
             EXPECT_NE(dialog.result(), QDialog::Accepted);
         };
         stored()->Edit(nullptr);
-        EXPECT_EQ(TempProfile::readFile(parts->service().FileName(taskName)), before);
+        EXPECT_EQ(TempProfile::readFile(parts->service().fileName(taskName)), before);
     }
     answer = [](TaskDialog &dialog) {
         child<QDateEdit>(&dialog, "dtStart")->setDate(QDate(2001, 1, 1));

@@ -38,7 +38,7 @@ public:
             ASSERT_TRUE(dialog);
             answer(dialog);
         });
-        return SkinCommand(skin, themes).Run(&mainWindow, [this] {
+        return SkinCommand(skin, themes).run(&mainWindow, [this] {
             redraws << themes.themeIndex();
             skinRunningAtRedraw = skin.skinRunning();
         });
