@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int StationTotal = 100000;
+constexpr int stationTotal = 100000;
 
 // A station of typical size: about 170 characters on its line.
 Station sampleStation(int i)
@@ -37,20 +37,20 @@ Station sampleStation(int i)
 void fill(Catalogue &catalogue, int count)
 {
     for (int i = 1; i <= count; ++i)
-        catalogue.Append(sampleStation(i));
+        catalogue.append(sampleStation(i));
 }
 
 void reportPeak(benchmark::State &state)
 {
-    state.counters["peak_MB"] = ProcessMegabytes("VmHWM:");
+    state.counters["peak_MB"] = processMegabytes("VmHWM:");
 }
 
 void BM_CatalogueSave(benchmark::State &state)
 {
     Catalogue catalogue;
-    fill(catalogue, StationTotal);
+    fill(catalogue, stationTotal);
     for (auto _ : state)
-        catalogue.Save();
+        catalogue.save();
     reportPeak(state);
 }
 BENCHMARK(BM_CatalogueSave)->Unit(benchmark::kMillisecond);
@@ -59,14 +59,14 @@ void BM_CatalogueLoad(benchmark::State &state)
 {
     {
         Catalogue source;
-        fill(source, StationTotal);
-        source.Save();
+        fill(source, stationTotal);
+        source.save();
     }
     Catalogue catalogue;
     QuietPrompt prompt;
     for (auto _ : state)
-        catalogue.Load(prompt, QStringLiteral("Tunecatch"));
-    if (catalogue.StationCount() != StationTotal || prompt.messages != 0)
+        catalogue.load(prompt, QStringLiteral("Tunecatch"));
+    if (catalogue.stationCount() != stationTotal || prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     reportPeak(state);
 }
@@ -81,13 +81,13 @@ void BM_CatalogueAppend(benchmark::State &state)
     for (auto _ : state) {
         Catalogue catalogue;
         for (int i = 0; i < count; ++i)
-            catalogue.Append(station);
-        benchmark::DoNotOptimize(catalogue.StationCount());
+            catalogue.append(station);
+        benchmark::DoNotOptimize(catalogue.stationCount());
     }
     state.counters["per_append"] = benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate |
                                                                  benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_CatalogueAppend)->Arg(1000)->Arg(10000)->Arg(StationTotal)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CatalogueAppend)->Arg(1000)->Arg(10000)->Arg(stationTotal)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
@@ -105,6 +105,6 @@ int main(int argc, char **argv)
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", processMegabytes("VmHWM:"));
     return 0;
 }

@@ -46,16 +46,16 @@ struct PlayingWindow
 {
     PlayingWindow() : state(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin"), prompt)
     {
-        TempProfile::writeFile(AppPaths::DataFolder() + Startup::CatalogueFileName,
+        TempProfile::writeFile(AppPaths::dataFolder() + Startup::catalogueFileName,
                                TempProfile::utf16File(QStringLiteral("2.1\r\n|\r\n# versions\r\n# format\r\n"
                                                                      "Loopback|Speech|128|mp3||o|True|3|||") +
                                                       station->url() + QStringLiteral("|i\r\n")));
-        state.catalogue.Load(prompt, AppInfo::Title);
-        window = std::make_unique<FrmStations>(StationWindowParts(state),
+        state.catalogue.load(prompt, AppInfo::title);
+        window = std::make_unique<FrmStations>(stationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
-        window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->SetRow(0);
+        window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->setRow(0);
     }
 
     void press(const char *button)
@@ -64,7 +64,7 @@ struct PlayingWindow
     }
     bool reaches(int playState) const
     {
-        return waitUntil([this, playState] { return window->Player().playState() == playState; },
+        return waitUntil([this, playState] { return window->player().playState() == playState; },
                          PlayTimeout);
     }
 
@@ -112,18 +112,18 @@ void BM_PlayingStation(benchmark::State &state)
     }
     double cpuPercent = 0;
     for (auto _ : state) {
-        const double cpuBefore = ProcessCpuSeconds();
+        const double cpuBefore = processCpuSeconds();
         QElapsedTimer clock;
         clock.start();
         // The station plays on while the event loop runs idle, as in the program.
         QEventLoop idle;
         QTimer::singleShot(CpuWindowMs, &idle, &QEventLoop::quit);
         idle.exec();
-        cpuPercent = 100 * (ProcessCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
+        cpuPercent = 100 * (processCpuSeconds() - cpuBefore) / (double(clock.nsecsElapsed()) / 1e9);
     }
     state.counters["cpu_percent"] = cpuPercent;
-    state.counters["added_MB"] = ProcessMegabytes("VmRSS:") - baselineMegabytes;
-    state.counters["still_playing"] = w.window->Player().playState() == 3;
+    state.counters["added_MB"] = processMegabytes("VmRSS:") - baselineMegabytes;
+    state.counters["still_playing"] = w.window->player().playState() == 3;
 }
 BENCHMARK(BM_PlayingStation)->Iterations(1)->Unit(benchmark::kMillisecond);
 
@@ -138,7 +138,7 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
 
-    if (const QString missing = IcecastStation::Missing(); !missing.isEmpty()) {
+    if (const QString missing = IcecastStation::missing(); !missing.isEmpty()) {
         std::printf("Skipped: %s\n", qPrintable(missing));
         return 0;
     }
@@ -152,7 +152,7 @@ int main(int argc, char **argv)
     const QTemporaryDir appData;
     qputenv("APPDATA", QFile::encodeName(appData.path()));
     QDir().mkpath(appData.path() + QStringLiteral("/Tunecatch"));
-    baselineMegabytes = ProcessMegabytes("VmRSS:");
+    baselineMegabytes = processMegabytes("VmRSS:");
 
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

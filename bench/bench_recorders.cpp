@@ -43,8 +43,8 @@ constexpr int BytesPerSecond = 128 * 1000 / 8;
 class NoPower : public PowerControl
 {
 public:
-    Version SystemVersion() const override { return {}; }
-    bool ExitWindows(quint32) override { return false; }
+    Version systemVersion() const override { return {}; }
+    bool exitWindows(quint32) override { return false; }
     bool SetSuspendState(bool, bool, bool) override { return false; }
 };
 
@@ -123,18 +123,18 @@ void BM_TwentyRecordings(benchmark::State &state)
     for (auto _ : state) {
         startRecording();
         runFor(2000);
-        const double firstKb = (ProcessMegabytes("VmRSS:") * 1024);
+        const double firstKb = (processMegabytes("VmRSS:") * 1024);
         while (windows.size() < Streams)
             startRecording();
         runFor(2000);
 
-        const double cpuBefore = ProcessCpuSeconds();
+        const double cpuBefore = processCpuSeconds();
         QElapsedTimer wall;
         wall.start();
         runFor(MeasuredSeconds * 1000);
-        const double cpu = ProcessCpuSeconds() - cpuBefore;
+        const double cpu = processCpuSeconds() - cpuBefore;
         const double elapsed = double(wall.elapsed()) / 1000;
-        const double allKb = (ProcessMegabytes("VmRSS:") * 1024);
+        const double allKb = (processMegabytes("VmRSS:") * 1024);
         state.SetIterationTime(elapsed);
 
         double least = -1;
@@ -167,14 +167,14 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
         return;
     }
     for (auto _ : state) {
-        const double before = (ProcessMegabytes("VmRSS:") * 1024);
+        const double before = (processMegabytes("VmRSS:") * 1024);
         double peak = before;
         const auto window = setup.startRecording(1);
         QElapsedTimer wall;
         wall.start();
         // A flood fills the disk fast: a few hundred megabytes tell enough.
         runFor(10000, [&] {
-            peak = std::max(peak, (ProcessMegabytes("VmRSS:") * 1024));
+            peak = std::max(peak, (processMegabytes("VmRSS:") * 1024));
             return !window->Recording() || window->Stream().BytesTotal() > 300e6;
         });
         state.SetIterationTime(double(wall.elapsed()) / 1000);

@@ -35,7 +35,7 @@
 
 namespace {
 
-constexpr int StationTotal = 100000;
+constexpr int stationTotal = 100000;
 
 // Stations of typical size, with genres, categories and formats spread so
 // that filters keep a realistic share.
@@ -66,17 +66,17 @@ struct MainWindow
     {
         {
             Catalogue source;
-            for (int i = 1; i <= StationTotal; ++i)
-                source.Append(generated(i));
-            source.Save();
+            for (int i = 1; i <= stationTotal; ++i)
+                source.append(generated(i));
+            source.save();
         }
 #ifdef __GLIBC__
         // Hand the generator's memory back, so that the resident size is the window's and the catalogue's.
         malloc_trim(0);
 #endif
         // Loaded from the file, so that every field is its own string as in real use.
-        state.catalogue.Load(prompt, AppInfo::Title);
-        window = std::make_unique<FrmStations>(StationWindowParts(state),
+        state.catalogue.load(prompt, AppInfo::title);
+        window = std::make_unique<FrmStations>(stationWindowParts(state),
                                                StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
         window->show();
         QCoreApplication::processEvents();
@@ -116,15 +116,15 @@ MainWindow &mainWindow()
 
 void BM_WindowMemory(benchmark::State &state)
 {
-    const double before = ProcessMegabytes("VmRSS:");
+    const double before = processMegabytes("VmRSS:");
     for (auto _ : state)
         benchmark::DoNotOptimize(mainWindow().grid);
     MainWindow &w = mainWindow();
-    if (w.grid->ItemCount() != StationTotal || w.prompt.messages != 0)
+    if (w.grid->ItemCount() != stationTotal || w.prompt.messages != 0)
         state.SkipWithError("the generated catalogue did not load whole");
     state.counters["rows"] = w.grid->ItemCount();
-    state.counters["rss_MB"] = ProcessMegabytes("VmRSS:");
-    state.counters["window_and_catalogue_MB"] = ProcessMegabytes("VmRSS:") - before;
+    state.counters["rss_MB"] = processMegabytes("VmRSS:");
+    state.counters["window_and_catalogue_MB"] = processMegabytes("VmRSS:") - before;
 }
 BENCHMARK(BM_WindowMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
 
@@ -182,7 +182,7 @@ void BM_HeadingClick(benchmark::State &state)
         click(QEvent::MouseButtonRelease);
         QCoreApplication::processEvents();
     }
-    if (w.grid->SortColumn() != col)
+    if (w.grid->sortColumn() != col)
         state.SkipWithError("the click did not sort");
     state.SetLabel(w.grid->ColHeading(col).toStdString());
     state.counters["rows"] = w.grid->ItemCount();
@@ -205,7 +205,7 @@ void BM_ScrollPaint(benchmark::State &state)
     for (auto _ : state) {
         bar->setValue(bar->value() + bar->pageStep() > bar->maximum() ? 0 : bar->value() + bar->pageStep());
         w.grid->viewport()->render(&image);
-        mostRows = qMax(mostRows, w.grid->LastPaintedRows());
+        mostRows = qMax(mostRows, w.grid->lastPaintedRows());
     }
     state.counters["rows_in_view"] = w.grid->ItemsVisible();
     state.counters["most_rows_painted"] = mostRows;
@@ -234,6 +234,6 @@ int main(int argc, char **argv)
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     sharedWindow.reset();
-    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", processMegabytes("VmHWM:"));
     return 0;
 }

@@ -19,7 +19,7 @@ QString QuietPrompt::chooseOpenFile(const QString &, const QString &, const QStr
     return {};
 }
 
-double ProcessMegabytes(const char *field)
+double processMegabytes(const char *field)
 {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
@@ -32,7 +32,7 @@ double ProcessMegabytes(const char *field)
     return 0;
 }
 
-double ProcessCpuSeconds()
+double processCpuSeconds()
 {
     timespec now{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);

@@ -23,7 +23,7 @@ private:
 
 // A figure of this process from the kernel's own account ("VmRSS:" resident,
 // "VmHWM:" peak resident), in MB; 0 where there is no such account.
-double ProcessMegabytes(const char *field);
+double processMegabytes(const char *field);
 
 // CPU time this process has used, user and system, in seconds.
-double ProcessCpuSeconds();
+double processCpuSeconds();

@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QString text = QString::fromLatin1(reinterpret_cast<const char *>(data), qsizetype(size));
-    const QString address = Playlist::ChooseStreamFromPlaylist(text);
+    const QString address = Playlist::chooseStreamFromPlaylist(text);
     if (!text.contains(address) || address.contains(u'\n'))
         std::abort();
     return 0;

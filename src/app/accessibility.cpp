@@ -93,7 +93,7 @@ QAccessibleInterface *factory(const QString &className, QObject *object)
 
 namespace Accessibility {
 
-void Install()
+void install()
 {
     QAccessible::installFactory(&factory);
 }

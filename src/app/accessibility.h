@@ -6,6 +6,6 @@
 // entry it shows. Install once, before the first window shows.
 namespace Accessibility {
 
-void Install();
+void install();
 
 } // namespace Accessibility

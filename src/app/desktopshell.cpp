@@ -4,12 +4,12 @@
 #include <QProcess>
 #include <QUrl>
 
-bool DesktopShell::OpenDocument(const QString &address)
+bool DesktopShell::openDocument(const QString &address)
 {
     return QDesktopServices::openUrl(QUrl::fromUserInput(address));
 }
 
-bool DesktopShell::StartCommand(const QString &commandLine)
+bool DesktopShell::startCommand(const QString &commandLine)
 {
     QStringList words = QProcess::splitCommand(commandLine);
     if (words.isEmpty())

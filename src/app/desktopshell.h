@@ -6,6 +6,6 @@
 class DesktopShell : public Shell
 {
 public:
-    bool OpenDocument(const QString &address) override;
-    bool StartCommand(const QString &commandLine) override;
+    bool openDocument(const QString &address) override;
+    bool startCommand(const QString &commandLine) override;
 };

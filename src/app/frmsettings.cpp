@@ -34,9 +34,9 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     cmdSearch->setObjectName(QStringLiteral("cmdSearch"));
     cmdOk->setDefault(true);
 
-    connect(cmdOk, &QPushButton::clicked, this, &FrmSettings::cmdOk_Click);
+    connect(cmdOk, &QPushButton::clicked, this, &FrmSettings::cmdOkClick);
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(cmdSearch, &QPushButton::clicked, this, &FrmSettings::cmdSearch_Click);
+    connect(cmdSearch, &QPushButton::clicked, this, &FrmSettings::cmdSearchClick);
 
     auto *form = new QFormLayout;
     form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
@@ -46,17 +46,17 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     layout->addWidget(buttons);
 }
 
-void FrmSettings::cmdOk_Click()
+void FrmSettings::cmdOkClick()
 {
     m_trimTool.command = m_txtTrimMP3->text();
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
     accept();
 }
 
-void FrmSettings::cmdSearch_Click()
+void FrmSettings::cmdSearchClick()
 {
     m_trimTool.command.clear();
     m_trimTool.applyDefault();
     m_txtTrimMP3->setText(m_trimTool.command);
-    SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
 }

@@ -16,8 +16,8 @@ public:
     explicit FrmSettings(TrimTool &trimTool, QWidget *parent = nullptr);
 
 private:
-    void cmdOk_Click();
-    void cmdSearch_Click();
+    void cmdOkClick();
+    void cmdSearchClick();
 
     TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;

@@ -6,24 +6,24 @@
 namespace {
 
 // X keysyms, which Wayland's xkb keymaps share.
-constexpr quint32 XkShiftL = 0xffe1;
-constexpr quint32 XkShiftR = 0xffe2;
-constexpr quint32 XkControlL = 0xffe3;
+constexpr quint32 xkShiftL = 0xffe1;
+constexpr quint32 xkShiftR = 0xffe2;
+constexpr quint32 xkControlL = 0xffe3;
 
 // Windows reports both Shift keys as VK_SHIFT and both Ctrl keys as
 // VK_CONTROL; the scan code tells them apart (right Ctrl carries the
 // extended bit).
-constexpr quint32 VkShift = 0x10;
-constexpr quint32 VkControl = 0x11;
-constexpr quint32 ScanShiftL = 0x2a;
-constexpr quint32 ScanShiftR = 0x36;
-constexpr quint32 ScanControlL = 0x1d;
+constexpr quint32 vkShift = 0x10;
+constexpr quint32 vkControl = 0x11;
+constexpr quint32 scanShiftL = 0x2a;
+constexpr quint32 scanShiftR = 0x36;
+constexpr quint32 scanControlL = 0x1d;
 
 } // namespace
 
 KeyState::KeyState(QObject *parent) : QObject(parent) {}
 
-bool KeyState::IsDown(Key key) const
+bool KeyState::isDown(Key key) const
 {
     switch (key) {
     case LeftShift:
@@ -36,21 +36,21 @@ bool KeyState::IsDown(Key key) const
     return false;
 }
 
-int KeyState::NativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey)
+int KeyState::nativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey)
 {
     switch (nativeVirtualKey) {
-    case XkShiftL:
+    case xkShiftL:
         return LeftShift;
-    case XkShiftR:
+    case xkShiftR:
         return RightShift;
-    case XkControlL:
+    case xkControlL:
         return LeftControl;
-    case VkShift:
-        if (nativeScanCode == ScanShiftL)
+    case vkShift:
+        if (nativeScanCode == scanShiftL)
             return LeftShift;
-        return nativeScanCode == ScanShiftR ? RightShift : 0;
-    case VkControl:
-        return nativeScanCode == ScanControlL ? LeftControl : 0;
+        return nativeScanCode == scanShiftR ? RightShift : 0;
+    case vkControl:
+        return nativeScanCode == scanControlL ? LeftControl : 0;
     default:
         return 0;
     }
@@ -76,7 +76,7 @@ bool KeyState::eventFilter(QObject *watched, QEvent *event)
 void KeyState::track(const QKeyEvent &event)
 {
     const bool down = event.type() == QEvent::KeyPress;
-    switch (NativeKey(event.nativeScanCode(), event.nativeVirtualKey())) {
+    switch (nativeKey(event.nativeScanCode(), event.nativeVirtualKey())) {
     case LeftShift:
         m_leftShift = down;
         break;

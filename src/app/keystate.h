@@ -18,11 +18,11 @@ class KeyState : public QObject, public ModifierKeys
 public:
     explicit KeyState(QObject *parent = nullptr);
 
-    bool IsDown(Key key) const override;
+    bool isDown(Key key) const override;
 
     // The key a native key event stands for, by its key symbol (X11, Wayland)
     // or its virtual key and scan code (Windows); 0 for any other key.
-    static int NativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey);
+    static int nativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

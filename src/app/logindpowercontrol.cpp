@@ -5,12 +5,12 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 
-PowerControl::Version LogindPowerControl::SystemVersion() const
+PowerControl::Version LogindPowerControl::systemVersion() const
 {
     return {2, 6, 0};
 }
 
-bool LogindPowerControl::ExitWindows(quint32 flags)
+bool LogindPowerControl::exitWindows(quint32 flags)
 {
     // Only powering off is asked for; log-off and restart are not offered here.
     if (!(flags & modShutdown::ExitPowerOff))

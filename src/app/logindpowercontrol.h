@@ -11,8 +11,8 @@ class LogindPowerControl : public PowerControl
 public:
     // logind offers hibernation wherever it runs, so it reports the class of
     // system that may suspend.
-    Version SystemVersion() const override;
-    bool ExitWindows(quint32 flags) override;
+    Version systemVersion() const override;
+    bool exitWindows(quint32 flags) override;
     bool SetSuspendState(bool hibernate, bool force, bool disableWakeEvents) override;
 
 private:

@@ -52,7 +52,7 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QApplication app(argc, argv);
-    QApplication::setApplicationName(AppInfo::Title);
+    QApplication::setApplicationName(AppInfo::title);
     QApplication::setDesktopFileName(QStringLiteral("tunecatch"));
     QApplication::setWindowIcon(QIcon::fromTheme(
         QStringLiteral("tunecatch"), QIcon(QCoreApplication::applicationDirPath() + QStringLiteral("/tunecatch.png"))));
@@ -60,17 +60,17 @@ int main(int argc, char *argv[])
     MessageBoxPrompt prompt;
     ThemeApplier themeApplier;
     ProgramParts parts(QCoreApplication::applicationDirPath(), prompt, TraceHook::fromEnvironment());
-    parts.appearance.theme.SetListener(&themeApplier);
+    parts.appearance.theme.setListener(&themeApplier);
     QtAppWindows windows(parts);
     Startup startup(parts, windows);
     windows.setStartup(&startup);
-    TerminationWatcher watcher([&startup] { startup.Terminate(); });
+    TerminationWatcher watcher([&startup] { startup.terminate(); });
 
     QStringList words = QCoreApplication::arguments();
     words.removeFirst();
     if (!startup.SubMain(words.join(u' ')))
         return 1;
-    if (startup.HasClosed()) // a signal arrived while start-up was still running
+    if (startup.hasClosed()) // a signal arrived while start-up was still running
         return 0;
     return QApplication::exec();
 }

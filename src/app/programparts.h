@@ -17,8 +17,8 @@ class Prompt;
 // the parts it uses.
 struct ProgramParts
 {
-    ProgramParts(QString installFolder_, Prompt &prompt_, TraceHook trace_ = {})
-        : installFolder(std::move(installFolder_)), prompt(prompt_), trace(std::move(trace_)),
+    ProgramParts(QString folder, Prompt &userPrompt, TraceHook traceHook = {})
+        : installFolder(std::move(folder)), prompt(userPrompt), trace(std::move(traceHook)),
           appearance(installFolder)
     {
     }

@@ -13,7 +13,7 @@
 
 #include <utility>
 
-FrmStations::Parts StationWindowParts(ProgramParts &parts)
+FrmStations::Parts stationWindowParts(ProgramParts &parts)
 {
     return {
         .catalogue = parts.catalogue,
@@ -37,13 +37,13 @@ QtAppWindows::QtAppWindows(ProgramParts &parts) : m_parts(parts)
     QCoreApplication::instance()->installEventFilter(&m_keys);
 }
 
-void QtAppWindows::InitCommonControls()
+void QtAppWindows::initCommonControls()
 {
     QApplication::setStyle(QStringLiteral("Fusion"));
-    Accessibility::Install();
+    Accessibility::install();
 }
 
-void QtAppWindows::LoadMainWindow()
+void QtAppWindows::loadMainWindow()
 {
     StationCommands::Services services{
         .prompt = m_parts.prompt,
@@ -51,37 +51,37 @@ void QtAppWindows::LoadMainWindow()
         .keys = m_keys,
         .newRecorderWindow = [this] { return newRecorderWindow(); },
     };
-    auto *window = new FrmStations(StationWindowParts(m_parts), std::move(services), QtMediaPlayer::Create);
+    auto *window = new FrmStations(stationWindowParts(m_parts), std::move(services), QtMediaPlayer::Create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)
-            m_startup->Close();
+            m_startup->close();
     });
     m_mainWindow = track(window);
 }
 
-void QtAppWindows::ShowMainWindow()
+void QtAppWindows::showMainWindow()
 {
     if (m_mainWindow)
         m_mainWindow->show();
 }
 
-void QtAppWindows::ShowRecorderWindow()
+void QtAppWindows::showRecorderWindow()
 {
     FrmTC *window = newRecorderWindow();
     QObject::connect(window, &FrmTC::unloaded, window, [this] {
         if (m_startup)
-            m_startup->Close();
+            m_startup->close();
     });
     track(window)->show();
 }
 
-void QtAppWindows::ProcessEvents()
+void QtAppWindows::processEvents()
 {
     QCoreApplication::processEvents();
 }
 
-void QtAppWindows::UnloadAllWindows()
+void QtAppWindows::unloadAllWindows()
 {
     // A window's own unload may run the closing procedure, which comes back
     // here: work on a copy so that the nested call finds nothing left to do.
@@ -94,7 +94,7 @@ void QtAppWindows::UnloadAllWindows()
     }
 }
 
-void QtAppWindows::EndProcess()
+void QtAppWindows::endProcess()
 {
     QCoreApplication::exit(0);
 }
@@ -103,7 +103,7 @@ FrmTC *QtAppWindows::newRecorderWindow()
 {
     FrmTC::Hooks hooks;
     hooks.schedule = [this](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
-        ScheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
+        scheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
     };
     return new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
 }

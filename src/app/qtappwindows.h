@@ -15,7 +15,7 @@ class FrmTC;
 class Startup;
 
 // What the station list window gets of the program's parts.
-FrmStations::Parts StationWindowParts(ProgramParts &parts);
+FrmStations::Parts stationWindowParts(ProgramParts &parts);
 
 // The composition root: builds the program's windows from its parts and
 // shows them as start-up asks. Every window it creates ends
@@ -30,13 +30,13 @@ public:
     // The closing procedure that the windows run when they unload.
     void setStartup(Startup *startup) { m_startup = startup; }
 
-    void InitCommonControls() override;
-    void LoadMainWindow() override;
-    void ShowMainWindow() override;
-    void ShowRecorderWindow() override;
-    void ProcessEvents() override;
-    void UnloadAllWindows() override;
-    void EndProcess() override;
+    void initCommonControls() override;
+    void loadMainWindow() override;
+    void showMainWindow() override;
+    void showRecorderWindow() override;
+    void processEvents() override;
+    void unloadAllWindows() override;
+    void endProcess() override;
 
 private:
     QWidget *track(QWidget *window);

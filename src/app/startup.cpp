@@ -76,9 +76,14 @@ bool keepBackup(const QString &base, const QByteArray &bytes)
 
 } // namespace
 
+QString Startup::fatalTitle()
+{
+    return tr("Tunecatch about to Terminate!");
+}
+
 Startup::Startup(ProgramParts &parts, AppWindows &windows) : m_parts(parts), m_windows(windows) {}
 
-bool Startup::IsUpgradeVersion(int version)
+bool Startup::isUpgradeVersion(int version)
 {
     switch (version) {
     case 21:
@@ -97,47 +102,47 @@ bool Startup::SubMain(const QString &commandLine)
 {
     const TraceHook &trace = m_parts.trace;
     try {
-        trace.Trace(QStringLiteral("1: Main Init - start"));
+        trace.trace(QStringLiteral("1: Main Init - start"));
 
-        m_parts.appearance.skin.SkinStartup();
-        trace.Trace(QStringLiteral("2: Main Init - Skin On"));
+        m_parts.appearance.skin.skinStartup();
+        trace.trace(QStringLiteral("2: Main Init - Skin On"));
 
-        m_windows.InitCommonControls();
-        trace.Trace(QStringLiteral("3: Main Init - XP / Vista Theme"));
-        m_parts.appearance.theme.Init();
+        m_windows.initCommonControls();
+        trace.trace(QStringLiteral("3: Main Init - XP / Vista Theme"));
+        m_parts.appearance.theme.init();
 
-        trace.Trace(QStringLiteral("4: Main Init - Process Data Folder"));
-        m_dataFolder = AppPaths::DataFolder();
-        trace.Trace(QStringLiteral("5: Main Init - Data Folder: ") + m_dataFolder);
+        trace.trace(QStringLiteral("4: Main Init - Process Data Folder"));
+        m_dataFolder = AppPaths::dataFolder();
+        trace.trace(QStringLiteral("5: Main Init - Data Folder: ") + m_dataFolder);
 
         prepareDataFolder();
 
         loadStartupSettings();
-        trace.Trace(QStringLiteral("9: Main Init - Settings loaded"));
+        trace.trace(QStringLiteral("9: Main Init - Settings loaded"));
 
         m_parts.playerTexts = PlayerTexts::standard();
-        trace.Trace(QStringLiteral("10: Main Init - Stations loaded"));
+        trace.trace(QStringLiteral("10: Main Init - Stations loaded"));
 
-        m_parts.launch.commandArg = StationNames::TrimBlanks(commandLine);
+        m_parts.launch.commandArg = StationNames::trimBlanks(commandLine);
         if (m_parts.launch.commandArg.size() < 2) {
-            trace.Trace(QStringLiteral("11: Main Init - Load data structures "));
-            m_parts.catalogue.Load(m_parts.prompt, AppInfo::Title);
-            trace.Trace(QStringLiteral("12: Main Init - Load Main Screen"));
-            m_windows.LoadMainWindow();
-            m_windows.ProcessEvents();
-            trace.Trace(QStringLiteral("13: Main Init - Show Main Screen"));
-            m_windows.ShowMainWindow();
+            trace.trace(QStringLiteral("11: Main Init - Load data structures "));
+            m_parts.catalogue.load(m_parts.prompt, AppInfo::title);
+            trace.trace(QStringLiteral("12: Main Init - Load Main Screen"));
+            m_windows.loadMainWindow();
+            m_windows.processEvents();
+            trace.trace(QStringLiteral("13: Main Init - Show Main Screen"));
+            m_windows.showMainWindow();
         } else {
             m_parts.launch.launchMode = true;
-            trace.Trace(QStringLiteral("11: Main Init - Command Arg : ") + m_parts.launch.commandArg);
-            m_windows.ShowRecorderWindow();
+            trace.trace(QStringLiteral("11: Main Init - Command Arg : ") + m_parts.launch.commandArg);
+            m_windows.showRecorderWindow();
         }
         m_windowShown = true;
     } catch (const AppError &e) {
-        m_parts.prompt.message(QStringLiteral("Main Error: %1 : %2").arg(e.number()).arg(e.description()),
-                               FatalTitle, Prompt::Icon::Critical);
+        m_parts.prompt.message(tr("Main Error: %1 : %2").arg(e.number()).arg(e.description()), fatalTitle(),
+                               Prompt::Icon::Critical);
     } catch (const std::exception &e) {
-        m_parts.prompt.message(QStringLiteral("Main Error: 51 : ") + QString::fromLocal8Bit(e.what()), FatalTitle,
+        m_parts.prompt.message(tr("Main Error: 51 : %1").arg(QString::fromLocal8Bit(e.what())), fatalTitle(),
                                Prompt::Icon::Critical);
     }
     return m_windowShown;
@@ -155,8 +160,8 @@ void Startup::prepareDataFolder()
     tolerate([&] { QDir().mkpath(data + QStringLiteral("/Rec")); });
 
     int version = 0;
-    tolerate([&] { version = SettingsStore::GetNumber(SettingsStore::V, 27); });
-    const bool upgrade = !firstStart && IsUpgradeVersion(version);
+    tolerate([&] { version = SettingsStore::getNumber(SettingsStore::V, 27); });
+    const bool upgrade = !firstStart && isUpgradeVersion(version);
 
     if (firstStart) {
         tolerate([&] {
@@ -171,7 +176,7 @@ void Startup::prepareDataFolder()
     // A new profile is current at once: without the marker the next start
     // would take it for an old one.
     if (firstStart || upgrade)
-        tolerate([&] { SettingsStore::SaveNumber(SettingsStore::V, UpgradedVersion); });
+        tolerate([&] { SettingsStore::saveNumber(SettingsStore::V, upgradedVersion); });
 }
 
 // The rules for an installed station list, all in one place:
@@ -184,12 +189,12 @@ void Startup::prepareDataFolder()
 //   installed list it keeps its own.
 void Startup::takeOverInstalledList(bool upgrade)
 {
-    const QString installedPath = m_parts.installFolder + u'/' + CatalogueFileName;
+    const QString installedPath = m_parts.installFolder + u'/' + catalogueFileName;
     const std::optional<QByteArray> installed = readWhole(installedPath);
     if (!installed)
         return;
     const QByteArray identity = identityOf(*installed);
-    const QString takenPath = m_dataFolder + u'/' + TakenOverFileName;
+    const QString takenPath = m_dataFolder + u'/' + takenOverFileName;
     const QByteArray taken = readWhole(takenPath).value_or(QByteArray());
     if (!taken.split('\n').contains(identity)) {
         if (!replaceCatalogue(*installed, upgrade) || !writeWhole(takenPath, taken + identity + '\n'))
@@ -203,8 +208,8 @@ void Startup::takeOverInstalledList(bool upgrade)
 bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
 {
     const QString data = m_dataFolder + u'/';
-    const QString cataloguePath = data + CatalogueFileName;
-    const bool existed = AppPaths::FileExists(cataloguePath);
+    const QString cataloguePath = data + catalogueFileName;
+    const bool existed = AppPaths::fileExists(cataloguePath);
     const std::optional<QByteArray> own = readWhole(cataloguePath);
     if (existed && !own)
         return false; // a list that cannot be read cannot be backed up either
@@ -217,7 +222,7 @@ bool Startup::replaceCatalogue(const QByteArray &installed, bool upgrade)
         return false;
     if (!writeWhole(cataloguePath, installed))
         return false;
-    m_parts.trace.Trace(own ? QStringLiteral("8: Main Init - stations updated")
+    m_parts.trace.trace(own ? QStringLiteral("8: Main Init - stations updated")
                             : QStringLiteral("8: Main Init - stations installed"));
     return true;
 }
@@ -226,38 +231,38 @@ void Startup::loadStartupSettings()
 {
     m_parts.filters.load();
     TrimTool &trim = m_parts.trimTool;
-    trim.command = SettingsStore::GetSetting(SettingsStore::TrimMP3Tool);
+    trim.command = SettingsStore::getSetting(SettingsStore::TrimMP3Tool);
     if (trim.command.size() < 2) {
         trim.applyDefault();
-        SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, trim.command);
+        SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, trim.command);
     }
 }
 
-void Startup::Terminate()
+void Startup::terminate()
 {
-    m_windows.UnloadAllWindows();
-    Close();
+    m_windows.unloadAllWindows();
+    close();
 }
 
-void Startup::Close()
+void Startup::close()
 {
     if (m_closing)
         return;
     m_closing = true;
 
-    if (m_parts.catalogue.Dirty) {
+    if (m_parts.catalogue.dirty) {
         try {
-            m_parts.catalogue.Save();
+            m_parts.catalogue.save();
         } catch (const AppError &e) {
             // The previous list survives as the ".bck" backup the save made first.
-            m_parts.prompt.message(QStringLiteral("The station list could not be saved: ") + e.description(),
-                                   AppInfo::Title, Prompt::Icon::Critical);
+            m_parts.prompt.message(tr("The station list could not be saved: %1").arg(e.description()),
+                                   AppInfo::title, Prompt::Icon::Critical);
         }
     }
     m_parts.filters.save();
 
-    tolerate([this] { m_windows.ProcessEvents(); });
-    tolerate([this] { m_windows.UnloadAllWindows(); });
-    tolerate([this] { m_parts.appearance.skin.RemoveSkin(); });
-    tolerate([this] { m_windows.EndProcess(); });
+    tolerate([this] { m_windows.processEvents(); });
+    tolerate([this] { m_windows.unloadAllWindows(); });
+    tolerate([this] { m_parts.appearance.skin.removeSkin(); });
+    tolerate([this] { m_windows.endProcess(); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 struct ProgramParts;
@@ -8,16 +9,17 @@ class AppWindows;
 // The program's entry sequence and its common closing procedure.
 class Startup
 {
+    Q_DECLARE_TR_FUNCTIONS(Startup)
+
 public:
     Startup(ProgramParts &parts, AppWindows &windows);
 
-    static inline const QString FatalTitle = QStringLiteral("Tunecatch about to Terminate!");
     // The versions whose catalogue the upgrade replaces, and the marker it leaves.
-    static inline const QString CatalogueFileName = QStringLiteral("Stations.txt");
-    static constexpr int UpgradedVersion = 32;
+    static inline const QString catalogueFileName = QStringLiteral("Stations.txt");
+    static constexpr int upgradedVersion = 32;
     // In the data folder: one line (size and SHA-256) per installed station list
     // taken over, so that no installed file is ever taken over twice.
-    static inline const QString TakenOverFileName = QStringLiteral("Stations.taken");
+    static inline const QString takenOverFileName = QStringLiteral("Stations.taken");
 
     // Prepares everything and shows the main window, or the recorder window
     // when commandLine holds two characters or more after trimming. Returns
@@ -26,18 +28,19 @@ public:
 
     // Saves the catalogue when changed, stores the filters, unloads the
     // windows, removes the skin and ends the process. Runs once.
-    void Close();
+    void close();
     // The program is told to end (a signal): every window unloads first, as
     // when the user closes it, so the station list sweeps its edits into the
     // catalogue; then the closing procedure runs.
-    void Terminate();
-    bool HasClosed() const { return m_closing; }
+    void terminate();
+    bool hasClosed() const { return m_closing; }
     // Where start-up found the data folder.
     const QString &dataFolder() const { return m_dataFolder; }
 
-    static bool IsUpgradeVersion(int version);
+    static bool isUpgradeVersion(int version);
 
 private:
+    static QString fatalTitle();
     void prepareDataFolder();
     void takeOverInstalledList(bool upgrade);
     bool replaceCatalogue(const QByteArray &installed, bool upgrade);

@@ -21,7 +21,7 @@ void onSignal(int)
     [[maybe_unused]] const auto written = ::write(signalPipe[0], &byte, 1);
 }
 
-constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int watchedSignals[] = {SIGINT, SIGTERM, SIGHUP};
 #endif
 
 } // namespace
@@ -43,7 +43,7 @@ TerminationWatcher::TerminationWatcher(std::function<void()> onTerminate, QObjec
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    for (const int s : Signals)
+    for (const int s : watchedSignals)
         ::sigaction(s, &action, nullptr);
 #endif
 }
@@ -53,7 +53,7 @@ TerminationWatcher::~TerminationWatcher()
 #ifdef Q_OS_UNIX
     if (!m_notifier)
         return;
-    for (const int s : Signals)
+    for (const int s : watchedSignals)
         ::signal(s, SIG_DFL);
     ::close(signalPipe[0]);
     ::close(signalPipe[1]);

@@ -12,20 +12,20 @@ const char *AppError::what() const noexcept
 
 AppError AppError::typeMismatch()
 {
-    return {TypeMismatch, QStringLiteral("Type mismatch")};
+    return {TypeMismatch, tr("Type mismatch")};
 }
 
 AppError AppError::overflow()
 {
-    return {Overflow, QStringLiteral("Overflow")};
+    return {Overflow, tr("Overflow")};
 }
 
 AppError AppError::invalidArgument()
 {
-    return {InvalidArgument, QStringLiteral("Invalid procedure call or argument")};
+    return {InvalidArgument, tr("Invalid procedure call or argument")};
 }
 
 AppError AppError::pathFileAccess(const QString &path)
 {
-    return {PathFileAccess, QStringLiteral("Path/File access error: ") + path};
+    return {PathFileAccess, tr("Path/File access error: %1").arg(path)};
 }

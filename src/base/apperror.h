@@ -1,14 +1,18 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <exception>
 
 // A run-time failure that carries a number and a description, thrown where a
 // failure is meant to reach the caller. The numbers follow the program's own
-// long-standing numbering so that messages stay familiar to users.
+// long-standing numbering so that messages stay familiar to users. Where the
+// description is made, it goes through AppError::tr.
 class AppError : public std::exception
 {
+    Q_DECLARE_TR_FUNCTIONS(AppError)
+
 public:
     enum Number {
         InvalidArgument = 5,

@@ -5,7 +5,7 @@
 // The program's name, as windows, message boxes and tasks show it, and its version.
 namespace AppInfo {
 
-inline const QString Title = QStringLiteral("Tunecatch");
+inline const QString title = QStringLiteral("Tunecatch");
 
 QString version();
 

@@ -5,7 +5,7 @@
 
 namespace AppPaths {
 
-QString DataFolder()
+QString dataFolder()
 {
     QString base = qEnvironmentVariable("APPDATA");
     if (base.isEmpty())
@@ -13,12 +13,12 @@ QString DataFolder()
     return base + QStringLiteral("/Tunecatch/");
 }
 
-QString RecordingsFolder()
+QString recordingsFolder()
 {
-    return DataFolder() + QStringLiteral("Rec/");
+    return dataFolder() + QStringLiteral("Rec/");
 }
 
-bool FileExists(const QString &path)
+bool fileExists(const QString &path)
 {
     const QFileInfo info(path);
     return info.exists() && !info.isDir();

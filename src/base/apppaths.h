@@ -8,12 +8,12 @@ namespace AppPaths {
 
 // "APPDATA" when set and not empty, else the user's data folder
 // ($XDG_DATA_HOME, else ~/.local/share); then "/Tunecatch/".
-QString DataFolder();
+QString dataFolder();
 
 // The recordings folder the recorder uses: the data folder followed by "Rec/".
-QString RecordingsFolder();
+QString recordingsFolder();
 
 // True when the path names an existing file (not a folder).
-bool FileExists(const QString &path);
+bool fileExists(const QString &path);
 
 } // namespace AppPaths

@@ -16,7 +16,7 @@ bool isBlank(QChar c)
 
 qint32 toInt32Checked(double value)
 {
-    const double rounded = RoundHalfEven(value);
+    const double rounded = roundHalfEven(value);
     if (!std::isfinite(rounded) || rounded < std::numeric_limits<qint32>::min() ||
         rounded > std::numeric_limits<qint32>::max())
         throw AppError::overflow();
@@ -25,12 +25,12 @@ qint32 toInt32Checked(double value)
 
 } // namespace
 
-double RoundHalfEven(double value)
+double roundHalfEven(double value)
 {
     return std::nearbyint(value); // the default rounding mode is to nearest, ties to even
 }
 
-double LeadingNumber(QStringView text)
+double leadingNumber(QStringView text)
 {
     qsizetype i = 0;
     const qsizetype n = text.size();
@@ -58,12 +58,12 @@ double LeadingNumber(QStringView text)
     return ok ? value : 0;
 }
 
-qint32 LeadingInt32(QStringView text)
+qint32 leadingInt32(QStringView text)
 {
-    return toInt32Checked(LeadingNumber(text));
+    return toInt32Checked(leadingNumber(text));
 }
 
-qint32 ToInt32(QStringView text)
+qint32 toInt32(QStringView text)
 {
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
@@ -72,7 +72,7 @@ qint32 ToInt32(QStringView text)
     return toInt32Checked(value);
 }
 
-bool ToBoolean(QStringView text)
+bool toBoolean(QStringView text)
 {
     const QStringView t = text.trimmed();
     if (t.compare(u"True", Qt::CaseInsensitive) == 0)
@@ -86,7 +86,7 @@ bool ToBoolean(QStringView text)
     return value != 0;
 }
 
-QString BooleanText(bool value)
+QString booleanText(bool value)
 {
     return value ? QStringLiteral("True") : QStringLiteral("False");
 }

@@ -15,5 +15,5 @@ public:
 
     virtual ~ModifierKeys() = default;
 
-    virtual bool IsDown(Key key) const = 0;
+    virtual bool isDown(Key key) const = 0;
 };

@@ -19,13 +19,13 @@ public:
 
     virtual ~PowerControl() = default;
 
-    virtual Version SystemVersion() const = 0;
+    virtual Version systemVersion() const = 0;
     // Systems of the NT line want the shutdown privilege held around the
     // request; elsewhere (logind asks its own policy) there is nothing to do.
-    virtual void SetShutdownPrivilege(bool /*enable*/) {}
+    virtual void setShutdownPrivilege(bool /*enable*/) {}
     // Ends the session with the platform's exit flags (8 power off, 4 forced).
     // True when the request was accepted.
-    virtual bool ExitWindows(quint32 flags) = 0;
+    virtual bool exitWindows(quint32 flags) = 0;
     // Suspends, or hibernates when hibernate is set. True when accepted.
     virtual bool SetSuspendState(bool hibernate, bool force, bool disableWakeEvents) = 0;
 };

@@ -6,50 +6,50 @@
 
 namespace {
 
-const QString Application = QStringLiteral("Tunecatch");
-const QString Section = QStringLiteral("CONFIG");
+const QString application = QStringLiteral("Tunecatch");
+const QString section = QStringLiteral("CONFIG");
 
 QString address(const QString &key)
 {
-    return Section + u'/' + key;
+    return section + u'/' + key;
 }
 
 QSettings store()
 {
-    return QSettings(QSettings::NativeFormat, QSettings::UserScope, Application, Application);
+    return QSettings(QSettings::NativeFormat, QSettings::UserScope, application, application);
 }
 
 } // namespace
 
-QString SettingsStore::GetSetting(const QString &key, const QString &defaultValue)
+QString SettingsStore::getSetting(const QString &key, const QString &defaultValue)
 {
     const QVariant value = store().value(address(key));
     return value.isValid() ? value.toString() : defaultValue;
 }
 
-void SettingsStore::SaveSetting(const QString &key, const QString &value)
+void SettingsStore::saveSetting(const QString &key, const QString &value)
 {
     QSettings settings = store();
     settings.setValue(address(key), value);
     settings.sync();
 }
 
-qint32 SettingsStore::GetNumber(const QString &key, qint32 defaultValue)
+qint32 SettingsStore::getNumber(const QString &key, qint32 defaultValue)
 {
-    return Convert::LeadingInt32(GetSetting(key, QString::number(defaultValue)));
+    return Convert::leadingInt32(getSetting(key, QString::number(defaultValue)));
 }
 
-void SettingsStore::SaveNumber(const QString &key, qint32 value)
+void SettingsStore::saveNumber(const QString &key, qint32 value)
 {
-    SaveSetting(key, QString::number(value));
+    saveSetting(key, QString::number(value));
 }
 
-bool SettingsStore::GetBoolean(const QString &key, bool defaultValue)
+bool SettingsStore::getBoolean(const QString &key, bool defaultValue)
 {
-    return Convert::ToBoolean(GetSetting(key, Convert::BooleanText(defaultValue)));
+    return Convert::toBoolean(getSetting(key, Convert::booleanText(defaultValue)));
 }
 
-void SettingsStore::SaveBoolean(const QString &key, bool value)
+void SettingsStore::saveBoolean(const QString &key, bool value)
 {
-    SaveSetting(key, Convert::BooleanText(value));
+    saveSetting(key, Convert::booleanText(value));
 }

@@ -18,14 +18,14 @@ public:
     static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
     static inline const QString Theme = QStringLiteral("Theme");
 
-    static QString GetSetting(const QString &key, const QString &defaultValue = {});
-    static void SaveSetting(const QString &key, const QString &value);
+    static QString getSetting(const QString &key, const QString &defaultValue = {});
+    static void saveSetting(const QString &key, const QString &value);
 
     // Leading-number conversion of the stored text; the default when absent.
-    static qint32 GetNumber(const QString &key, qint32 defaultValue);
-    static void SaveNumber(const QString &key, qint32 value);
+    static qint32 getNumber(const QString &key, qint32 defaultValue);
+    static void saveNumber(const QString &key, qint32 value);
 
     // Boolean conversion of the stored text; throws AppError on text such as "yes".
-    static bool GetBoolean(const QString &key, bool defaultValue);
-    static void SaveBoolean(const QString &key, bool value);
+    static bool getBoolean(const QString &key, bool defaultValue);
+    static void saveBoolean(const QString &key, bool value);
 };

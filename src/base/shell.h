@@ -10,8 +10,8 @@ public:
     virtual ~Shell() = default;
 
     // Opens an address or a file; false when nothing could open it.
-    virtual bool OpenDocument(const QString &address) = 0;
+    virtual bool openDocument(const QString &address) = 0;
     // Starts a command line (split the way a shell splits it) as a program of
     // its own, without waiting for it; false when it could not be started.
-    virtual bool StartCommand(const QString &commandLine) = 0;
+    virtual bool startCommand(const QString &commandLine) = 0;
 };

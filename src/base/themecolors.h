@@ -6,22 +6,22 @@
 // that the theme can be chosen without a display.
 struct ThemeColors
 {
-    quint32 Back;      // cell background
-    quint32 BackAlt;   // every second row
-    quint32 BackBkg;   // area below the last row
-    quint32 BackFixed; // header
-    quint32 BackSel;   // selected rows
-    quint32 BackEdit;  // the edit box
-    quint32 Fore;
-    quint32 ForeFixed;
-    quint32 ForeSel;
-    quint32 ForeHdr;
-    quint32 ForeEdit;
-    quint32 Grid;
-    quint32 ProgressBar;
-    quint32 FocusRect;
-    quint32 Window; // window and panel background
-    quint32 WindowText;
+    quint32 back;      // cell background
+    quint32 backAlt;   // every second row
+    quint32 backBkg;   // area below the last row
+    quint32 backFixed; // header
+    quint32 backSel;   // selected rows
+    quint32 backEdit;  // the edit box
+    quint32 fore;
+    quint32 foreFixed;
+    quint32 foreSel;
+    quint32 foreHdr;
+    quint32 foreEdit;
+    quint32 grid;
+    quint32 progressBar;
+    quint32 focusRect;
+    quint32 window; // window and panel background
+    quint32 windowText;
 };
 
 // Whoever carries a theme to the windows: told each time the colours change.
@@ -29,7 +29,7 @@ class ThemeListener
 {
 public:
     virtual ~ThemeListener() = default;
-    virtual void ThemeColorsChanged(const ThemeColors &colors) = 0;
+    virtual void themeColorsChanged(const ThemeColors &colors) = 0;
 };
 
 // The two colour sets a theme index selects.

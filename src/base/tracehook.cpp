@@ -5,7 +5,7 @@
 
 TraceHook::TraceHook(Sink sink) : m_sink(std::move(sink)) {}
 
-void TraceHook::Trace(const QString &line) const
+void TraceHook::trace(const QString &line) const
 {
     if (m_sink)
         m_sink(line);

@@ -15,7 +15,7 @@ public:
     TraceHook() = default;
     explicit TraceHook(Sink sink);
 
-    void Trace(const QString &line) const;
+    void trace(const QString &line) const;
 
     // A hook that appends each line to the file named by TUNECATCH_TRACE, when set.
     static TraceHook fromEnvironment();

@@ -6,7 +6,7 @@
 // installation folder and "%MP3FILE%" for the recording.
 struct TrimTool
 {
-    static inline const QString DefaultCommand =
+    static inline const QString defaultCommand =
         QStringLiteral("%APP%\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe %MP3FILE%");
 
     QString command;
@@ -15,6 +15,6 @@ struct TrimTool
     void applyDefault()
     {
         if (command.isEmpty())
-            command = DefaultCommand;
+            command = defaultCommand;
     }
 };

@@ -7,7 +7,7 @@
 
 namespace ModUnicodeFile {
 
-bool ReadBytes(const QString &path, QByteArray &buffer, bool detectBom)
+bool readBytes(const QString &path, QByteArray &buffer, bool detectBom)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -35,9 +35,9 @@ bool ReadBytes(const QString &path, QByteArray &buffer, bool detectBom)
     return false;
 }
 
-void WriteBytes(const QString &path, const QByteArray &buffer, bool writeBom)
+void writeBytes(const QString &path, const QByteArray &buffer, bool writeBom)
 {
-    const bool readOnly = IsReadOnly(path);
+    const bool readOnly = isReadOnly(path);
     if (!readOnly)
         QFile::remove(path);
 
@@ -52,10 +52,10 @@ void WriteBytes(const QString &path, const QByteArray &buffer, bool writeBom)
     file.close();
     if (!written || file.error() != QFileDevice::NoError)
         throw AppError(AppError::PathFileAccess,
-                       QStringLiteral("Could not write %1: %2").arg(path, file.errorString()));
+                       AppError::tr("Could not write %1: %2").arg(path, file.errorString()));
 }
 
-bool ReadText(const QString &path, QString &text)
+bool readText(const QString &path, QString &text)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -67,7 +67,7 @@ bool ReadText(const QString &path, QString &text)
     return true;
 }
 
-bool IsReadOnly(const QString &path)
+bool isReadOnly(const QString &path)
 {
     const QFileInfo info(path);
     return info.exists() && !info.isDir() && !(info.permissions() & QFileDevice::WriteOwner);

@@ -7,6 +7,7 @@
 #include "base/unicodefile.h"
 #include "catalogue/stationnames.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QtEndian>
@@ -15,10 +16,10 @@
 
 namespace {
 
-const QString CrLf = QStringLiteral("\r\n");
-const QString CommentLine1 = QStringLiteral("# two first lines :  version  and seperator.");
-const QString CommentLine2 = QStringLiteral(
-    "#format is:  Name Genre BitRate Format Category OutputFile SingleSong Rating LastDate CallSign StreamURL InfoUrl");
+const QString crLf = QStringLiteral("\r\n");
+const QString commentLine1 = QStringLiteral("# two first lines :  version  and seperator.");
+const QString commentLine2 = QStringLiteral("#format is:  Name Genre BitRate Format Category OutputFile "
+                                            "SingleSong Rating LastDate CallSign StreamURL InfoUrl");
 
 // Splits at each occurrence of separator, reusing the list's storage from line
 // to line. An empty separator yields the whole text as one part.
@@ -75,7 +76,7 @@ QString afterFirstEquals(const QString &line)
 QStringList playlistLines(const QString &folder, const QString &fileName)
 {
     QString text;
-    ModUnicodeFile::ReadText(QDir(folder).filePath(fileName), text);
+    ModUnicodeFile::readText(QDir(folder).filePath(fileName), text);
     QStringList lines = text.split(u'\n');
     if (lines.size() < 4)
         lines.clear();
@@ -91,7 +92,7 @@ QString nameFromTitleLine(const QString &line)
     // the cut is still made after the first.
     if (title.indexOf(u')', 1) > 0)
         title = title.mid(title.indexOf(u')') + 1);
-    return StationNames::CleanName(title);
+    return StationNames::cleanName(title);
 }
 
 } // namespace
@@ -111,50 +112,55 @@ bool CategoryList::add(const QString &category)
     return true;
 }
 
+QString Catalogue::damagedMessage()
+{
+    return QCoreApplication::translate("Catalogue", "Station file appears damaged.. attempting to recover");
+}
+
 Catalogue::Catalogue() : m_stations(1) {}
 
-QString Catalogue::CataloguePath()
+QString Catalogue::cataloguePath()
 {
-    return AppPaths::DataFolder() + QStringLiteral("Stations.txt");
+    return AppPaths::dataFolder() + QStringLiteral("Stations.txt");
 }
 
-int Catalogue::Append(Station station)
+int Catalogue::append(Station station)
 {
     m_stations.push_back(std::move(station));
-    return StationCount();
+    return stationCount();
 }
 
-void Catalogue::RemoveAll()
+void Catalogue::removeAll()
 {
     m_stations = std::vector<Station>(1);
 }
 
-void Catalogue::Load(Prompt &prompt, const QString &appTitle)
+void Catalogue::load(Prompt &prompt, const QString &appTitle)
 {
     // A fresh array rather than a cleared one: the old capacity is given back
     // before the file is read.
     m_stations = std::vector<Station>(1);
-    Categories = CategoryList();
+    categories = CategoryList();
 
     QString text;
     {
         QByteArray bytes;
-        ModUnicodeFile::ReadBytes(CataloguePath(), bytes, true);
+        ModUnicodeFile::readBytes(cataloguePath(), bytes, true);
         text = fromUtf16Le(bytes);
     } // the bytes go before parsing, so that a large file is not held twice
     // Lines and fields are views into text; only the stored fields are copied.
     QList<QStringView> lines;
     if (!text.isEmpty())
-        splitInto(lines, text, CrLf);
+        splitInto(lines, text, crLf);
     m_stations.reserve(static_cast<std::size_t>(std::max<qsizetype>(lines.size() - 1, 1)));
     QList<QStringView> f;
     try {
         if (lines.isEmpty())
-            throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-        Version = lines.at(0).toString();
+            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
+        version = lines.at(0).toString();
         if (lines.size() < 2)
-            throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-        Separator = lines.at(1).toString();
+            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
+        separator = lines.at(1).toString();
 
         for (qsizetype i = 2; i < lines.size(); ++i) {
             QStringView line = lines.at(i);
@@ -163,10 +169,10 @@ void Catalogue::Load(Prompt &prompt, const QString &appTitle)
                 untabbed = line.toString().replace(u'\t', u' ');
                 line = untabbed;
             }
-            const QStringView trimmed = StationNames::TrimBlanks(line);
+            const QStringView trimmed = StationNames::trimBlanks(line);
             if (trimmed.isEmpty() || trimmed.startsWith(u'#'))
                 continue;
-            splitInto(f, line, Separator);
+            splitInto(f, line, separator);
             if (f.size() < 11)
                 continue;
 
@@ -181,56 +187,56 @@ void Catalogue::Load(Prompt &prompt, const QString &appTitle)
             s.Format = sharedWith(previous.Format, f[3]);
             s.Category = sharedWith(previous.Category, f[4]);
             s.OutputFile = sharedWith(previous.OutputFile, f[5]);
-            s.SingleSong = Convert::ToBoolean(f[6]);
-            s.Rating = Convert::ToInt32(f[7]);
+            s.SingleSong = Convert::toBoolean(f[6]);
+            s.Rating = Convert::toInt32(f[7]);
             s.LastDate = f[8].toString();
             s.CallSign = f[9].toString();
             s.StreamURL = f[10].toString();
             if (f.size() < 12)
-                throw AppError(AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-            s.InfoUrl = StationNames::TrimBlanks(f[11]).toString();
+                throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
+            s.InfoUrl = StationNames::trimBlanks(f[11]).toString();
             if (s.Category != previous.Category) // an equal one went in with the line before
-                Categories.add(s.Category);
+                categories.add(s.Category);
         }
     } catch (const AppError &) {
-        prompt.message(DamagedMessage, appTitle, Prompt::Icon::Information);
+        prompt.message(damagedMessage(), appTitle, Prompt::Icon::Information);
     }
 }
 
-QString Catalogue::StationLine(const Station &s) const
+QString Catalogue::stationLine(const Station &s) const
 {
-    const QString &sep = Separator;
+    const QString &sep = separator;
     return s.Name + sep + s.Genre + sep + s.BitRate + sep + s.Format + sep + s.Category + sep + s.OutputFile +
-           sep + Convert::BooleanText(s.SingleSong) + sep + QString::number(s.Rating) + sep + s.LastDate + sep +
-           s.CallSign + sep + s.StreamURL + sep + s.InfoUrl;
+           sep + Convert::booleanText(s.SingleSong) + sep + QString::number(s.Rating) + sep + s.LastDate +
+           sep + s.CallSign + sep + s.StreamURL + sep + s.InfoUrl;
 }
 
-void Catalogue::Save()
+void Catalogue::save()
 {
-    if (Separator.isEmpty())
-        Separator = DefaultSeparator;
+    if (separator.isEmpty())
+        separator = defaultSeparator;
 
     // Encoded line by line: the whole text is never held twice.
     QByteArray bytes;
     bytes.reserve(512 + static_cast<qsizetype>(m_stations.size()) * 320);
-    appendUtf16Le(bytes, QString(QStringLiteral("2.1") + CrLf + Separator + CrLf + CommentLine1 + CrLf +
-                                 CommentLine2 + CrLf));
+    appendUtf16Le(bytes, QString(QStringLiteral("2.1") + crLf + separator + crLf + commentLine1 + crLf +
+                                 commentLine2 + crLf));
     for (std::size_t i = 1; i < m_stations.size(); ++i) {
         const Station &s = m_stations[i];
         if (!s.Deleted)
-            appendUtf16Le(bytes, QString(StationLine(s) + CrLf));
+            appendUtf16Le(bytes, QString(stationLine(s) + crLf));
     }
 
-    const QString path = CataloguePath();
+    const QString path = cataloguePath();
     const QString backup = path + QStringLiteral(".bck");
     QFile::remove(backup);
     QFile::copy(path, backup);
 
-    ModUnicodeFile::WriteBytes(path, bytes, true);
-    Dirty = false;
+    ModUnicodeFile::writeBytes(path, bytes, true);
+    dirty = false;
 }
 
-bool Catalogue::HasStreamUrl(const QString &url) const
+bool Catalogue::hasStreamUrl(const QString &url) const
 {
     for (const Station &s : m_stations) {
         if (s.StreamURL.compare(url, Qt::CaseInsensitive) == 0)
@@ -239,35 +245,36 @@ bool Catalogue::HasStreamUrl(const QString &url) const
     return false;
 }
 
-void Catalogue::ImportFolder(const QString &folder, const QString &genre, bool secondVariant, Prompt &prompt,
+void Catalogue::importFolder(const QString &folder, const QString &genre, bool secondVariant, Prompt &prompt,
                              const QString &appTitle)
 {
     const QStringList files =
         QDir(folder).entryList({QStringLiteral("*.pls")}, QDir::Files, QDir::Unsorted);
     for (const QString &file : files) {
         if (secondVariant)
-            ImportPlaylistFile2(folder, file, genre);
+            importPlaylistFile2(folder, file, genre);
         else
-            ImportPlaylistFile(folder, file, genre);
+            importPlaylistFile(folder, file, genre);
     }
-    Save();
-    Load(prompt, appTitle);
+    save();
+    load(prompt, appTitle);
 }
 
-bool Catalogue::ImportPlaylistFile(const QString &folder, const QString &fileName, const QString &genre)
+bool Catalogue::importPlaylistFile(const QString &folder, const QString &fileName, const QString &genre)
 {
     const QStringList parts = fileName.split(QStringLiteral("_#_"));
     if (parts.size() < 3)
-        throw AppError(AppError::SubscriptOutOfRange,
-                       QStringLiteral("Subscript out of range: not a saved directory playlist: ") + fileName);
-    const QString bitRate = StationNames::TrimBlanks(parts[1]);
-    const QString tail = StationNames::TrimBlanks(parts[2]);
+        throw AppError(
+            AppError::SubscriptOutOfRange,
+            AppError::tr("Subscript out of range: not a saved directory playlist: %1").arg(fileName));
+    const QString bitRate = StationNames::trimBlanks(parts[1]);
+    const QString tail = StationNames::trimBlanks(parts[2]);
 
     const QStringList lines = playlistLines(folder, fileName);
     return !lines.isEmpty() && appendImported(lines[3], QStringLiteral("ssrn#") + tail, genre, bitRate);
 }
 
-bool Catalogue::ImportPlaylistFile2(const QString &folder, const QString &fileName, const QString &genre)
+bool Catalogue::importPlaylistFile2(const QString &folder, const QString &fileName, const QString &genre)
 {
     const QString lastWord = fileName.split(u' ').constLast();
     QString bitRate;
@@ -283,14 +290,14 @@ bool Catalogue::ImportPlaylistFile2(const QString &folder, const QString &fileNa
 bool Catalogue::appendImported(const QString &titleLine, const QString &streamUrl, const QString &genre,
                                const QString &bitRate)
 {
-    if (HasStreamUrl(streamUrl))
+    if (hasStreamUrl(streamUrl))
         return false;
     Station s = Station::newStation();
     s.Name = nameFromTitleLine(titleLine);
     s.Genre = genre;
     s.BitRate = bitRate;
     s.StreamURL = streamUrl;
-    Append(std::move(s));
-    Dirty = true;
+    append(std::move(s));
+    dirty = true;
     return true;
 }

@@ -40,20 +40,20 @@ void FileDL::Cancel(const QString &key)
 QString FileDL::GetStatusCode(int code)
 {
     switch (code) {
-    case 0: return QStringLiteral("An Error Has Occurred.");
-    case 1: return QStringLiteral("Finding Resource.");
-    case 2: return QStringLiteral("Connecting To Resource.");
-    case 3: return QStringLiteral("Redirecting.");
-    case 4: return QStringLiteral("Download Initialized.");
-    case 5: return QStringLiteral("Download In Progress.");
-    case 6: return QStringLiteral("Download Complete.");
-    case 10: return QStringLiteral("Using Cached Copy.");
-    case 11: return QStringLiteral("Sending Request.");
-    case 13: return QStringLiteral("MIME Type Is Available.");
-    case 14: return QStringLiteral("Local Cache File Is Available.");
-    case 15: return QStringLiteral("Synchronous Download Has Started.");
-    case 16: return QStringLiteral("Synchronous Download Complete.");
-    default: return QStringLiteral("Unknown.");
+    case 0: return tr("An Error Has Occurred.");
+    case 1: return tr("Finding Resource.");
+    case 2: return tr("Connecting To Resource.");
+    case 3: return tr("Redirecting.");
+    case 4: return tr("Download Initialized.");
+    case 5: return tr("Download In Progress.");
+    case 6: return tr("Download Complete.");
+    case 10: return tr("Using Cached Copy.");
+    case 11: return tr("Sending Request.");
+    case 13: return tr("MIME Type Is Available.");
+    case 14: return tr("Local Cache File Is Available.");
+    case 15: return tr("Synchronous Download Has Started.");
+    case 16: return tr("Synchronous Download Complete.");
+    default: return tr("Unknown.");
     }
 }
 

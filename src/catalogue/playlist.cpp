@@ -13,7 +13,7 @@ namespace {
 void readNumber(const QString &text, qint32 &target)
 {
     try {
-        target = Convert::ToInt32(text);
+        target = Convert::toInt32(text);
     } catch (const AppError &) {
     }
 }
@@ -30,25 +30,26 @@ bool secondPiece(const QString &line, QString &target)
 
 } // namespace
 
-bool IsDirectoryReference(const QString &url)
+bool isDirectoryReference(const QString &url)
 {
     return url.contains(u"ssrn#", Qt::CaseInsensitive);
 }
 
-QString DirectoryNumber(const QString &url)
+QString directoryNumber(const QString &url)
 {
     if (url.size() < 9)
         throw AppError::invalidArgument();
     return url.mid(5, url.size() - 9);
 }
 
-QString PlaylistServiceAddress(const QString &number)
+QString playlistServiceAddress(const QString &number)
 {
-    QString address = ServiceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=%ssrn%&file=filename.pls");
+    QString address =
+        serviceHost + QStringLiteral("/sbin/shoutcast-playlist.pls?rn=%ssrn%&file=filename.pls");
     return address.replace(QStringLiteral("%ssrn%"), number);
 }
 
-QString ChooseStreamFromPlaylist(const QString &text)
+QString chooseStreamFromPlaylist(const QString &text)
 {
     const QStringList lines = text.split(u'\n');
     if (lines.size() < 4)
@@ -89,7 +90,7 @@ QString ChooseStreamFromPlaylist(const QString &text)
     return fallback;
 }
 
-QString UsableAddress(const QString &chosen)
+QString usableAddress(const QString &chosen)
 {
     qsizetype end = chosen.size();
     while (end > 0 && (chosen[end - 1] == u'\r' || chosen[end - 1] == u'\n' || chosen[end - 1] == u' '))

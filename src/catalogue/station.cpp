@@ -4,7 +4,7 @@ Station Station::newStation()
 {
     Station s;
     s.Format = QStringLiteral("mp3");
-    s.OutputFile = DefaultOutputFile;
+    s.OutputFile = defaultOutputFile;
     s.SingleSong = true;
     return s;
 }

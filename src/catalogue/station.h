@@ -23,5 +23,5 @@ struct Station
     // A station as an import creates it: mp3, one file per song, the default template.
     static Station newStation();
 
-    static inline const QString DefaultOutputFile = QStringLiteral(".\\%STATION%_%SONG%_%DATE%_%TIME%.mp3");
+    static inline const QString defaultOutputFile = QStringLiteral(".\\%STATION%_%SONG%_%DATE%_%TIME%.mp3");
 };

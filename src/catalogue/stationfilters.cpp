@@ -4,16 +4,16 @@
 
 void StationFilters::load()
 {
-    genre = SettingsStore::GetSetting(SettingsStore::OptGenre);
-    category = SettingsStore::GetSetting(SettingsStore::OptCategory);
-    type = SettingsStore::GetSetting(SettingsStore::OptType);
-    rating = SettingsStore::GetSetting(SettingsStore::OptRating);
+    genre = SettingsStore::getSetting(SettingsStore::OptGenre);
+    category = SettingsStore::getSetting(SettingsStore::OptCategory);
+    type = SettingsStore::getSetting(SettingsStore::OptType);
+    rating = SettingsStore::getSetting(SettingsStore::OptRating);
 }
 
 void StationFilters::save() const
 {
-    SettingsStore::SaveSetting(SettingsStore::OptGenre, genre);
-    SettingsStore::SaveSetting(SettingsStore::OptCategory, category);
-    SettingsStore::SaveSetting(SettingsStore::OptType, type);
-    SettingsStore::SaveSetting(SettingsStore::OptRating, rating);
+    SettingsStore::saveSetting(SettingsStore::OptGenre, genre);
+    SettingsStore::saveSetting(SettingsStore::OptCategory, category);
+    SettingsStore::saveSetting(SettingsStore::OptType, type);
+    SettingsStore::saveSetting(SettingsStore::OptRating, rating);
 }

@@ -6,8 +6,8 @@ namespace {
 
 QString clean(const QString &text, qsizetype limit)
 {
-    QString result = TrimBlanks(text);
-    StripFileNameChars(result);
+    QString result = trimBlanks(text);
+    stripFileNameChars(result);
     if (result.size() > limit)
         result.truncate(limit);
     return result;
@@ -15,7 +15,7 @@ QString clean(const QString &text, qsizetype limit)
 
 } // namespace
 
-void StripFileNameChars(QString &text)
+void stripFileNameChars(QString &text)
 {
     static const QString removed[] = {
         QStringLiteral("/"), QStringLiteral("\\"), QStringLiteral(":"), QStringLiteral("*"), QStringLiteral("?"),
@@ -25,22 +25,22 @@ void StripFileNameChars(QString &text)
         text.remove(r);
 }
 
-QString CleanName(const QString &text)
+QString cleanName(const QString &text)
 {
     return clean(text, 60);
 }
 
-QString CleanShortName(const QString &text)
+QString cleanShortName(const QString &text)
 {
     return clean(text, 30);
 }
 
-QString TrimBlanks(const QString &text)
+QString trimBlanks(const QString &text)
 {
-    return TrimBlanks(QStringView(text)).toString();
+    return trimBlanks(QStringView(text)).toString();
 }
 
-QStringView TrimBlanks(QStringView text)
+QStringView trimBlanks(QStringView text)
 {
     qsizetype begin = 0;
     qsizetype end = text.size();

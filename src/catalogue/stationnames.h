@@ -8,16 +8,16 @@ namespace StationNames {
 
 // Removes "/", "\", ":", "*", "?", "''" (two apostrophes; a single one stays),
 // "<", ">" and "|", in that order.
-void StripFileNameChars(QString &text);
+void stripFileNameChars(QString &text);
 
 // Trimmed of blanks, stripped, cut to 60 characters.
-QString CleanName(const QString &text);
+QString cleanName(const QString &text);
 
 // The same, cut to 30 characters: names inside recorded file names.
-QString CleanShortName(const QString &text);
+QString cleanShortName(const QString &text);
 
 // Removes blanks (spaces only, not tabs or line ends) at both ends.
-QString TrimBlanks(const QString &text);
-QStringView TrimBlanks(QStringView text);
+QString trimBlanks(const QString &text);
+QStringView trimBlanks(QStringView text);
 
 } // namespace StationNames

@@ -3,4 +3,4 @@
 #include <QColor>
 
 // amountOfA of a blended with the rest of b, channel by channel; opaque.
-QColor MixColors(const QColor &a, const QColor &b, qreal amountOfA);
+QColor mixColors(const QColor &a, const QColor &b, qreal amountOfA);

@@ -207,7 +207,7 @@ std::vector<int> GridData::reorder(const std::vector<int> &order)
     return newRowOf;
 }
 
-QDateTime GridData::CellDate(const QString &text)
+QDateTime GridData::cellDate(const QString &text)
 {
     QDateTime when = QDateTime::fromString(text, Qt::ISODate);
     if (!when.isValid())

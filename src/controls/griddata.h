@@ -87,7 +87,7 @@ class GridData
 {
 public:
     // A Date cell's text as a moment: ISO form first, then the locale's short form.
-    static QDateTime CellDate(const QString &text);
+    static QDateTime cellDate(const QString &text);
 
     // Returns the new column's index, which is also its position.
     int addColumn(GridColumn column);

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr int ResizeGrip = 4;
-constexpr int MinimumWidth = 8;
+constexpr int resizeGrip = 4;
+constexpr int minColumnWidth = 8;
 
 } // namespace
 
@@ -35,7 +35,7 @@ int GridHeader::edgeAt(int x) const
             continue;
         const int right = m_grid.ColLeft(col) + m_grid.ColWidth(col) - m_grid.xOffset();
         // The last edge within reach wins, so that a narrow column can still be widened.
-        if (qAbs(x - right) <= ResizeGrip)
+        if (qAbs(x - right) <= resizeGrip)
             found = col;
     }
     return found;
@@ -57,7 +57,7 @@ void GridHeader::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() != Qt::LeftButton)
         return;
-    m_grid.CommitEdit();
+    m_grid.commitEdit();
     const int x = event->position().toPoint().x();
     m_pressX = x;
     const int edge = edgeAt(x);
@@ -76,7 +76,7 @@ void GridHeader::mouseMoveEvent(QMouseEvent *event)
     const int x = event->position().toPoint().x();
     switch (m_mode) {
     case Mode::Resizing:
-        m_grid.SetColWidth(m_col, qMax(MinimumWidth, m_startWidth + x - m_pressX));
+        m_grid.setColWidth(m_col, qMax(minColumnWidth, m_startWidth + x - m_pressX));
         return;
     case Mode::Pressed:
         if (!m_grid.ColumnDrag() || qAbs(x - m_pressX) < QApplication::startDragDistance())
@@ -117,8 +117,8 @@ void GridHeader::mouseReleaseEvent(QMouseEvent *event)
         // Dropping before a column right of the dragged one lands one place left of it.
         const int target = m_drop > m_col ? m_drop - 1 : m_drop;
         if (target != m_col && target >= 0) {
-            m_grid.SetColPosition(m_grid.m_data.indexAt(m_col), target);
-            emit m_grid.ColumnMoved(target);
+            m_grid.setColPosition(m_grid.m_data.indexAt(m_col), target);
+            emit m_grid.columnMoved(target);
         }
         break;
     }

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
-int GridLook::ThemeIndexOf(const ThemeColors &colors)
+int GridLook::themeIndexOf(const ThemeColors &colors)
 {
     static_assert(std::has_unique_object_representations_v<ThemeColors>, "compared byte by byte");
     const auto same = [&colors](const ThemeColors &theme) {
@@ -21,18 +21,18 @@ int GridLook::ThemeIndexOf(const ThemeColors &colors)
 void GridLook::setTheme(const ThemeColors &colors)
 {
     const auto color = [](quint32 argb) { return QColor::fromRgba(argb); };
-    back = color(colors.Back);
-    backAlt = color(colors.BackAlt);
-    backBkg = color(colors.BackBkg);
-    backFixed = color(colors.BackFixed);
-    backSel = color(colors.BackSel);
-    backEdit = color(colors.BackEdit);
-    fore = color(colors.Fore);
-    foreFixed = color(colors.ForeFixed);
-    foreSel = color(colors.ForeSel);
-    foreHdr = color(colors.ForeHdr);
-    foreEdit = color(colors.ForeEdit);
-    grid = color(colors.Grid);
-    progress = color(colors.ProgressBar);
-    focusRect = color(colors.FocusRect);
+    back = color(colors.back);
+    backAlt = color(colors.backAlt);
+    backBkg = color(colors.backBkg);
+    backFixed = color(colors.backFixed);
+    backSel = color(colors.backSel);
+    backEdit = color(colors.backEdit);
+    fore = color(colors.fore);
+    foreFixed = color(colors.foreFixed);
+    foreSel = color(colors.foreSel);
+    foreHdr = color(colors.foreHdr);
+    foreEdit = color(colors.foreEdit);
+    grid = color(colors.grid);
+    progress = color(colors.progressBar);
+    focusRect = color(colors.focusRect);
 }

@@ -8,7 +8,7 @@ struct ThemeColors;
 struct GridLook
 {
     // Which of the program's themes a set of colours is; -1 for colours of no theme.
-    static int ThemeIndexOf(const ThemeColors &colors);
+    static int themeIndexOf(const ThemeColors &colors);
 
     // Takes every colour a theme has; foreTotals, which no theme has, stays.
     void setTheme(const ThemeColors &colors);

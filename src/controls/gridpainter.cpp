@@ -65,12 +65,12 @@ QString GridPainter::displayText(int row, int col) const
     if (column.type == GridColumnType::Number) {
         const qsizetype point = column.format.indexOf(u'.');
         const int decimals = point < 0 ? 0 : static_cast<int>(column.format.size() - point - 1);
-        const double value = Convert::LeadingNumber(text);
+        const double value = Convert::leadingNumber(text);
         return column.format.contains(u',') ? QLocale().toString(value, 'f', decimals)
                                             : QString::number(value, 'f', decimals);
     }
     if (column.type == GridColumnType::Date) {
-        const QDateTime when = GridData::CellDate(text);
+        const QDateTime when = GridData::cellDate(text);
         return when.isValid() ? when.toString(column.format) : text;
     }
     return text;
@@ -112,7 +112,7 @@ void GridPainter::paintRow(QPainter &p, int row, int display, int y, const QRect
     }
 
     if (row != m_grid.m_row || m_grid.m_focusMode == GridFocusMode::None || !m_grid.hasFocus() ||
-        m_grid.IsEditing())
+        m_grid.isEditing())
         return;
     if (m_grid.m_focusMode == GridFocusMode::Row) {
         paintFocus(p, QRect(-m_grid.xOffset(), y, m_grid.contentWidth(), m_grid.m_rowHeight),
@@ -170,12 +170,12 @@ void GridPainter::paintCell(QPainter &p, int row, int col, const QRect &rect, bo
     if (selected && !m_grid.m_alphaBlend)
         fore = m_grid.m_look.foreSel;
 
-    QRect area = rect.adjusted(CellPadding, 0, -CellPadding, 0);
+    QRect area = rect.adjusted(cellPadding, 0, -cellPadding, 0);
     const bool firstCol = col == m_grid.firstVisibleCol();
     if (firstCol && m_grid.m_checkBoxes) {
         const QRect box = m_grid.itemCheckRect(row);
         paintCheck(p, box, item.flags & GridItem::Checked, fore);
-        area.setLeft(box.right() + CellPadding);
+        area.setLeft(box.right() + cellPadding);
     }
 
     int image = extra ? extra->image : -1;
@@ -193,9 +193,9 @@ void GridPainter::paintCell(QPainter &p, int row, int col, const QRect &rect, bo
         const QIcon::Mode mode = selected && m_grid.m_selectImages ? QIcon::Selected : QIcon::Normal;
         m_grid.m_images.at(image).paint(&p, QRect(x, rect.top() + 3, size, size), Qt::AlignCenter, mode);
         if (column.imageAlignment & Qt::AlignRight)
-            area.setRight(x - CellPadding);
+            area.setRight(x - cellPadding);
         else if (!(column.imageAlignment & Qt::AlignHCenter))
-            area.setLeft(x + size + CellPadding);
+            area.setLeft(x + size + cellPadding);
     }
 
     const Qt::Alignment alignment = m_grid.m_data.cellAlignment(row, col);
@@ -209,7 +209,7 @@ void GridPainter::paintCell(QPainter &p, int row, int col, const QRect &rect, bo
         const ProgressColors colors{blend(m_grid.m_look.progress, m_grid.m_look.back, 0.2),
                                     m_grid.m_look.progress, m_grid.m_look.grid, m_grid.m_look.fore,
                                     m_grid.m_look.foreSel};
-        PaintProgress(p, area.adjusted(0, 3, 0, -3), extra->progress / 100.0, QString(), colors);
+        paintProgress(p, area.adjusted(0, 3, 0, -3), extra->progress / 100.0, QString(), colors);
     }
 
     const QString text = displayText(row, col);
@@ -243,7 +243,7 @@ void GridPainter::paintHeader(QPainter &p, int width, int hotCol, int dropCol) c
     const int height = m_grid.headerHeight();
     p.fillRect(0, 0, width, height, m_grid.m_look.backFixed);
     int x = -m_grid.xOffset();
-    const int sortCol = m_grid.SortColumn();
+    const int sortCol = m_grid.sortColumn();
     for (int col = 0; col < m_grid.Cols(); ++col) {
         const GridColumn &column = m_grid.m_data.column(col);
         if (!column.visible)
@@ -266,7 +266,7 @@ void GridPainter::paintHeader(QPainter &p, int width, int hotCol, int dropCol) c
         p.setPen(m_grid.m_look.grid);
         p.drawLine(rect.right(), rect.top() + 3, rect.right(), rect.bottom() - 3);
 
-        QRect text = rect.adjusted(CellPadding - 1, 0, -(CellPadding - 1), 0);
+        QRect text = rect.adjusted(cellPadding - 1, 0, -(cellPadding - 1), 0);
         if (col == sortCol && text.width() > 16) {
             // The sort mark: a small triangle at the right, up for ascending.
             const int cx = text.right() - 4;

@@ -12,7 +12,7 @@ class GridPainter
 {
 public:
     // Room between a cell's edge and its content.
-    static constexpr int CellPadding = 4;
+    static constexpr int cellPadding = 4;
 
     explicit GridPainter(const LynxGrid &grid) : m_grid(grid) {}
 

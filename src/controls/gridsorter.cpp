@@ -24,7 +24,7 @@ void orderByKeys(std::vector<int> &rows, const std::vector<Key> &keys, bool desc
 
 } // namespace
 
-std::vector<int> GridSorter::Order(const GridData &data, int col, bool descending,
+std::vector<int> GridSorter::order(const GridData &data, int col, bool descending,
                                    const CustomCompare &custom)
 {
     const int index = data.indexAt(col);
@@ -44,12 +44,12 @@ std::vector<int> GridSorter::Order(const GridData &data, int col, bool descendin
 
     switch (data.column(col).type) {
     case GridColumnType::Number:
-        orderByKeys(rows, keysOf([&](int row) { return Convert::LeadingNumber(cell(row).text); }),
+        orderByKeys(rows, keysOf([&](int row) { return Convert::leadingNumber(cell(row).text); }),
                     descending);
         break;
     case GridColumnType::Date:
         orderByKeys(rows, keysOf([&](int row) {
-                        const QDateTime when = GridData::CellDate(cell(row).text);
+                        const QDateTime when = GridData::cellDate(cell(row).text);
                         return when.isValid() ? double(when.toMSecsSinceEpoch()) : -1e300;
                     }),
                     descending);

@@ -15,6 +15,6 @@ public:
     using CustomCompare = std::function<int(const QString &, const QString &)>;
 
     // The rows in their new order (new row -> old row); equal cells keep their order.
-    static std::vector<int> Order(const GridData &data, int col, bool descending,
+    static std::vector<int> order(const GridData &data, int col, bool descending,
                                   const CustomCompare &custom);
 };

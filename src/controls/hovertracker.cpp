@@ -36,5 +36,5 @@ void HoverTracker::setHovered(bool hovered)
     if (hovered == m_hovered)
         return;
     m_hovered = hovered;
-    emit HoverChanged(hovered);
+    emit hoverChanged(hovered);
 }

@@ -16,10 +16,10 @@ public:
     // Watches widget, which also becomes the tracker's parent.
     explicit HoverTracker(QWidget *widget);
 
-    bool IsHovered() const { return m_hovered; }
+    bool isHovered() const { return m_hovered; }
 
 signals:
-    void HoverChanged(bool hovered);
+    void hoverChanged(bool hovered);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -13,7 +13,7 @@ LynxGrid::LynxGrid(QWidget *parent)
 {
     // Every grid is a table to screen readers, whoever hosts it.
     static const bool accessible = [] {
-        QAccessible::installFactory(&LynxGridAccessible::Factory);
+        QAccessible::installFactory(&LynxGridAccessible::factory);
         return true;
     }();
     Q_UNUSED(accessible);
@@ -23,9 +23,9 @@ LynxGrid::LynxGrid(QWidget *parent)
     viewport()->setAutoFillBackground(false);
     verticalScrollBar()->setSingleStep(1);
     horizontalScrollBar()->setSingleStep(20);
-    SetThemeColors(Themes::paleBlue());
-    SetBorderStyle(GridBorder::Single);
-    SetAutoSizeRow(true);
+    setThemeColors(Themes::paleBlue());
+    setBorderStyle(GridBorder::Single);
+    setAutoSizeRow(true);
 }
 
 LynxGrid::~LynxGrid()
@@ -62,8 +62,8 @@ int LynxGrid::AddItem(const QString &text, int row)
     if (count == m_data.capacity())
         m_data.reserve(qMax(count * 2, count + qMax(1, m_cacheIncrement)));
     const bool inserted = m_data.validRow(row);
-    if (inserted && IsEditing() && m_editor->row() >= row)
-        CancelEdit();
+    if (inserted && isEditing() && m_editor->row() >= row)
+        cancelEdit();
     row = m_data.insertItem(row);
     if (inserted) {
         if (m_row >= row)
@@ -86,8 +86,8 @@ void LynxGrid::RemoveItem(int row)
 {
     if (!m_data.validRow(row))
         return;
-    if (IsEditing() && m_editor->row() >= row)
-        CancelEdit();
+    if (isEditing() && m_editor->row() >= row)
+        cancelEdit();
     m_data.removeItem(row);
     rearranged();
     const int last = m_data.itemCount() - 1;
@@ -104,7 +104,7 @@ void LynxGrid::RemoveItem(int row)
 
 void LynxGrid::Clear()
 {
-    CancelEdit();
+    cancelEdit();
     m_data.clear();
     rearranged();
     const bool hadRow = m_row >= 0;
@@ -135,7 +135,7 @@ QString LynxGrid::FormatString() const
     return parts.join(u'|');
 }
 
-void LynxGrid::SetFormatString(const QString &format)
+void LynxGrid::setFormatString(const QString &format)
 {
     const QStringList parts = format.split(u'|');
     for (int i = 0; i < parts.size(); ++i) {
@@ -157,7 +157,7 @@ void LynxGrid::SetFormatString(const QString &format)
     layoutChanged();
 }
 
-void LynxGrid::SetFormatCells(bool on)
+void LynxGrid::setFormatCells(bool on)
 {
     m_formatCells = on;
     refresh();
@@ -168,7 +168,7 @@ void LynxGrid::BindControl(int col, QWidget *control)
     m_editor->bindControl(col, control);
 }
 
-void LynxGrid::SetCacheIncrement(int items)
+void LynxGrid::setCacheIncrement(int items)
 {
     m_cacheIncrement = qMax(0, items);
 }
@@ -180,7 +180,7 @@ QString LynxGrid::ColHeading(int col) const
     return m_data.validPosition(col) ? m_data.column(col).heading : QString();
 }
 
-void LynxGrid::SetColHeading(int col, const QString &heading)
+void LynxGrid::setColHeading(int col, const QString &heading)
 {
     if (!m_data.validPosition(col))
         return;
@@ -193,7 +193,7 @@ int LynxGrid::ColWidth(int col) const
     return m_data.validPosition(col) ? m_data.column(col).width : 0;
 }
 
-void LynxGrid::SetColWidth(int col, int width)
+void LynxGrid::setColWidth(int col, int width)
 {
     if (!m_data.validPosition(col))
         return;
@@ -206,7 +206,7 @@ Qt::Alignment LynxGrid::ColAlignment(int col) const
     return m_data.validPosition(col) ? m_data.column(col).alignment : Qt::Alignment();
 }
 
-void LynxGrid::SetColAlignment(int col, Qt::Alignment alignment)
+void LynxGrid::setColAlignment(int col, Qt::Alignment alignment)
 {
     if (!m_data.validPosition(col))
         return;
@@ -219,7 +219,7 @@ Qt::Alignment LynxGrid::ColImageAlignment(int col) const
     return m_data.validPosition(col) ? m_data.column(col).imageAlignment : Qt::Alignment();
 }
 
-void LynxGrid::SetColImageAlignment(int col, Qt::Alignment alignment)
+void LynxGrid::setColImageAlignment(int col, Qt::Alignment alignment)
 {
     if (!m_data.validPosition(col))
         return;
@@ -232,7 +232,7 @@ QString LynxGrid::ColFormat(int col) const
     return m_data.validPosition(col) ? m_data.column(col).format : QString();
 }
 
-void LynxGrid::SetColFormat(int col, const QString &format)
+void LynxGrid::setColFormat(int col, const QString &format)
 {
     if (!m_data.validPosition(col))
         return;
@@ -245,7 +245,7 @@ GridColumnType LynxGrid::ColType(int col) const
     return m_data.validPosition(col) ? m_data.column(col).type : GridColumnType::Text;
 }
 
-void LynxGrid::SetColType(int col, GridColumnType type)
+void LynxGrid::setColType(int col, GridColumnType type)
 {
     if (!m_data.validPosition(col))
         return;
@@ -258,7 +258,7 @@ QString LynxGrid::ColInputFilter(int col) const
     return m_data.validPosition(col) ? m_data.column(col).inputFilter : QString();
 }
 
-void LynxGrid::SetColInputFilter(int col, const QString &filter)
+void LynxGrid::setColInputFilter(int col, const QString &filter)
 {
     if (m_data.validPosition(col))
         m_data.column(col).inputFilter = filter;
@@ -269,7 +269,7 @@ bool LynxGrid::ColWordWrap(int col) const
     return m_data.validPosition(col) && m_data.column(col).wordWrap;
 }
 
-void LynxGrid::SetColWordWrap(int col, bool wrap)
+void LynxGrid::setColWordWrap(int col, bool wrap)
 {
     if (!m_data.validPosition(col))
         return;
@@ -282,12 +282,12 @@ bool LynxGrid::ColVisible(int col) const
     return m_data.validPosition(col) && m_data.column(col).visible;
 }
 
-void LynxGrid::SetColVisible(int col, bool visible)
+void LynxGrid::setColVisible(int col, bool visible)
 {
     if (!m_data.validPosition(col))
         return;
-    if (!visible && IsEditing() && m_editor->col() == col)
-        CancelEdit();
+    if (!visible && isEditing() && m_editor->col() == col)
+        cancelEdit();
     m_data.column(col).visible = visible;
     layoutChanged();
 }
@@ -297,18 +297,18 @@ QString LynxGrid::ColTag(int col) const
     return m_data.validPosition(col) ? m_data.column(col).tag : QString();
 }
 
-void LynxGrid::SetColTag(int col, const QString &tag)
+void LynxGrid::setColTag(int col, const QString &tag)
 {
     if (m_data.validPosition(col))
         m_data.column(col).tag = tag;
 }
 
-int LynxGrid::ColImage(int col) const
+int LynxGrid::colImage(int col) const
 {
     return m_data.validPosition(col) ? m_data.column(col).image : -1;
 }
 
-void LynxGrid::SetColImage(int col, int image)
+void LynxGrid::setColImage(int col, int image)
 {
     if (!m_data.validPosition(col))
         return;
@@ -316,12 +316,12 @@ void LynxGrid::SetColImage(int col, int image)
     refresh();
 }
 
-QString LynxGrid::ColImageText(int col) const
+QString LynxGrid::colImageText(int col) const
 {
     return m_data.validPosition(col) ? m_data.column(col).imageText : QString();
 }
 
-void LynxGrid::SetColImageText(int col, const QString &text)
+void LynxGrid::setColImageText(int col, const QString &text)
 {
     if (m_data.validPosition(col))
         m_data.column(col).imageText = text;
@@ -332,11 +332,11 @@ int LynxGrid::ColPosition(int index) const
     return m_data.positionOf(index);
 }
 
-void LynxGrid::SetColPosition(int index, int position)
+void LynxGrid::setColPosition(int index, int position)
 {
     if (m_data.positionOf(index) < 0 || !m_data.validPosition(position))
         return;
-    CancelEdit();
+    cancelEdit();
     // The current cell stays on its column wherever that column goes.
     const int currentIndex = m_data.validPosition(m_col) ? m_data.indexAt(m_col) : -1;
     m_data.moveColumn(index, position);
@@ -358,14 +358,14 @@ int LynxGrid::ColLeft(int col) const
 
 // ---- Position ----
 
-void LynxGrid::SetRow(int row)
+void LynxGrid::setRow(int row)
 {
     if (!m_data.validRow(row))
         return;
     GotoCell(row, m_data.validPosition(m_col) ? m_col : firstVisibleCol());
 }
 
-void LynxGrid::SetCol(int col)
+void LynxGrid::setCol(int col)
 {
     if (!m_data.validPosition(col))
         return;
@@ -379,7 +379,7 @@ int LynxGrid::TopRow() const
     return m_data.rowAtDisplay(topDisplay());
 }
 
-void LynxGrid::SetTopRow(int row)
+void LynxGrid::setTopRow(int row)
 {
     const int display = m_data.displayOf(row);
     if (display < 0)
@@ -420,26 +420,26 @@ int LynxGrid::FindItem(const QString &text, int col, int startRow, bool partial)
 
 // ---- Sorting ----
 
-int LynxGrid::SortColumn() const
+int LynxGrid::sortColumn() const
 {
     return m_sortIndex < 0 ? -1 : m_data.positionOf(m_sortIndex);
 }
 
 // ---- Editing ----
 
-void LynxGrid::SetBackColorEdit(const QColor &color)
+void LynxGrid::setBackColorEdit(const QColor &color)
 {
     m_look.backEdit = color;
     m_editor->setColor(QPalette::Base, color);
 }
 
-void LynxGrid::SetForeColorEdit(const QColor &color)
+void LynxGrid::setForeColorEdit(const QColor &color)
 {
     m_look.foreEdit = color;
     m_editor->setColor(QPalette::Text, color);
 }
 
-void LynxGrid::SetCheckBoxes(bool on)
+void LynxGrid::setCheckBoxes(bool on)
 {
     m_checkBoxes = on;
     refresh();
@@ -447,26 +447,26 @@ void LynxGrid::SetCheckBoxes(bool on)
 
 // ---- Sizes ----
 
-void LynxGrid::SetRowHeight(int height)
+void LynxGrid::setRowHeight(int height)
 {
     m_autoSizeRow = false;
     m_rowHeight = qMax(1, height);
     layoutChanged();
 }
 
-void LynxGrid::SetRowHeightMin(int height)
+void LynxGrid::setRowHeightMin(int height)
 {
     m_rowHeightMin = qMax(0, height);
-    SetAutoSizeRow(m_autoSizeRow);
+    setAutoSizeRow(m_autoSizeRow);
 }
 
-void LynxGrid::SetRowHeightMax(int height)
+void LynxGrid::setRowHeightMax(int height)
 {
     m_rowHeightMax = qMax(0, height);
-    SetAutoSizeRow(m_autoSizeRow);
+    setAutoSizeRow(m_autoSizeRow);
 }
 
-void LynxGrid::SetAutoSizeRow(bool on)
+void LynxGrid::setAutoSizeRow(bool on)
 {
     m_autoSizeRow = on;
     if (on) {
@@ -480,7 +480,7 @@ void LynxGrid::SetAutoSizeRow(bool on)
     layoutChanged();
 }
 
-void LynxGrid::SetGridLineWidth(int width)
+void LynxGrid::setGridLineWidth(int width)
 {
     m_gridLineWidth = qMax(0, width);
     refresh();
@@ -494,110 +494,105 @@ void LynxGrid::setLook(QColor &field, const QColor &value)
     refresh();
 }
 
-void LynxGrid::SetBackColor(const QColor &color) { setLook(m_look.back, color); }
-void LynxGrid::SetBackColorAlt(const QColor &color) { setLook(m_look.backAlt, color); }
-void LynxGrid::SetBackColorBkg(const QColor &color) { setLook(m_look.backBkg, color); }
-void LynxGrid::SetBackColorFixed(const QColor &color) { setLook(m_look.backFixed, color); }
-void LynxGrid::SetBackColorSel(const QColor &color) { setLook(m_look.backSel, color); }
-void LynxGrid::SetForeColor(const QColor &color) { setLook(m_look.fore, color); }
-void LynxGrid::SetForeColorFixed(const QColor &color) { setLook(m_look.foreFixed, color); }
-void LynxGrid::SetForeColorSel(const QColor &color) { setLook(m_look.foreSel, color); }
-void LynxGrid::SetForeColorHdr(const QColor &color) { setLook(m_look.foreHdr, color); }
-void LynxGrid::SetGridColor(const QColor &color) { setLook(m_look.grid, color); }
-void LynxGrid::SetProgressBarColor(const QColor &color) { setLook(m_look.progress, color); }
-void LynxGrid::SetFocusRectColor(const QColor &color) { setLook(m_look.focusRect, color); }
+void LynxGrid::setBackColor(const QColor &color) { setLook(m_look.back, color); }
+void LynxGrid::setBackColorAlt(const QColor &color) { setLook(m_look.backAlt, color); }
+void LynxGrid::setBackColorBkg(const QColor &color) { setLook(m_look.backBkg, color); }
+void LynxGrid::setBackColorFixed(const QColor &color) { setLook(m_look.backFixed, color); }
+void LynxGrid::setBackColorSel(const QColor &color) { setLook(m_look.backSel, color); }
+void LynxGrid::setForeColor(const QColor &color) { setLook(m_look.fore, color); }
+void LynxGrid::setForeColorFixed(const QColor &color) { setLook(m_look.foreFixed, color); }
+void LynxGrid::setForeColorSel(const QColor &color) { setLook(m_look.foreSel, color); }
+void LynxGrid::setForeColorHdr(const QColor &color) { setLook(m_look.foreHdr, color); }
+void LynxGrid::setGridColor(const QColor &color) { setLook(m_look.grid, color); }
+void LynxGrid::setProgressBarColor(const QColor &color) { setLook(m_look.progress, color); }
+void LynxGrid::setFocusRectColor(const QColor &color) { setLook(m_look.focusRect, color); }
 
-void LynxGrid::SetGridLines(GridLineMode mode)
+void LynxGrid::setGridLines(GridLineMode mode)
 {
     m_gridLines = mode;
     refresh();
 }
 
-void LynxGrid::SetFocusRectMode(GridFocusMode mode)
+void LynxGrid::setFocusRectMode(GridFocusMode mode)
 {
     m_focusMode = mode;
     refresh();
 }
 
-void LynxGrid::SetFocusRectStyle(GridFocusStyle style)
+void LynxGrid::setFocusRectStyle(GridFocusStyle style)
 {
     m_focusStyle = style;
     refresh();
 }
 
-void LynxGrid::SetAlphaBlendSelection(bool on)
+void LynxGrid::setAlphaBlendSelection(bool on)
 {
     m_alphaBlend = on;
     refresh();
 }
 
-void LynxGrid::SetApplySelectionToImages(bool on)
+void LynxGrid::setApplySelectionToImages(bool on)
 {
     m_selectImages = on;
     refresh();
 }
 
-void LynxGrid::SetHotHeaderTracking(bool on)
+void LynxGrid::setHotHeaderTracking(bool on)
 {
     m_hotHeader = on;
     refresh();
 }
 
-void LynxGrid::SetDisplayEllipsis(bool on)
+void LynxGrid::setDisplayEllipsis(bool on)
 {
     m_ellipsis = on;
     refresh();
 }
 
-void LynxGrid::SetHideSelection(bool on)
+void LynxGrid::setHideSelection(bool on)
 {
     m_hideSelection = on;
     refresh();
 }
 
-void LynxGrid::SetFullRowSelect(bool on)
+void LynxGrid::setFullRowSelect(bool on)
 {
     m_fullRowSelect = on;
     refresh();
 }
 
-void LynxGrid::SetMultiSelect(bool on)
+void LynxGrid::setMultiSelect(bool on)
 {
     m_multiSelect = on;
     if (!on && m_row >= 0 && SelectedCount() > 1)
         selectOnly(m_row);
 }
 
-void LynxGrid::SetBorderStyle(GridBorder border)
+void LynxGrid::setBorderStyle(GridBorder border)
 {
     m_border = border;
     setFrameShape(border == GridBorder::None ? QFrame::NoFrame : QFrame::StyledPanel);
 }
 
-void LynxGrid::SetFont(const QFont &font)
-{
-    setFont(font);
-}
-
-void LynxGrid::SetImageList(const QList<QIcon> &images)
+void LynxGrid::setImageList(const QList<QIcon> &images)
 {
     m_images = images;
     refresh();
 }
 
-void LynxGrid::SetThemeColor(int themeIndex)
+void LynxGrid::setThemeColor(int themeIndex)
 {
     if (themeIndex == Themes::PaleBlue)
-        SetThemeColors(Themes::paleBlue());
+        setThemeColors(Themes::paleBlue());
     else if (themeIndex == Themes::BlackNight)
-        SetThemeColors(Themes::blackNight());
+        setThemeColors(Themes::blackNight());
     else
         m_themeIndex = themeIndex;
 }
 
-void LynxGrid::SetThemeColors(const ThemeColors &colors)
+void LynxGrid::setThemeColors(const ThemeColors &colors)
 {
-    m_themeIndex = GridLook::ThemeIndexOf(colors);
+    m_themeIndex = GridLook::themeIndexOf(colors);
     m_look.setTheme(colors);
     m_editor->setColor(QPalette::Base, m_look.backEdit);
     m_editor->setColor(QPalette::Text, m_look.foreEdit);
@@ -605,7 +600,7 @@ void LynxGrid::SetThemeColors(const ThemeColors &colors)
     emit ThemeChanged();
 }
 
-void LynxGrid::SetThemeStyle(GridThemeStyle style)
+void LynxGrid::setThemeStyle(GridThemeStyle style)
 {
     m_themeStyle = style;
     refresh();
@@ -618,13 +613,13 @@ bool LynxGrid::ScrollTrack() const
     return verticalScrollBar()->hasTracking();
 }
 
-void LynxGrid::SetScrollTrack(bool on)
+void LynxGrid::setScrollTrack(bool on)
 {
     verticalScrollBar()->setTracking(on);
     horizontalScrollBar()->setTracking(on);
 }
 
-void LynxGrid::SetRedraw(bool on)
+void LynxGrid::setRedraw(bool on)
 {
     m_redraw = on;
     if (on) {
@@ -649,7 +644,7 @@ void LynxGrid::announceCurrent()
         return;
     QAccessibleEvent event(this, QAccessible::Focus);
     if (m_data.validRow(m_row) && m_data.validPosition(m_col))
-        event.setChild(LynxGridAccessible::ChildIndex(*this, m_row, m_col));
+        event.setChild(LynxGridAccessible::childIndex(*this, m_row, m_col));
     QAccessible::updateAccessibility(&event);
 }
 

@@ -66,10 +66,10 @@ public:
     int ItemCount() const { return m_data.itemCount(); }
     // Headings separated by "|", each optionally led by "<" (left), "^" (centre) or ">" (right).
     QString FormatString() const;
-    void SetFormatString(const QString &format);
+    void setFormatString(const QString &format);
     // When on, cells of columns with a ColFormat are drawn through that format.
     bool FormatCells() const { return m_formatCells; }
-    void SetFormatCells(bool on);
+    void setFormatCells(bool on);
     // Edits of the column go through control (a QComboBox or any widget with a
     // "text" property) instead of the edit box; nullptr unbinds. The grid takes
     // the control into its view and never sets its value: the host does that in
@@ -77,120 +77,120 @@ public:
     void BindControl(int col, QWidget *control);
     // Room for items grows by at least this many at a time.
     int CacheIncrement() const { return m_cacheIncrement; }
-    void SetCacheIncrement(int items);
+    void setCacheIncrement(int items);
 
     // Columns
     QString ColHeading(int col) const;
-    void SetColHeading(int col, const QString &heading);
+    void setColHeading(int col, const QString &heading);
     int ColWidth(int col) const;
-    void SetColWidth(int col, int width);
+    void setColWidth(int col, int width);
     Qt::Alignment ColAlignment(int col) const;
-    void SetColAlignment(int col, Qt::Alignment alignment);
+    void setColAlignment(int col, Qt::Alignment alignment);
     Qt::Alignment ColImageAlignment(int col) const;
-    void SetColImageAlignment(int col, Qt::Alignment alignment);
+    void setColImageAlignment(int col, Qt::Alignment alignment);
     // Number columns: "0.00" gives two decimals; Date columns: a QDateTime format.
     QString ColFormat(int col) const;
-    void SetColFormat(int col, const QString &format);
+    void setColFormat(int col, const QString &format);
     GridColumnType ColType(int col) const;
-    void SetColType(int col, GridColumnType type);
+    void setColType(int col, GridColumnType type);
     // The characters a user may type into the column's cells ("<" lower-cases and
     // ">" upper-cases instead); backspace (8) and code 46 always pass.
     QString ColInputFilter(int col) const;
-    void SetColInputFilter(int col, const QString &filter);
+    void setColInputFilter(int col, const QString &filter);
     bool ColWordWrap(int col) const;
-    void SetColWordWrap(int col, bool wrap);
+    void setColWordWrap(int col, bool wrap);
     bool ColVisible(int col) const;
-    void SetColVisible(int col, bool visible);
+    void setColVisible(int col, bool visible);
     QString ColTag(int col) const;
-    void SetColTag(int col, const QString &tag);
-    int ColImage(int col) const;
-    void SetColImage(int col, int image);
+    void setColTag(int col, const QString &tag);
+    int colImage(int col) const;
+    void setColImage(int col, int image);
     // The name a screen reader gives the column's cells that have no text, such as
     // cells that only show the column's image.
-    QString ColImageText(int col) const;
-    void SetColImageText(int col, const QString &text);
+    QString colImageText(int col) const;
+    void setColImageText(int col, const QString &text);
     // The current position of the column created as index; -1 when there is none.
     int ColPosition(int index) const;
-    void SetColPosition(int index, int position);
+    void setColPosition(int index, int position);
     // Left edge of the column in the scrolled content, in pixels.
     int ColLeft(int col) const;
     bool ColumnDrag() const { return m_columnDrag; }
-    void SetColumnDrag(bool on) { m_columnDrag = on; }
+    void setColumnDrag(bool on) { m_columnDrag = on; }
     bool ColumnSort() const { return m_columnSort; }
-    void SetColumnSort(bool on) { m_columnSort = on; }
+    void setColumnSort(bool on) { m_columnSort = on; }
     bool AllowUserResizing() const { return m_allowResizing; }
-    void SetAllowUserResizing(bool on) { m_allowResizing = on; }
+    void setAllowUserResizing(bool on) { m_allowResizing = on; }
 
     // Items
     bool ItemChecked(int row) const;
-    void SetItemChecked(int row, bool checked);
+    void setItemChecked(int row, bool checked);
     bool ItemSelected(int row) const;
-    void SetItemSelected(int row, bool selected);
+    void setItemSelected(int row, bool selected);
     bool ItemVisible(int row) const;
-    void SetItemVisible(int row, bool visible);
+    void setItemVisible(int row, bool visible);
     int ItemImage(int row) const;
-    void SetItemImage(int row, int image);
+    void setItemImage(int row, int image);
     QColor ItemBackColor(int row) const;
-    void SetItemBackColor(int row, const QColor &color);
+    void setItemBackColor(int row, const QColor &color);
     QColor ItemForeColor(int row) const;
-    void SetItemForeColor(int row, const QColor &color);
+    void setItemForeColor(int row, const QColor &color);
     bool ItemFontBold(int row) const;
-    void SetItemFontBold(int row, bool bold);
+    void setItemFontBold(int row, bool bold);
     qint32 ItemData(int row) const;
-    void SetItemData(int row, qint32 data);
+    void setItemData(int row, qint32 data);
     QString ItemTag(int row) const;
-    void SetItemTag(int row, const QString &tag);
+    void setItemTag(int row, const QString &tag);
     int CheckedCount() const;
     int SelectedCount() const;
     // The number of whole rows the view shows at its current height.
     int ItemsVisible() const;
     // Kept for hosts that set it; rows never collapse in this grid.
     bool RowCollaps() const { return m_rowCollaps; }
-    void SetRowCollaps(bool on) { m_rowCollaps = on; }
+    void setRowCollaps(bool on) { m_rowCollaps = on; }
     // Kept for hosts that set it; there is no expandable row to show it on.
     int ExpandRowImage() const { return m_expandRowImage; }
-    void SetExpandRowImage(int image) { m_expandRowImage = image; }
+    void setExpandRowImage(int image) { m_expandRowImage = image; }
 
     // Cells. Reading a cell that does not exist gives an empty answer.
     QString CellText(int row, int col) const;
-    void SetCellText(int row, int col, const QString &text);
+    void setCellText(int row, int col, const QString &text);
     int CellImage(int row, int col) const;
-    void SetCellImage(int row, int col, int image);
+    void setCellImage(int row, int col, int image);
     bool CellChecked(int row, int col) const;
-    void SetCellChecked(int row, int col, bool checked);
+    void setCellChecked(int row, int col, bool checked);
     // 0 to 100 draws a progress bar in ProgressBarColor; -1 draws none.
     int CellProgressValue(int row, int col) const;
-    void SetCellProgressValue(int row, int col, int value);
+    void setCellProgressValue(int row, int col, int value);
     Qt::Alignment CellAlignment(int row, int col) const;
-    void SetCellAlignment(int row, int col, Qt::Alignment alignment);
+    void setCellAlignment(int row, int col, Qt::Alignment alignment);
     QColor CellBackColor(int row, int col) const;
-    void SetCellBackColor(int row, int col, const QColor &color);
+    void setCellBackColor(int row, int col, const QColor &color);
     QColor CellForeColor(int row, int col) const;
-    void SetCellForeColor(int row, int col, const QColor &color);
+    void setCellForeColor(int row, int col, const QColor &color);
     QString CellFontName(int row, int col) const;
-    void SetCellFontName(int row, int col, const QString &family);
+    void setCellFontName(int row, int col, const QString &family);
     bool CellFontBold(int row, int col) const;
-    void SetCellFontBold(int row, int col, bool on);
+    void setCellFontBold(int row, int col, bool on);
     bool CellFontItalic(int row, int col) const;
-    void SetCellFontItalic(int row, int col, bool on);
+    void setCellFontItalic(int row, int col, bool on);
     bool CellFontUnderline(int row, int col) const;
-    void SetCellFontUnderline(int row, int col, bool on);
+    void setCellFontUnderline(int row, int col, bool on);
     bool CellWordWrap(int row, int col) const;
-    void SetCellWordWrap(int row, int col, bool wrap);
+    void setCellWordWrap(int row, int col, bool wrap);
     // Set by an accepted edit that changed the text while TrackEdits is on.
     bool CellChanged(int row, int col) const;
-    void SetCellChanged(int row, int col, bool changed);
+    void setCellChanged(int row, int col, bool changed);
     bool TrackEdits() const { return m_trackEdits; }
-    void SetTrackEdits(bool on) { m_trackEdits = on; }
+    void setTrackEdits(bool on) { m_trackEdits = on; }
 
     // Position. Row is -1 when no row is current.
     int Row() const { return m_row; }
     // Makes row current and the only selected row.
-    void SetRow(int row);
+    void setRow(int row);
     int Col() const { return m_col; }
-    void SetCol(int col);
+    void setCol(int col);
     int TopRow() const;
-    void SetTopRow(int row);
+    void setTopRow(int row);
     // Top of the row relative to the rows' area; -1 for a hidden or missing row.
     int RowTop(int row) const;
     int MouseRow() const { return m_mouseRow; }
@@ -202,131 +202,131 @@ public:
     int FindItem(const QString &text, int col = -1, int startRow = 0, bool partial = false) const;
     // The column that typing jumps through when typing does not start an edit; -1 for none.
     int SearchColumn() const { return m_searchColumn; }
-    void SetSearchColumn(int col) { m_searchColumn = col; }
+    void setSearchColumn(int col) { m_searchColumn = col; }
 
     // Sorting
     void Sort(int col, GridSortOrder order = GridSortOrder::Ascending);
     // Position of the column the items were last sorted by; -1 before any sort.
-    int SortColumn() const;
-    GridSortOrder SortOrder() const { return m_sortOrder; }
+    int sortColumn() const;
+    GridSortOrder sortOrder() const { return m_sortOrder; }
 
     // Editing
     bool Editable() const { return m_editable; }
-    void SetEditable(bool on) { m_editable = on; }
+    void setEditable(bool on) { m_editable = on; }
     int EditTrigger() const { return m_editTrigger; }
-    void SetEditTrigger(int triggers) { m_editTrigger = triggers; }
+    void setEditTrigger(int triggers) { m_editTrigger = triggers; }
     // Starts the edit protocol on a cell; true when an edit (or a check toggle) went ahead.
     bool EditCell(int row, int col);
     // Ends the running edit as an update; true when the update was accepted.
-    bool CommitEdit();
-    void CancelEdit();
-    bool IsEditing() const;
+    bool commitEdit();
+    void cancelEdit();
+    bool isEditing() const;
     QColor BackColorEdit() const { return m_look.backEdit; }
-    void SetBackColorEdit(const QColor &color);
+    void setBackColorEdit(const QColor &color);
     QColor ForeColorEdit() const { return m_look.foreEdit; }
-    void SetForeColorEdit(const QColor &color);
+    void setForeColorEdit(const QColor &color);
 
     // Check boxes in front of every item.
     bool CheckBoxes() const { return m_checkBoxes; }
-    void SetCheckBoxes(bool on);
+    void setCheckBoxes(bool on);
 
     // Sizes, in pixels
     int RowHeight() const { return m_rowHeight; }
-    void SetRowHeight(int height);
+    void setRowHeight(int height);
     int RowHeightMin() const { return m_rowHeightMin; }
-    void SetRowHeightMin(int height);
+    void setRowHeightMin(int height);
     int RowHeightMax() const { return m_rowHeightMax; }
-    void SetRowHeightMax(int height);
+    void setRowHeightMax(int height);
     // When on, the row height follows the font, within RowHeightMin and RowHeightMax.
     bool AutoSizeRow() const { return m_autoSizeRow; }
-    void SetAutoSizeRow(bool on);
+    void setAutoSizeRow(bool on);
     // Kept for hosts that set it; every size of this grid is in pixels.
     GridScaleUnits ScaleUnits() const { return m_scaleUnits; }
-    void SetScaleUnits(GridScaleUnits units) { m_scaleUnits = units; }
+    void setScaleUnits(GridScaleUnits units) { m_scaleUnits = units; }
     int GridLineWidth() const { return m_gridLineWidth; }
-    void SetGridLineWidth(int width);
+    void setGridLineWidth(int width);
 
     // Look
     QColor BackColor() const { return m_look.back; }
-    void SetBackColor(const QColor &color);
+    void setBackColor(const QColor &color);
     // Every second row.
-    QColor BackColorAlt() const { return m_look.backAlt; }
-    void SetBackColorAlt(const QColor &color);
+    QColor backColorAlt() const { return m_look.backAlt; }
+    void setBackColorAlt(const QColor &color);
     QColor BackColorBkg() const { return m_look.backBkg; }
-    void SetBackColorBkg(const QColor &color);
+    void setBackColorBkg(const QColor &color);
     QColor BackColorFixed() const { return m_look.backFixed; }
-    void SetBackColorFixed(const QColor &color);
+    void setBackColorFixed(const QColor &color);
     QColor BackColorSel() const { return m_look.backSel; }
-    void SetBackColorSel(const QColor &color);
+    void setBackColorSel(const QColor &color);
     QColor ForeColor() const { return m_look.fore; }
-    void SetForeColor(const QColor &color);
+    void setForeColor(const QColor &color);
     QColor ForeColorFixed() const { return m_look.foreFixed; }
-    void SetForeColorFixed(const QColor &color);
+    void setForeColorFixed(const QColor &color);
     QColor ForeColorSel() const { return m_look.foreSel; }
-    void SetForeColorSel(const QColor &color);
+    void setForeColorSel(const QColor &color);
     // Headings under the mouse and the sort mark.
     QColor ForeColorHdr() const { return m_look.foreHdr; }
-    void SetForeColorHdr(const QColor &color);
+    void setForeColorHdr(const QColor &color);
     // Kept for hosts that set it; this grid draws no totals row.
     QColor ForeColorTotals() const { return m_look.foreTotals; }
-    void SetForeColorTotals(const QColor &color) { m_look.foreTotals = color; }
+    void setForeColorTotals(const QColor &color) { m_look.foreTotals = color; }
     QColor GridColor() const { return m_look.grid; }
-    void SetGridColor(const QColor &color);
+    void setGridColor(const QColor &color);
     GridLineMode GridLines() const { return m_gridLines; }
-    void SetGridLines(GridLineMode mode);
+    void setGridLines(GridLineMode mode);
     QColor ProgressBarColor() const { return m_look.progress; }
-    void SetProgressBarColor(const QColor &color);
+    void setProgressBarColor(const QColor &color);
     QColor FocusRectColor() const { return m_look.focusRect; }
-    void SetFocusRectColor(const QColor &color);
+    void setFocusRectColor(const QColor &color);
     GridFocusMode FocusRectMode() const { return m_focusMode; }
-    void SetFocusRectMode(GridFocusMode mode);
+    void setFocusRectMode(GridFocusMode mode);
     GridFocusStyle FocusRectStyle() const { return m_focusStyle; }
-    void SetFocusRectStyle(GridFocusStyle style);
+    void setFocusRectStyle(GridFocusStyle style);
     // Selected rows blend the selection colour over their own background.
     bool AlphaBlendSelection() const { return m_alphaBlend; }
-    void SetAlphaBlendSelection(bool on);
+    void setAlphaBlendSelection(bool on);
     // Images of selected rows are drawn in their selected state.
     bool ApplySelectionToImages() const { return m_selectImages; }
-    void SetApplySelectionToImages(bool on);
+    void setApplySelectionToImages(bool on);
     bool HotHeaderTracking() const { return m_hotHeader; }
-    void SetHotHeaderTracking(bool on);
+    void setHotHeaderTracking(bool on);
     bool DisplayEllipsis() const { return m_ellipsis; }
-    void SetDisplayEllipsis(bool on);
+    void setDisplayEllipsis(bool on);
     // The selection is not drawn while the grid does not have the focus.
     bool HideSelection() const { return m_hideSelection; }
-    void SetHideSelection(bool on);
+    void setHideSelection(bool on);
     bool FullRowSelect() const { return m_fullRowSelect; }
-    void SetFullRowSelect(bool on);
+    void setFullRowSelect(bool on);
     bool MultiSelect() const { return m_multiSelect; }
-    void SetMultiSelect(bool on);
+    void setMultiSelect(bool on);
     GridBorder BorderStyle() const { return m_border; }
-    void SetBorderStyle(GridBorder border);
+    void setBorderStyle(GridBorder border);
+    // Set with QWidget::setFont.
     QFont Font() const { return font(); }
-    void SetFont(const QFont &font);
     const QList<QIcon> &ImageList() const { return m_images; }
-    void SetImageList(const QList<QIcon> &images);
+    void setImageList(const QList<QIcon> &images);
     // The program's colour theme index (0 "Pale Blue", 1 "Black Night"), also
     // when the theme came as colours; -1 for colours of no theme. Another
     // index is kept and leaves the colours as they are.
     int ThemeColor() const { return m_themeIndex; }
-    void SetThemeColor(int themeIndex);
+    void setThemeColor(int themeIndex);
     // Takes every colour of a theme at once.
-    void SetThemeColors(const ThemeColors &colors) override;
+    void setThemeColors(const ThemeColors &colors) override;
     // Flat or shaded headings.
     GridThemeStyle ThemeStyle() const { return m_themeStyle; }
-    void SetThemeStyle(GridThemeStyle style);
+    void setThemeStyle(GridThemeStyle style);
 
     // Behaviour
     // When off, the rows follow the scroll bar only when its thumb is let go.
     bool ScrollTrack() const;
-    void SetScrollTrack(bool on);
+    void setScrollTrack(bool on);
     // Off stops all drawing (for bulk fills); on brings the view up to date once.
     bool Redraw() const { return m_redraw; }
-    void SetRedraw(bool on);
+    void setRedraw(bool on);
     void RefreshView();
 
     // Rows drawn by the last paint, to check that drawing stays limited to the view.
-    int LastPaintedRows() const { return m_lastPaintedRows; }
+    int lastPaintedRows() const { return m_lastPaintedRows; }
 
 signals:
     void Click();
@@ -338,11 +338,11 @@ signals:
     void MouseMove(int button, int shift, int x, int y);
     void MouseUp(int button, int shift, int x, int y);
     // Raised on mouse release over a cell.
-    void CellClick(int row, int col);
+    void cellClick(int row, int col);
     // Raised on mouse release after a heading was dragged to a new place.
-    void ColumnMoved(int col);
+    void columnMoved(int col);
     // Raised when the mouse moves onto another cell.
-    void MouseCell(int row, int col);
+    void mouseCell(int row, int col);
     // Setting cancel keeps the click from selecting or editing.
     void CellImageClick(int row, int col, int x, int y, bool &cancel);
     void ColumnClick(int col);

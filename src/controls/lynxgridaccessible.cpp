@@ -15,14 +15,14 @@ LynxGridAccessible::~LynxGridAccessible()
         QAccessible::deleteAccessibleInterface(id);
 }
 
-QAccessibleInterface *LynxGridAccessible::Factory(const QString &className, QObject *object)
+QAccessibleInterface *LynxGridAccessible::factory(const QString &className, QObject *object)
 {
     if (className == u"LynxGrid" && object->isWidgetType())
         return new LynxGridAccessible(static_cast<LynxGrid *>(object));
     return nullptr;
 }
 
-int LynxGridAccessible::ChildIndex(const LynxGrid &grid, int row, int col)
+int LynxGridAccessible::childIndex(const LynxGrid &grid, int row, int col)
 {
     return (row + 1) * grid.Cols() + col;
 }
@@ -72,7 +72,7 @@ int LynxGridAccessible::indexOfChild(const QAccessibleInterface *child) const
     const auto *cell = dynamic_cast<const LynxGridCellAccessible *>(child);
     if (!cell || cell->parent() != this)
         return -1;
-    return ChildIndex(grid(), cell->rowIndex(), cell->columnIndex());
+    return childIndex(grid(), cell->rowIndex(), cell->columnIndex());
 }
 
 QAccessibleInterface *LynxGridAccessible::childAt(int x, int y) const
@@ -101,7 +101,7 @@ QAccessibleInterface *LynxGridAccessible::cellAt(int row, int column) const
 {
     if (row < -1 || row >= rowCount() || column < 0 || column >= columnCount())
         return nullptr;
-    return child(ChildIndex(grid(), row, column));
+    return child(childIndex(grid(), row, column));
 }
 
 int LynxGridAccessible::selectedCellCount() const
@@ -158,7 +158,7 @@ bool LynxGridAccessible::selectRow(int row)
 {
     if (row < 0 || row >= rowCount())
         return false;
-    grid().SetItemSelected(row, true);
+    grid().setItemSelected(row, true);
     return true;
 }
 
@@ -166,7 +166,7 @@ bool LynxGridAccessible::unselectRow(int row)
 {
     if (row < 0 || row >= rowCount())
         return false;
-    grid().SetItemSelected(row, false);
+    grid().setItemSelected(row, false);
     return true;
 }
 
@@ -215,7 +215,7 @@ QString LynxGridCellAccessible::text(QAccessible::Text t) const
     const QString cellText = m_grid->CellText(m_row, m_col);
     // A cell that only shows a picture is named by what the picture stands for.
     if (t == QAccessible::Name && cellText.isEmpty())
-        return m_grid->ColImageText(m_col);
+        return m_grid->colImageText(m_col);
     return cellText;
 }
 

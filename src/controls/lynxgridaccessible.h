@@ -16,9 +16,9 @@ public:
     ~LynxGridAccessible() override;
 
     // The interface factory for QAccessible::installFactory.
-    static QAccessibleInterface *Factory(const QString &className, QObject *object);
+    static QAccessibleInterface *factory(const QString &className, QObject *object);
     // The child index of a cell; row -1 is the row of headings.
-    static int ChildIndex(const LynxGrid &grid, int row, int col);
+    static int childIndex(const LynxGrid &grid, int row, int col);
 
     void *interface_cast(QAccessible::InterfaceType type) override;
     int childCount() const override;

@@ -10,7 +10,7 @@ bool LynxGrid::ItemChecked(int row) const
     return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Checked);
 }
 
-void LynxGrid::SetItemChecked(int row, bool checked)
+void LynxGrid::setItemChecked(int row, bool checked)
 {
     if (!m_data.validRow(row))
         return;
@@ -24,7 +24,7 @@ bool LynxGrid::ItemSelected(int row) const
     return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Selected);
 }
 
-void LynxGrid::SetItemSelected(int row, bool selected)
+void LynxGrid::setItemSelected(int row, bool selected)
 {
     if (!m_data.validRow(row))
         return;
@@ -45,12 +45,12 @@ bool LynxGrid::ItemVisible(int row) const
     return m_data.validRow(row) && !(m_data.item(row).flags & GridItem::Hidden);
 }
 
-void LynxGrid::SetItemVisible(int row, bool visible)
+void LynxGrid::setItemVisible(int row, bool visible)
 {
     if (!m_data.validRow(row))
         return;
-    if (!visible && IsEditing() && m_editor->row() == row)
-        CancelEdit();
+    if (!visible && isEditing() && m_editor->row() == row)
+        cancelEdit();
     m_data.setHidden(row, !visible);
     layoutChanged();
 }
@@ -63,7 +63,7 @@ int LynxGrid::ItemImage(int row) const
     return extra ? extra->image : -1;
 }
 
-void LynxGrid::SetItemImage(int row, int image)
+void LynxGrid::setItemImage(int row, int image)
 {
     if (!m_data.validRow(row))
         return;
@@ -77,7 +77,7 @@ QColor LynxGrid::ItemBackColor(int row) const
     return extra ? extra->back : QColor();
 }
 
-void LynxGrid::SetItemBackColor(int row, const QColor &color)
+void LynxGrid::setItemBackColor(int row, const QColor &color)
 {
     if (!m_data.validRow(row))
         return;
@@ -91,7 +91,7 @@ QColor LynxGrid::ItemForeColor(int row) const
     return extra ? extra->fore : QColor();
 }
 
-void LynxGrid::SetItemForeColor(int row, const QColor &color)
+void LynxGrid::setItemForeColor(int row, const QColor &color)
 {
     if (!m_data.validRow(row))
         return;
@@ -104,7 +104,7 @@ bool LynxGrid::ItemFontBold(int row) const
     return m_data.validRow(row) && (m_data.item(row).flags & GridItem::Bold);
 }
 
-void LynxGrid::SetItemFontBold(int row, bool bold)
+void LynxGrid::setItemFontBold(int row, bool bold)
 {
     if (!m_data.validRow(row))
         return;
@@ -118,7 +118,7 @@ qint32 LynxGrid::ItemData(int row) const
     return m_data.validRow(row) ? m_data.item(row).data : 0;
 }
 
-void LynxGrid::SetItemData(int row, qint32 value)
+void LynxGrid::setItemData(int row, qint32 value)
 {
     if (m_data.validRow(row))
         m_data.item(row).data = value;
@@ -130,7 +130,7 @@ QString LynxGrid::ItemTag(int row) const
     return extra ? extra->tag : QString();
 }
 
-void LynxGrid::SetItemTag(int row, const QString &tag)
+void LynxGrid::setItemTag(int row, const QString &tag)
 {
     if (m_data.validRow(row))
         m_data.itemExtra(row).tag = tag;
@@ -164,7 +164,7 @@ QString LynxGrid::CellText(int row, int col) const
     return validCell(row, col) ? m_data.cell(row, col).text : QString();
 }
 
-void LynxGrid::SetCellText(int row, int col, const QString &text)
+void LynxGrid::setCellText(int row, int col, const QString &text)
 {
     if (!validCell(row, col))
         return;
@@ -178,7 +178,7 @@ int LynxGrid::CellImage(int row, int col) const
     return extra ? extra->image : -1;
 }
 
-void LynxGrid::SetCellImage(int row, int col, int image)
+void LynxGrid::setCellImage(int row, int col, int image)
 {
     if (!validCell(row, col))
         return;
@@ -191,7 +191,7 @@ bool LynxGrid::CellChecked(int row, int col) const
     return validCell(row, col) && (m_data.cell(row, col).flags & GridCell::Checked);
 }
 
-void LynxGrid::SetCellChecked(int row, int col, bool checked)
+void LynxGrid::setCellChecked(int row, int col, bool checked)
 {
     if (!validCell(row, col))
         return;
@@ -206,7 +206,7 @@ int LynxGrid::CellProgressValue(int row, int col) const
     return extra ? extra->progress : -1;
 }
 
-void LynxGrid::SetCellProgressValue(int row, int col, int value)
+void LynxGrid::setCellProgressValue(int row, int col, int value)
 {
     if (!validCell(row, col))
         return;
@@ -221,7 +221,7 @@ Qt::Alignment LynxGrid::CellAlignment(int row, int col) const
     return m_data.cellAlignment(row, col);
 }
 
-void LynxGrid::SetCellAlignment(int row, int col, Qt::Alignment alignment)
+void LynxGrid::setCellAlignment(int row, int col, Qt::Alignment alignment)
 {
     if (!validCell(row, col))
         return;
@@ -237,7 +237,7 @@ QColor LynxGrid::CellBackColor(int row, int col) const
     return extra ? extra->back : QColor();
 }
 
-void LynxGrid::SetCellBackColor(int row, int col, const QColor &color)
+void LynxGrid::setCellBackColor(int row, int col, const QColor &color)
 {
     if (!validCell(row, col))
         return;
@@ -251,7 +251,7 @@ QColor LynxGrid::CellForeColor(int row, int col) const
     return extra ? extra->fore : QColor();
 }
 
-void LynxGrid::SetCellForeColor(int row, int col, const QColor &color)
+void LynxGrid::setCellForeColor(int row, int col, const QColor &color)
 {
     if (!validCell(row, col))
         return;
@@ -265,7 +265,7 @@ QString LynxGrid::CellFontName(int row, int col) const
     return extra && !extra->fontName.isEmpty() ? extra->fontName : font().family();
 }
 
-void LynxGrid::SetCellFontName(int row, int col, const QString &family)
+void LynxGrid::setCellFontName(int row, int col, const QString &family)
 {
     if (!validCell(row, col))
         return;
@@ -281,7 +281,7 @@ bool LynxGrid::CellFontBold(int row, int col) const
                            ItemFontBold(row) || font().bold());
 }
 
-void LynxGrid::SetCellFontBold(int row, int col, bool on)
+void LynxGrid::setCellFontBold(int row, int col, bool on)
 {
     if (!validCell(row, col))
         return;
@@ -296,7 +296,7 @@ bool LynxGrid::CellFontItalic(int row, int col) const
     return m_data.cellFlag(row, col, GridCellExtra::HasItalic, GridCellExtra::Italic, font().italic());
 }
 
-void LynxGrid::SetCellFontItalic(int row, int col, bool on)
+void LynxGrid::setCellFontItalic(int row, int col, bool on)
 {
     if (!validCell(row, col))
         return;
@@ -312,7 +312,7 @@ bool LynxGrid::CellFontUnderline(int row, int col) const
                            font().underline());
 }
 
-void LynxGrid::SetCellFontUnderline(int row, int col, bool on)
+void LynxGrid::setCellFontUnderline(int row, int col, bool on)
 {
     if (!validCell(row, col))
         return;
@@ -327,7 +327,7 @@ bool LynxGrid::CellWordWrap(int row, int col) const
     return m_data.cellWordWrap(row, col);
 }
 
-void LynxGrid::SetCellWordWrap(int row, int col, bool wrap)
+void LynxGrid::setCellWordWrap(int row, int col, bool wrap)
 {
     if (!validCell(row, col))
         return;
@@ -340,7 +340,7 @@ bool LynxGrid::CellChanged(int row, int col) const
     return validCell(row, col) && (m_data.cell(row, col).flags & GridCell::Changed);
 }
 
-void LynxGrid::SetCellChanged(int row, int col, bool changed)
+void LynxGrid::setCellChanged(int row, int col, bool changed)
 {
     if (!validCell(row, col))
         return;

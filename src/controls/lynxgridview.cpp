@@ -80,11 +80,11 @@ QRect LynxGrid::cellRect(int row, int col) const
 QRect LynxGrid::checkRect(const QRect &cell, Qt::Alignment alignment) const
 {
     const int size = qBound(8, m_rowHeight - 8, 15);
-    int x = cell.left() + GridPainter::CellPadding;
+    int x = cell.left() + GridPainter::cellPadding;
     if (alignment & Qt::AlignHCenter)
         x = cell.left() + (cell.width() - size) / 2;
     else if (alignment & Qt::AlignRight)
-        x = cell.right() - GridPainter::CellPadding - size;
+        x = cell.right() - GridPainter::cellPadding - size;
     return {x, cell.top() + (cell.height() - size) / 2, size, size};
 }
 
@@ -188,7 +188,7 @@ void LynxGrid::changeEvent(QEvent *event)
     if (event->type() == QEvent::FontChange) {
         m_editor->setFont(font());
         m_header->setFont(font());
-        SetAutoSizeRow(m_autoSizeRow);
+        setAutoSizeRow(m_autoSizeRow);
     }
 }
 
@@ -269,9 +269,9 @@ void LynxGrid::Sort(int col, GridSortOrder order)
 {
     if (!m_data.validPosition(col))
         return;
-    CancelEdit();
+    cancelEdit();
     const int index = m_data.indexAt(col);
-    const std::vector<int> rows = GridSorter::Order(m_data, col, order == GridSortOrder::Descending,
+    const std::vector<int> rows = GridSorter::order(m_data, col, order == GridSortOrder::Descending,
                                                     [this, col](const QString &a, const QString &b) {
                                                         int result = 0;
                                                         emit CustomSort(col, a, b, result);
@@ -307,17 +307,17 @@ bool LynxGrid::EditCell(int row, int col)
     return m_editor->start(row, col, QString(), false);
 }
 
-bool LynxGrid::CommitEdit()
+bool LynxGrid::commitEdit()
 {
     return m_editor->commit();
 }
 
-void LynxGrid::CancelEdit()
+void LynxGrid::cancelEdit()
 {
     m_editor->cancel();
 }
 
-bool LynxGrid::IsEditing() const
+bool LynxGrid::isEditing() const
 {
     return m_editor->isEditing();
 }
@@ -336,7 +336,7 @@ void LynxGrid::mousePressEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
     emit MouseDown(int(event->button()), shiftState(event->modifiers()), pos.x(), pos.y());
-    CommitEdit();
+    commitEdit();
     setFocus(Qt::MouseFocusReason);
     m_pressButtons = event->buttons();
     m_pressedOnCurrent = false;
@@ -346,7 +346,7 @@ void LynxGrid::mousePressEvent(QMouseEvent *event)
         return;
 
     const QRect cell = cellRect(row, col);
-    const int image = CellImage(row, col) >= 0 ? CellImage(row, col) : ColImage(col);
+    const int image = CellImage(row, col) >= 0 ? CellImage(row, col) : colImage(col);
     if (image >= 0 && QRect(cell.left(), cell.top(), m_rowHeight, m_rowHeight).contains(pos)) {
         bool cancel = false;
         emit CellImageClick(row, col, pos.x(), pos.y(), cancel);
@@ -361,7 +361,7 @@ void LynxGrid::mousePressEvent(QMouseEvent *event)
     const Qt::KeyboardModifiers mods = event->modifiers();
     if (m_multiSelect && (mods & Qt::ControlModifier)) {
         setCurrent(row, col);
-        SetItemSelected(row, !ItemSelected(row));
+        setItemSelected(row, !ItemSelected(row));
         m_anchor = row;
     } else {
         moveCurrent(m_data.displayOf(row), col, mods);
@@ -369,7 +369,7 @@ void LynxGrid::mousePressEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton)
         return;
     if (m_checkBoxes && col == firstVisibleCol() && itemCheckRect(row).contains(pos))
-        SetItemChecked(row, !ItemChecked(row));
+        setItemChecked(row, !ItemChecked(row));
     else if (ColType(col) == GridColumnType::CheckBox && checkRect(cell, CellAlignment(row, col)).contains(pos))
         EditCell(row, col);
     else
@@ -385,9 +385,9 @@ void LynxGrid::mouseMoveEvent(QMouseEvent *event)
     if (row != m_mouseRow || col != m_mouseCol) {
         m_mouseRow = row;
         m_mouseCol = col;
-        emit MouseCell(row, col);
+        emit mouseCell(row, col);
     }
-    if (m_multiSelect && (event->buttons() & Qt::LeftButton) && row >= 0 && row != m_row && !IsEditing()) {
+    if (m_multiSelect && (event->buttons() & Qt::LeftButton) && row >= 0 && row != m_row && !isEditing()) {
         setCurrent(row, col < 0 ? m_col : col);
         selectRange(m_anchor, row);
         ensureVisible(row, m_col);
@@ -401,7 +401,7 @@ void LynxGrid::mouseReleaseEvent(QMouseEvent *event)
     const int row = rowAtY(pos.y());
     const int col = row < 0 ? -1 : colAtX(pos.x());
     if (row >= 0 && col >= 0) {
-        emit CellClick(row, col);
+        emit cellClick(row, col);
         if (m_pressedOnCurrent && event->button() == Qt::LeftButton && (m_editTrigger & EditClickCurrent) &&
             row == m_row && col == m_col)
             EditCell(row, col);
@@ -429,7 +429,7 @@ void LynxGrid::mouseDoubleClickEvent(QMouseEvent *event)
         return;
     }
     if (m_checkBoxes && col == firstVisibleCol() && itemCheckRect(row).contains(pos)) {
-        SetItemChecked(row, !ItemChecked(row));
+        setItemChecked(row, !ItemChecked(row));
         return;
     }
     if (m_editTrigger & EditDblClick)
@@ -442,7 +442,7 @@ void LynxGrid::leaveEvent(QEvent *event)
     if (m_mouseRow >= 0 || m_mouseCol >= 0) {
         m_mouseRow = -1;
         m_mouseCol = -1;
-        emit MouseCell(-1, -1);
+        emit mouseCell(-1, -1);
     }
 }
 
@@ -498,7 +498,7 @@ void LynxGrid::keyPressEvent(QKeyEvent *event)
             return;
         }
         if (m_row >= 0 && m_checkBoxes) {
-            SetItemChecked(m_row, !ItemChecked(m_row));
+            setItemChecked(m_row, !ItemChecked(m_row));
             return;
         }
         break;

@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr int FaceSize = 28;
-constexpr qreal Scales[] = {1.0, 2.0};
+constexpr int faceSize = 28;
+constexpr qreal scales[] = {1.0, 2.0};
 
 QColor color(quint32 argb)
 {
@@ -30,7 +30,7 @@ struct Face
 QIcon picture(const QPainterPath &glyph, const Face &face, int size)
 {
     QIcon icon;
-    for (const qreal scale : Scales) {
+    for (const qreal scale : scales) {
         QPixmap pixmap(QSize(size, size) * scale);
         pixmap.setDevicePixelRatio(scale);
         pixmap.fill(Qt::transparent);
@@ -42,7 +42,7 @@ QIcon picture(const QPainterPath &glyph, const Face &face, int size)
             p.drawRoundedRect(QRectF(0.5, 0.5, size - 1, size - 1), 5, 5);
         }
         const qreal margin = size / 7.0;
-        const qreal glyphScale = (size - 2 * margin) / ucPictureButton::GlyphBox;
+        const qreal glyphScale = (size - 2 * margin) / ucPictureButton::glyphBox;
         p.translate(margin, margin);
         p.scale(glyphScale, glyphScale);
         p.setBrush(face.ink);
@@ -60,10 +60,10 @@ ucPictureButton::ucPictureButton(QWidget *parent)
 {
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::StrongFocus);
-    setIconSize(QSize(FaceSize, FaceSize));
+    setIconSize(QSize(faceSize, faceSize));
 }
 
-void ucPictureButton::SetPictures(const Pictures &pictures)
+void ucPictureButton::setPictures(const Pictures &pictures)
 {
     m_glyph.clear();
     m_pressedGlyph.clear();
@@ -71,14 +71,14 @@ void ucPictureButton::SetPictures(const Pictures &pictures)
     update();
 }
 
-void ucPictureButton::SetGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph)
+void ucPictureButton::setGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph)
 {
     m_glyph = glyph;
     m_pressedGlyph = pressedGlyph;
     drawGlyphPictures();
 }
 
-void ucPictureButton::SetThemeColors(const ThemeColors &colors)
+void ucPictureButton::setThemeColors(const ThemeColors &colors)
 {
     m_colors = colors;
     if (!m_glyph.isEmpty())
@@ -86,18 +86,18 @@ void ucPictureButton::SetThemeColors(const ThemeColors &colors)
     update();
 }
 
-ucPictureButton::Pictures ucPictureButton::GlyphPictures(const QPainterPath &glyph,
+ucPictureButton::Pictures ucPictureButton::glyphPictures(const QPainterPath &glyph,
                                                          const QPainterPath &pressedGlyph,
                                                          const ThemeColors &colors, int size)
 {
-    const QColor ink = color(colors.WindowText);
-    const QColor accent = color(colors.BackSel);
+    const QColor ink = color(colors.windowText);
+    const QColor accent = color(colors.backSel);
     const QPainterPath &down = pressedGlyph.isEmpty() ? glyph : pressedGlyph;
     return {
-        .normal = picture(glyph, {color(colors.BackFixed), ink}, size),
+        .normal = picture(glyph, {color(colors.backFixed), ink}, size),
         .hover = picture(glyph, {withAlpha(accent, 0.35), ink}, size),
-        .pressed = picture(down, {accent, color(colors.ForeSel)}, size),
-        .disabled = picture(glyph, {withAlpha(color(colors.BackFixed), 0.5), withAlpha(ink, 0.35)}, size),
+        .pressed = picture(down, {accent, color(colors.foreSel)}, size),
+        .disabled = picture(glyph, {withAlpha(color(colors.backFixed), 0.5), withAlpha(ink, 0.35)}, size),
     };
 }
 
@@ -119,7 +119,7 @@ const QIcon &ucPictureButton::shownPicture() const
 
 void ucPictureButton::drawGlyphPictures()
 {
-    m_pictures = GlyphPictures(m_glyph, m_pressedGlyph, m_colors, iconSize().width());
+    m_pictures = glyphPictures(m_glyph, m_pressedGlyph, m_colors, iconSize().width());
     update();
 }
 
@@ -131,7 +131,7 @@ void ucPictureButton::paintEvent(QPaintEvent *)
     shownPicture().paint(&p, face);
     if (hasFocus()) {
         p.setRenderHint(QPainter::Antialiasing);
-        p.setPen(QPen(color(m_colors.FocusRect), 1.5));
+        p.setPen(QPen(color(m_colors.focusRect), 1.5));
         p.setBrush(Qt::NoBrush);
         p.drawRoundedRect(QRectF(face).adjusted(1, 1, -1, -1), 5, 5);
     }

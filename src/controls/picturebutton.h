@@ -29,21 +29,21 @@ public:
     };
 
     // The box a glyph is drawn in.
-    static constexpr int GlyphBox = 24;
+    static constexpr int glyphBox = 24;
 
     explicit ucPictureButton(QWidget *parent = nullptr);
 
-    void SetPictures(const Pictures &pictures);
-    const Pictures &GetPictures() const { return m_pictures; }
+    void setPictures(const Pictures &pictures);
+    const Pictures &getPictures() const { return m_pictures; }
     // pressedGlyph, when given, stands for the pressed state instead of glyph
     // (a toggle whose pressed look differs, such as a crossed-out speaker).
-    void SetGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph = {});
-    void SetToggle(bool toggle) { setCheckable(toggle); }
+    void setGlyph(const QPainterPath &glyph, const QPainterPath &pressedGlyph = {});
+    void setToggle(bool toggle) { setCheckable(toggle); }
 
-    void SetThemeColors(const ThemeColors &colors) override;
+    void setThemeColors(const ThemeColors &colors) override;
 
     // The four pictures of a glyph in a theme's colours, size logical pixels square.
-    static Pictures GlyphPictures(const QPainterPath &glyph, const QPainterPath &pressedGlyph,
+    static Pictures glyphPictures(const QPainterPath &glyph, const QPainterPath &pressedGlyph,
                                   const ThemeColors &colors, int size);
 
     QSize sizeHint() const override;

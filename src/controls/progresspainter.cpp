@@ -27,24 +27,24 @@ qreal contrast(const QColor &a, const QColor &b)
 
 } // namespace
 
-ProgressColors ProgressColors::FromTheme(const ThemeColors &colors)
+ProgressColors ProgressColors::fromTheme(const ThemeColors &colors)
 {
-    const QColor back = QColor::fromRgba(colors.Back);
-    const QColor fore = QColor::fromRgba(colors.Fore);
-    const QColor chunk = QColor::fromRgba(colors.ProgressBar);
+    const QColor back = QColor::fromRgba(colors.back);
+    const QColor fore = QColor::fromRgba(colors.fore);
+    const QColor chunk = QColor::fromRgba(colors.progressBar);
     // Of the theme's two text colours, the one that reads better on the fill.
     const QColor onChunk = contrast(fore, chunk) >= contrast(back, chunk) ? fore : back;
-    return {MixColors(chunk, back, 0.18), chunk, QColor::fromRgba(colors.Grid), fore, onChunk};
+    return {mixColors(chunk, back, 0.18), chunk, QColor::fromRgba(colors.grid), fore, onChunk};
 }
 
-ProgressColors ProgressColors::Disabled() const
+ProgressColors ProgressColors::disabled() const
 {
-    const QColor setBackChunk = MixColors(chunk, track, 0.45);
-    return {track, setBackChunk, frame, MixColors(text, track, 0.6),
-            MixColors(textOnChunk, setBackChunk, 0.75)};
+    const QColor setBackChunk = mixColors(chunk, track, 0.45);
+    return {track, setBackChunk, frame, mixColors(text, track, 0.6),
+            mixColors(textOnChunk, setBackChunk, 0.75)};
 }
 
-void PaintProgress(QPainter &p, const QRectF &rect, qreal fraction, const QString &text,
+void paintProgress(QPainter &p, const QRectF &rect, qreal fraction, const QString &text,
                    const ProgressColors &colors)
 {
     if (rect.width() < 2 || rect.height() < 2)

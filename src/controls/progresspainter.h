@@ -17,14 +17,14 @@ struct ProgressColors
     QColor text;
     QColor textOnChunk;
 
-    static ProgressColors FromTheme(const ThemeColors &colors);
+    static ProgressColors fromTheme(const ThemeColors &colors);
     // The same bar set back, for a disabled control.
-    ProgressColors Disabled() const;
+    ProgressColors disabled() const;
 };
 
 // Draws a horizontal bar filling rect, filled to fraction (clamped to 0..1),
 // with text centred on it. The text changes colour where the filled part runs
 // under it, so it stays readable at any value. The grid's progress cells and
 // the themed progress bar share this drawing.
-void PaintProgress(QPainter &p, const QRectF &rect, qreal fraction, const QString &text,
+void paintProgress(QPainter &p, const QRectF &rect, qreal fraction, const QString &text,
                    const ProgressColors &colors);

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr int Radius = 8;
-constexpr int ShadowSize = 4; // how far the shadow reaches beyond the panel
-constexpr int ShadowDrop = 2; // the shadow falls a little below the panel
-constexpr int Padding = 10;
+constexpr int radius = 8;
+constexpr int shadowSize = 4; // how far the shadow reaches beyond the panel
+constexpr int shadowDrop = 2; // the shadow falls a little below the panel
+constexpr int padding = 10;
 
 // A panel stands for a group box: a screen reader announces a group named by its title.
 class RoundedFrameAccessible : public QAccessibleWidget
@@ -25,7 +25,7 @@ public:
     {
         const QString own = QAccessibleWidget::text(t);
         if (t == QAccessible::Name && own.isEmpty())
-            return static_cast<RoundedFrame *>(widget())->Title();
+            return static_cast<RoundedFrame *>(widget())->title();
         return own;
     }
 };
@@ -44,11 +44,11 @@ RoundedFrame::RoundedFrame(const QString &title, QWidget *parent) : QFrame(paren
     static const bool factoryInstalled = (QAccessible::installFactory(accessibleFactory), true);
     Q_UNUSED(factoryInstalled)
     setFrameShape(QFrame::NoFrame);
-    SetThemeColors(Themes::paleBlue());
+    setThemeColors(Themes::paleBlue());
     updateMargins();
 }
 
-void RoundedFrame::SetTitle(const QString &title)
+void RoundedFrame::setTitle(const QString &title)
 {
     m_title = title;
     updateMargins();
@@ -57,19 +57,19 @@ void RoundedFrame::SetTitle(const QString &title)
     QAccessible::updateAccessibility(&event);
 }
 
-void RoundedFrame::SetThemeColors(const ThemeColors &colors)
+void RoundedFrame::setThemeColors(const ThemeColors &colors)
 {
-    m_fill = QColor::fromRgba(colors.BackAlt);
-    m_border = QColor::fromRgba(colors.Grid);
-    m_titleColor = QColor::fromRgba(colors.ForeHdr);
+    m_fill = QColor::fromRgba(colors.backAlt);
+    m_border = QColor::fromRgba(colors.grid);
+    m_titleColor = QColor::fromRgba(colors.foreHdr);
     // Dark panels need a deeper shadow to be seen at all.
-    m_shadow = QColor(0, 0, 0, QColor::fromRgba(colors.Window).lightness() < 128 ? 150 : 60);
+    m_shadow = QColor(0, 0, 0, QColor::fromRgba(colors.window).lightness() < 128 ? 150 : 60);
     update();
 }
 
-QRect RoundedFrame::PanelRect() const
+QRect RoundedFrame::panelRect() const
 {
-    return rect().adjusted(ShadowSize, ShadowSize - ShadowDrop, -ShadowSize, -ShadowSize - ShadowDrop);
+    return rect().adjusted(shadowSize, shadowSize - shadowDrop, -shadowSize, -shadowSize - shadowDrop);
 }
 
 QFont RoundedFrame::titleFont() const
@@ -82,8 +82,8 @@ QFont RoundedFrame::titleFont() const
 void RoundedFrame::updateMargins()
 {
     const int title = m_title.isEmpty() ? 0 : QFontMetrics(titleFont()).height() + 4;
-    setContentsMargins(ShadowSize + Padding, ShadowSize - ShadowDrop + Padding + title, ShadowSize + Padding,
-                       ShadowSize + ShadowDrop + Padding);
+    setContentsMargins(shadowSize + padding, shadowSize - shadowDrop + padding + title, shadowSize + padding,
+                       shadowSize + shadowDrop + padding);
 }
 
 void RoundedFrame::changeEvent(QEvent *event)
@@ -97,20 +97,20 @@ void RoundedFrame::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel = QRectF(PanelRect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF panel = QRectF(panelRect()).adjusted(0.5, 0.5, -0.5, -0.5);
 
     // The shadow: rings that widen and fade, dropped a little.
     p.setPen(Qt::NoPen);
-    for (int ring = ShadowSize; ring >= 1; --ring) {
+    for (int ring = shadowSize; ring >= 1; --ring) {
         QColor shade = m_shadow;
-        shade.setAlphaF(m_shadow.alphaF() / (ShadowSize + 1) * (ShadowSize + 1 - ring) / 2);
+        shade.setAlphaF(m_shadow.alphaF() / (shadowSize + 1) * (shadowSize + 1 - ring) / 2);
         p.setBrush(shade);
-        p.drawRoundedRect(panel.adjusted(-ring, -ring + ShadowDrop, ring, ring + ShadowDrop), Radius + ring,
-                          Radius + ring);
+        p.drawRoundedRect(panel.adjusted(-ring, -ring + shadowDrop, ring, ring + shadowDrop), radius + ring,
+                          radius + ring);
     }
 
     QPainterPath path;
-    path.addRoundedRect(panel, Radius, Radius);
+    path.addRoundedRect(panel, radius, radius);
     p.fillPath(path, m_fill);
     p.setBrush(Qt::NoBrush);
     p.setPen(QPen(m_border, 1));
@@ -119,8 +119,8 @@ void RoundedFrame::paintEvent(QPaintEvent *)
     if (!m_title.isEmpty()) {
         p.setFont(titleFont());
         p.setPen(m_titleColor);
-        const QRect titleRect(PanelRect().left() + Padding, PanelRect().top() + Padding / 2 + 2,
-                              PanelRect().width() - 2 * Padding, QFontMetrics(titleFont()).height());
+        const QRect titleRect(panelRect().left() + padding, panelRect().top() + padding / 2 + 2,
+                              panelRect().width() - 2 * padding, QFontMetrics(titleFont()).height());
         p.drawText(titleRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                    QFontMetrics(titleFont()).elidedText(m_title, Qt::ElideRight, titleRect.width()));
     }

@@ -17,13 +17,13 @@ class RoundedFrame : public QFrame, public ThemedControl
 public:
     explicit RoundedFrame(const QString &title = {}, QWidget *parent = nullptr);
 
-    const QString &Title() const { return m_title; }
-    void SetTitle(const QString &title);
-    void SetThemeColors(const ThemeColors &colors) override;
+    const QString &title() const { return m_title; }
+    void setTitle(const QString &title);
+    void setThemeColors(const ThemeColors &colors) override;
 
     // The panel without its shadow, in the frame's coordinates.
-    QRect PanelRect() const;
-    QColor FillColor() const { return m_fill; }
+    QRect panelRect() const;
+    QColor fillColor() const { return m_fill; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

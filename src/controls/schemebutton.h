@@ -20,14 +20,14 @@ class SchemeButton : public QPushButton, public ThemedControl
 public:
     explicit SchemeButton(const QString &text = {}, QWidget *parent = nullptr);
 
-    void SetThemeColors(const ThemeColors &colors) override;
-    bool IsAccent() const { return m_accent; }
-    void SetAccent(bool accent);
-    bool IsHovered() const;
+    void setThemeColors(const ThemeColors &colors) override;
+    bool isAccent() const { return m_accent; }
+    void setAccent(bool accent);
+    bool isHovered() const;
 
     // The fill and text colours of the current state.
-    QColor FaceColor() const;
-    QColor TextColor() const;
+    QColor faceColor() const;
+    QColor textColor() const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr qreal HandleRadius = 7;
-constexpr qreal GrooveHeight = 4;
+constexpr qreal handleRadius = 7;
+constexpr qreal grooveHeight = 4;
 
 QColor color(quint32 argb)
 {
@@ -27,15 +27,15 @@ ucSlider::ucSlider(QWidget *parent)
     m_tip->setObjectName(QStringLiteral("ucSliderTip"));
     m_tip->setAlignment(Qt::AlignCenter);
     m_tip->setMargin(3);
-    SetThemeColors(m_colors);
+    setThemeColors(m_colors);
 }
 
-void ucSlider::SetThemeColors(const ThemeColors &colors)
+void ucSlider::setThemeColors(const ThemeColors &colors)
 {
     m_colors = colors;
     QPalette tipPalette = m_tip->palette();
-    tipPalette.setColor(QPalette::Window, color(colors.BackEdit));
-    tipPalette.setColor(QPalette::WindowText, color(colors.ForeEdit));
+    tipPalette.setColor(QPalette::Window, color(colors.backEdit));
+    tipPalette.setColor(QPalette::WindowText, color(colors.foreEdit));
     m_tip->setPalette(tipPalette);
     m_tip->setAutoFillBackground(true);
     update();
@@ -43,18 +43,18 @@ void ucSlider::SetThemeColors(const ThemeColors &colors)
 
 QSize ucSlider::sizeHint() const
 {
-    return {100, int(2 * HandleRadius) + 6};
+    return {100, int(2 * handleRadius) + 6};
 }
 
 QSize ucSlider::minimumSizeHint() const
 {
-    return {int(4 * HandleRadius), int(2 * HandleRadius) + 6};
+    return {int(4 * handleRadius), int(2 * handleRadius) + 6};
 }
 
 QRectF ucSlider::groove() const
 {
-    const QRectF area = QRectF(rect()).adjusted(HandleRadius + 1, 0, -HandleRadius - 1, 0);
-    return {area.left(), area.center().y() - GrooveHeight / 2, area.width(), GrooveHeight};
+    const QRectF area = QRectF(rect()).adjusted(handleRadius + 1, 0, -handleRadius - 1, 0);
+    return {area.left(), area.center().y() - grooveHeight / 2, area.width(), grooveHeight};
 }
 
 QPointF ucSlider::handleCentre() const
@@ -80,17 +80,17 @@ void ucSlider::paintEvent(QPaintEvent *)
     const bool enabled = isEnabled();
 
     p.setPen(Qt::NoPen);
-    p.setBrush(color(m_colors.Grid));
-    p.drawRoundedRect(g, GrooveHeight / 2, GrooveHeight / 2);
+    p.setBrush(color(m_colors.grid));
+    p.drawRoundedRect(g, grooveHeight / 2, grooveHeight / 2);
     QRectF filled = g;
     filled.setRight(handle.x());
-    p.setBrush(enabled ? color(m_colors.BackSel) : color(m_colors.Grid).darker(115));
-    p.drawRoundedRect(filled, GrooveHeight / 2, GrooveHeight / 2);
+    p.setBrush(enabled ? color(m_colors.backSel) : color(m_colors.grid).darker(115));
+    p.drawRoundedRect(filled, grooveHeight / 2, grooveHeight / 2);
 
     const bool lit = enabled && (underMouse() || isSliderDown());
-    p.setPen(QPen(hasFocus() ? color(m_colors.FocusRect) : color(m_colors.BackSel).darker(120), 1.5));
-    p.setBrush(lit ? color(m_colors.BackSel) : color(m_colors.Back));
-    p.drawEllipse(handle, HandleRadius - 1, HandleRadius - 1);
+    p.setPen(QPen(hasFocus() ? color(m_colors.focusRect) : color(m_colors.backSel).darker(120), 1.5));
+    p.setBrush(lit ? color(m_colors.backSel) : color(m_colors.back));
+    p.drawEllipse(handle, handleRadius - 1, handleRadius - 1);
 }
 
 void ucSlider::mousePressEvent(QMouseEvent *event)
@@ -103,7 +103,7 @@ void ucSlider::mousePressEvent(QMouseEvent *event)
     const qreal x = event->position().x();
     const qreal handleX = handleCentre().x();
     // Took hold of the handle: keep that hold; elsewhere the handle comes to the mouse.
-    m_grabOffset = qAbs(x - handleX) <= HandleRadius ? x - handleX : 0;
+    m_grabOffset = qAbs(x - handleX) <= handleRadius ? x - handleX : 0;
     setSliderDown(true);
     setSliderPosition(valueAt(x - m_grabOffset));
     placeTip();

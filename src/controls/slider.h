@@ -18,7 +18,7 @@ class ucSlider : public QAbstractSlider, public ThemedControl
 public:
     explicit ucSlider(QWidget *parent = nullptr);
 
-    void SetThemeColors(const ThemeColors &colors) override;
+    void setThemeColors(const ThemeColors &colors) override;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

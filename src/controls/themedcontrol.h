@@ -10,5 +10,5 @@ class ThemedControl
 public:
     virtual ~ThemedControl() = default;
 
-    virtual void SetThemeColors(const ThemeColors &colors) = 0;
+    virtual void setThemeColors(const ThemeColors &colors) = 0;
 };

@@ -5,13 +5,13 @@
 #include <QPainter>
 
 ThemedProgressBar::ThemedProgressBar(QWidget *parent)
-    : QProgressBar(parent), m_colors(ProgressColors::FromTheme(Themes::paleBlue()))
+    : QProgressBar(parent), m_colors(ProgressColors::fromTheme(Themes::paleBlue()))
 {
 }
 
-void ThemedProgressBar::SetThemeColors(const ThemeColors &colors)
+void ThemedProgressBar::setThemeColors(const ThemeColors &colors)
 {
-    m_colors = ProgressColors::FromTheme(colors);
+    m_colors = ProgressColors::fromTheme(colors);
     update();
 }
 
@@ -20,6 +20,6 @@ void ThemedProgressBar::paintEvent(QPaintEvent *)
     const qreal span = qreal(maximum()) - minimum();
     const qreal fraction = span > 0 ? (value() - minimum()) / span : 0.0;
     QPainter p(this);
-    PaintProgress(p, rect(), fraction, isTextVisible() ? text() : QString(),
-                  isEnabled() ? m_colors : m_colors.Disabled());
+    paintProgress(p, rect(), fraction, isTextVisible() ? text() : QString(),
+                  isEnabled() ? m_colors : m_colors.disabled());
 }

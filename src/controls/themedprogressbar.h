@@ -16,8 +16,8 @@ class ThemedProgressBar : public QProgressBar, public ThemedControl
 public:
     explicit ThemedProgressBar(QWidget *parent = nullptr);
 
-    void SetThemeColors(const ThemeColors &colors) override;
-    const ProgressColors &Colors() const { return m_colors; }
+    void setThemeColors(const ThemeColors &colors) override;
+    const ProgressColors &colors() const { return m_colors; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

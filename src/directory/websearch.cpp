@@ -4,13 +4,13 @@
 
 namespace WebSearch {
 
-QString DirectoryHost()
+QString directoryHost()
 {
-    const QString host = qEnvironmentVariable(HostVariable);
-    return host.isEmpty() ? DefaultDirectoryHost : host;
+    const QString host = qEnvironmentVariable(hostVariable);
+    return host.isEmpty() ? defaultDirectoryHost : host;
 }
 
-QString SearchAddress(const QString &host, const QString &text, const QString &genre)
+QString searchAddress(const QString &host, const QString &text, const QString &genre)
 {
     if (text.isEmpty())
         return {};

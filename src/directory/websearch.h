@@ -7,14 +7,14 @@
 // by the environment variable TUNECATCH_DIRECTORY_HOST.
 namespace WebSearch {
 
-inline const QString DefaultDirectoryHost = QStringLiteral("http://www.shoutcast.com");
-inline constexpr char HostVariable[] = "TUNECATCH_DIRECTORY_HOST";
+inline const QString defaultDirectoryHost = QStringLiteral("http://www.shoutcast.com");
+inline constexpr char hostVariable[] = "TUNECATCH_DIRECTORY_HOST";
 
 // The host from the environment when set and not empty, else the default.
-QString DirectoryHost();
+QString directoryHost();
 
 // The search address: blanks in text become "+", "AAAAA" in the template
 // becomes the genre, and nothing else is escaped. Empty when text is empty.
-QString SearchAddress(const QString &host, const QString &text, const QString &genre);
+QString searchAddress(const QString &host, const QString &text, const QString &genre);
 
 } // namespace WebSearch

@@ -12,15 +12,15 @@ bool IsPlaylistAddress(const QString &address)
 QString DownloadAddress(const QString &address)
 {
     // A playlist address holds both "ssrn#" and ".pls", so it is long enough for a number.
-    if (Playlist::IsDirectoryReference(address))
-        return Playlist::PlaylistServiceAddress(Playlist::DirectoryNumber(address));
+    if (Playlist::isDirectoryReference(address))
+        return Playlist::playlistServiceAddress(Playlist::directoryNumber(address));
     return address;
 }
 
 QString StreamFromPlaylist(const QByteArray &body)
 {
     // Playlist bytes are text in the local 8-bit code page.
-    return Playlist::UsableAddress(Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
+    return Playlist::usableAddress(Playlist::chooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
 }
 
 } // namespace PlaylistFetch

@@ -44,7 +44,7 @@ qsizetype keyEnd(QByteArrayView text, qsizetype at)
 // The value after a header key, without the spaces around it.
 QString headerValue(const QString &line, QStringView key)
 {
-    return StationNames::TrimBlanks(line.mid(key.size()));
+    return StationNames::trimBlanks(line.mid(key.size()));
 }
 
 } // namespace
@@ -132,7 +132,7 @@ void IcyStream::updateStatistics(qsizetype packetLength)
         m_peakBuffer = length;
     if (m_averagePacket == 0)
         m_averagePacket = static_cast<qint32>(packetLength);
-    m_averagePacket = static_cast<qint32>(Convert::RoundHalfEven((static_cast<double>(packetLength) + m_averagePacket) / 2));
+    m_averagePacket = static_cast<qint32>(Convert::roundHalfEven((static_cast<double>(packetLength) + m_averagePacket) / 2));
     if (static_cast<double>(packetLength) > m_largestPacket)
         m_largestPacket = static_cast<double>(packetLength);
 }
@@ -195,7 +195,7 @@ bool IcyStream::ParseResponseText()
                 m_stationUrl = headerValue(line, u"icy-url:");
                 m_host.setHyperlinkA(m_stationUrl);
             } else if (line.startsWith(u"icy-br:")) {
-                const qint32 bitrate = Convert::LeadingInt32(headerValue(line, u"icy-br:"));
+                const qint32 bitrate = Convert::leadingInt32(headerValue(line, u"icy-br:"));
                 if (bitrate < std::numeric_limits<qint16>::min() || bitrate > std::numeric_limits<qint16>::max())
                     throw AppError::overflow();
                 m_bitrate = static_cast<qint16>(bitrate);
@@ -209,7 +209,7 @@ bool IcyStream::ParseResponseText()
             } else if (line.startsWith(u"icy-genre:")) {
                 m_host.showGenre(headerValue(line, u"icy-genre:"));
             } else if (line.startsWith(u"icy-metaint:")) {
-                m_metaInterval = Convert::LeadingInt32(headerValue(line, u"icy-metaint:"));
+                m_metaInterval = Convert::leadingInt32(headerValue(line, u"icy-metaint:"));
             }
         } catch (const AppError &) {
         }
@@ -229,7 +229,7 @@ bool IcyStream::ParseMetadata()
         const QString key = parts[0].toLower();
         QString value = parts[1];
         value.remove(u'\'');
-        value = StationNames::TrimBlanks(value);
+        value = StationNames::trimBlanks(value);
         if (key == u"streamtitle")
             titleChanged = applyTitle(value) || titleChanged;
         else if (key == u"streamurl")

@@ -50,17 +50,17 @@ bool ExitWindows(PowerControl &power, quint32 flags, bool force)
 {
     if (force)
         flags += ExitForce;
-    if (GetOsInfo(power.SystemVersion()).PlatformClass != 2)
-        return power.ExitWindows(flags);
-    power.SetShutdownPrivilege(true);
-    const bool accepted = power.ExitWindows(flags);
-    power.SetShutdownPrivilege(false);
+    if (GetOsInfo(power.systemVersion()).PlatformClass != 2)
+        return power.exitWindows(flags);
+    power.setShutdownPrivilege(true);
+    const bool accepted = power.exitWindows(flags);
+    power.setShutdownPrivilege(false);
     return accepted;
 }
 
 bool Suspend(PowerControl &power, bool hibernate, bool force, bool disableWakeEvents)
 {
-    if (!CanSuspend(GetOsInfo(power.SystemVersion())))
+    if (!CanSuspend(GetOsInfo(power.systemVersion())))
         return false;
     return power.SetSuspendState(hibernate, force, disableWakeEvents);
 }

@@ -24,7 +24,7 @@ std::optional<int> percent(double part, double whole)
 {
     if (whole == 0)
         return std::nullopt;
-    const double value = Convert::RoundHalfEven(part * 100 / whole);
+    const double value = Convert::roundHalfEven(part * 100 / whole);
     if (!std::isfinite(value))
         return std::nullopt;
     return static_cast<int>(std::clamp(value, 0.0, 100.0));
@@ -52,7 +52,7 @@ std::optional<qint32> elapsedSeconds(double bytesTotal, qint16 bitrate)
 {
     if (bitrate == 0)
         return std::nullopt;
-    const double seconds = Convert::RoundHalfEven(bytesTotal / (bitrate / 8.0 * 1000));
+    const double seconds = Convert::roundHalfEven(bytesTotal / (bitrate / 8.0 * 1000));
     if (seconds < std::numeric_limits<qint32>::min() || seconds > std::numeric_limits<qint32>::max())
         return std::nullopt;
     return static_cast<qint32>(seconds);

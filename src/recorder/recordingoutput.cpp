@@ -109,7 +109,7 @@ void RecordingOutput::NewSong(const QString &title, bool singleSong, const QStri
 {
     if (singleSong) {
         QString name = freshName;
-        name.replace(SongPlaceholder, StationNames::CleanShortName(title));
+        name.replace(SongPlaceholder, StationNames::cleanShortName(title));
         m_fileName = name;
         OpenFile();
     } else {

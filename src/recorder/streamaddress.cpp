@@ -12,7 +12,7 @@ quint16 portNumber(QStringView text)
     const QString why = QStringLiteral("the port must be a number from 1 to 65535, not \"%1\"").arg(text);
     qint32 port = 0;
     try {
-        port = Convert::ToInt32(text);
+        port = Convert::toInt32(text);
     } catch (const AppError &error) {
         throw AppError(error.number(), why);
     }

@@ -7,7 +7,7 @@ namespace {
 
 using F = TriggerRecord::Field;
 
-const char *const DayNames[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+const char *const dayAbbreviations[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
 QString twoDigits(int value)
 {
@@ -36,7 +36,7 @@ std::optional<QString> dayNames(quint32 mask)
     QStringList names;
     for (int i = 0; i < 7; ++i) {
         if (mask & (1u << i))
-            names.append(QString::fromLatin1(DayNames[i]));
+            names.append(QString::fromLatin1(dayAbbreviations[i]));
     }
     if (names.isEmpty())
         return std::nullopt;
@@ -45,52 +45,52 @@ std::optional<QString> dayNames(quint32 mask)
 
 quint32 word(const TriggerRecord &record, F field)
 {
-    return quint16(record.Word(field));
+    return quint16(record.word(field));
 }
 
 } // namespace
 
-std::optional<QString> OnCalendarFor(const TriggerRecord &record)
+std::optional<QString> onCalendarFor(const TriggerRecord &record)
 {
-    const int hour = record.Word(F::StartHour);
-    const int minute = record.Word(F::StartMinute);
-    if (record.Long(F::Flags) & TriggerRecord::FlagDisabled || hour < 0 || hour > 23 || minute < 0 ||
+    const int hour = record.word(F::StartHour);
+    const int minute = record.word(F::StartMinute);
+    if (record.longWord(F::Flags) & TriggerRecord::FlagDisabled || hour < 0 || hour > 23 || minute < 0 ||
         minute > 59)
         return std::nullopt;
     const QString time = twoDigits(hour) + u':' + twoDigits(minute) + QStringLiteral(":00");
 
-    switch (record.Type()) {
+    switch (record.type()) {
     case TriggerRecord::Once: {
-        const QDate day(record.Word(F::BeginYear), record.Word(F::BeginMonth), record.Word(F::BeginDay));
+        const QDate day(record.word(F::BeginYear), record.word(F::BeginMonth), record.word(F::BeginDay));
         if (!day.isValid() || day.year() < 1970 || day.year() > 2199)
             return std::nullopt;
         return day.toString(QStringLiteral("yyyy-MM-dd")) + u' ' + time;
     }
     case TriggerRecord::Daily:
-        if (record.Word(F::TypeWord0) != 1)
+        if (record.word(F::TypeWord0) != 1)
             return std::nullopt;
         return QStringLiteral("*-*-* ") + time;
     case TriggerRecord::Weekly: {
         const std::optional<QString> days = dayNames(word(record, F::TypeWord1));
-        if (record.Word(F::TypeWord0) != 1 || !days)
+        if (record.word(F::TypeWord0) != 1 || !days)
             return std::nullopt;
         return *days + QStringLiteral(" *-*-* ") + time;
     }
     case TriggerRecord::MonthlyDate: {
         const std::optional<QString> months = numberList(word(record, F::TypeWord2), 12);
-        const std::optional<QString> days = numberList(quint32(record.Long(F::TypeWord0)), 31);
+        const std::optional<QString> days = numberList(quint32(record.longWord(F::TypeWord0)), 31);
         if (!months || !days)
             return std::nullopt;
         return QStringLiteral("*-") + *months + u'-' + *days + u' ' + time;
     }
     case TriggerRecord::MonthlyDow: {
-        static const char *const Weeks[5] = {"-01..07", "-08..14", "-15..21", "-22..28", "~01..07"};
-        const int week = record.Word(F::TypeWord0);
+        static const char *const weeks[5] = {"-01..07", "-08..14", "-15..21", "-22..28", "~01..07"};
+        const int week = record.word(F::TypeWord0);
         const std::optional<QString> days = dayNames(word(record, F::TypeWord1));
         const std::optional<QString> months = numberList(word(record, F::TypeWord2), 12);
         if (week < 1 || week > 5 || !days || !months)
             return std::nullopt;
-        return *days + QStringLiteral(" *-") + *months + QLatin1StringView(Weeks[week - 1]) + u' ' + time;
+        return *days + QStringLiteral(" *-") + *months + QLatin1StringView(weeks[week - 1]) + u' ' + time;
     }
     default:
         return std::nullopt;

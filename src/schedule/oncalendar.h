@@ -12,4 +12,4 @@
 // Nothing for the rest (intervals of more than one day or week, idle, system
 // start, log-on, disabled triggers). Repeating triggers start at once: a
 // calendar has no first day.
-std::optional<QString> OnCalendarFor(const TriggerRecord &record);
+std::optional<QString> onCalendarFor(const TriggerRecord &record);

@@ -9,6 +9,7 @@
 #include "schedule/trigger.h"
 #include "schedule/triggers.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -28,9 +29,9 @@ template <typename Statement> void tolerate(Statement &&statement)
     }
 }
 
-const QString SwitchMinutes = QStringLiteral("-t");
-const QString SwitchMegabytes = QStringLiteral("-b");
-const QString SwitchMinimised = QStringLiteral("-v");
+const QString switchMinutes = QStringLiteral("-t");
+const QString switchMegabytes = QStringLiteral("-b");
+const QString switchMinimised = QStringLiteral("-v");
 
 } // namespace
 
@@ -43,8 +44,8 @@ RecordingScheduler::RecordingScheduler(RecordingInputs inputs, std::function<QDa
 QString RecordingScheduler::BuildTaskName() const
 {
     const QDateTime now = m_now();
-    QString name = TaskNameTemplate;
-    name.replace(QStringLiteral("%STATION%"), m_inputs.Station);
+    QString name = taskNameTemplate;
+    name.replace(QStringLiteral("%STATION%"), m_inputs.station);
     name.replace(QStringLiteral("%DATE%"), now.toString(QStringLiteral("yyyy-MM-dd")));
     name.replace(QStringLiteral("%TIME%"), now.toString(QStringLiteral("HH-mm")));
     return name;
@@ -52,24 +53,24 @@ QString RecordingScheduler::BuildTaskName() const
 
 QString RecordingScheduler::BuildScheduleCommandLine() const
 {
-    QString line = QStringLiteral("-s ") + m_inputs.SaveLocation;
-    line += QStringLiteral(" -a ") + m_inputs.StreamAddress;
-    line += QStringLiteral(" -w ") + m_inputs.Station;
-    if (m_inputs.SingleSong)
+    QString line = QStringLiteral("-s ") + m_inputs.saveLocation;
+    line += QStringLiteral(" -a ") + m_inputs.streamAddress;
+    line += QStringLiteral(" -w ") + m_inputs.station;
+    if (m_inputs.singleSong)
         line += QStringLiteral(" -n");
-    if (m_inputs.Hibernate)
+    if (m_inputs.hibernate)
         line += QStringLiteral(" -xh");
-    else if (m_inputs.ShutDown)
+    else if (m_inputs.shutDown)
         line += QStringLiteral(" -xs");
-    if (m_inputs.SelectedBreak == 0)
-        line += QStringLiteral(" -t ") + m_inputs.BreakValues[0];
-    else if (m_inputs.SelectedBreak == 1)
-        line += QStringLiteral(" -b ") + m_inputs.BreakValues[1];
+    if (m_inputs.selectedBreak == 0)
+        line += QStringLiteral(" -t ") + m_inputs.breakValues[0];
+    else if (m_inputs.selectedBreak == 1)
+        line += QStringLiteral(" -b ") + m_inputs.breakValues[1];
     line += QStringLiteral(" -v");
     return line;
 }
 
-std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
+std::shared_ptr<Task> RecordingScheduler::registerTask(Schedule &schedule) const
 {
     std::shared_ptr<Task> task;
     try {
@@ -79,23 +80,23 @@ std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
     }
     const QFileInfo program(m_programPath);
     tolerate([&] { task->SetApplicationName(program.fileName()); });
-    tolerate([&] { task->SetCreator(AppInfo::Title); });
-    tolerate([&] { task->SetCommandLine(BuildScheduleCommandLine()); });
-    tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.Station); });
+    tolerate([&] { task->SetCreator(AppInfo::title); });
+    tolerate([&] { task->setCommandLine(BuildScheduleCommandLine()); });
+    tolerate([&] { task->SetComment(QStringLiteral("Recording from ") + m_inputs.station); });
     tolerate([&] { task->SetWorkingDirectory(program.absolutePath() + u'/'); });
-    tolerate([&] { task->SetFlags(RecordingTaskFlags); });
+    tolerate([&] { task->SetFlags(recordingTaskFlags); });
     std::shared_ptr<Trigger> trigger;
     tolerate([&] { trigger = task->Triggers()->Add(); });
     if (trigger) {
-        tolerate([&] { trigger->SetBeginDay(m_now().date()); });
+        tolerate([&] { trigger->setBeginDay(m_now().date()); });
         // 23:30 gives 00:30 of the same day, a time already past: the user
         // sets the real time in the dialog that follows.
-        tolerate([&] { trigger->SetStartTime(m_now().addSecs(60 * 60).time()); });
-        tolerate([&] { trigger->SetTriggerType(0); });
+        tolerate([&] { trigger->setStartTime(m_now().addSecs(60 * 60).time()); });
+        tolerate([&] { trigger->setTriggerType(0); });
     }
     trigger.reset();
     tolerate([&] {
-        const QString account = TaskAccountName();
+        const QString account = taskAccountName();
         if (account.isEmpty())
             throw AppError::invalidArgument();
         task->SetAccountInfo(account, std::nullopt);
@@ -104,20 +105,21 @@ std::shared_ptr<Task> RecordingScheduler::Register(Schedule &schedule) const
     return task;
 }
 
-void RecordingScheduler::ScheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner,
+void RecordingScheduler::scheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner,
                                            Prompt &prompt,
                                            const std::function<void()> &openScheduledTasks) const
 {
     Schedule schedule(service, editor);
-    const std::shared_ptr<Task> task = Register(schedule);
+    const std::shared_ptr<Task> task = registerTask(schedule);
     if (!task)
         return;
     tolerate([&] { task->ShowProperties(owner); });
-    if (prompt.askYesNo(OpenQuestion, AppInfo::Title, Prompt::Icon::Question))
+    if (prompt.askYesNo(QCoreApplication::translate("RecordingScheduler", "Do you wish open Task Scheduler?"),
+                        AppInfo::title, Prompt::Icon::Question))
         tolerate(openScheduledTasks);
 }
 
-QString TaskAccountName()
+QString taskAccountName()
 {
     const QString user = qEnvironmentVariable("USER");
     if (!user.isEmpty())
@@ -131,7 +133,7 @@ QString TaskAccountName()
 #endif
 }
 
-StopCondition ReadStopCondition(const QString &commandLine)
+StopCondition readStopCondition(const QString &commandLine)
 {
     const LaunchSwitches switches = ParseLaunchSwitches(commandLine);
     if (switches.SelectedBreak == 0)
@@ -141,21 +143,21 @@ StopCondition ReadStopCondition(const QString &commandLine)
     return {};
 }
 
-QString WithStopCondition(const QString &commandLine, const StopCondition &stop)
+QString withStopCondition(const QString &commandLine, const StopCondition &stop)
 {
     const QStringList tokens = commandLine.isEmpty() ? QStringList() : commandLine.split(u' ');
     QStringList kept;
     for (qsizetype i = 0; i < tokens.size(); ++i) {
-        if (tokens[i] == SwitchMinutes || tokens[i] == SwitchMegabytes)
+        if (tokens[i] == switchMinutes || tokens[i] == switchMegabytes)
             ++i; // and its value
         else
             kept.append(tokens[i]);
     }
     if (stop.kind != StopCondition::None) {
         const qsizetype at =
-            !kept.isEmpty() && kept.last() == SwitchMinimised ? kept.size() - 1 : kept.size();
+            !kept.isEmpty() && kept.last() == switchMinimised ? kept.size() - 1 : kept.size();
         kept.insert(at, stop.value);
-        kept.insert(at, stop.kind == StopCondition::Minutes ? SwitchMinutes : SwitchMegabytes);
+        kept.insert(at, stop.kind == StopCondition::Minutes ? switchMinutes : switchMegabytes);
     }
     return kept.join(u' ');
 }

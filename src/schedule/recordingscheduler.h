@@ -16,14 +16,14 @@ class TaskService;
 // What the recorder window holds when Schedule is pressed.
 struct RecordingInputs
 {
-    QString Station;       // LblStation
-    QString SaveLocation;  // txtSave
-    QString StreamAddress; // txtStream
-    bool SingleSong = false;
-    bool Hibernate = false;
-    bool ShutDown = false;
-    int SelectedBreak = -1; // the selected optBreak, -1 for neither
-    QString BreakValues[2]; // txtBreak0 (minutes), txtBreak1 (megabytes)
+    QString station;       // LblStation
+    QString saveLocation;  // txtSave
+    QString streamAddress; // txtStream
+    bool singleSong = false;
+    bool hibernate = false;
+    bool shutDown = false;
+    int selectedBreak = -1; // the selected optBreak, -1 for neither
+    QString breakValues[2]; // txtBreak0 (minutes), txtBreak1 (megabytes)
 };
 
 // Turns the recording the window is set up for into a one-shot task that
@@ -32,10 +32,9 @@ struct RecordingInputs
 class RecordingScheduler
 {
 public:
-    static inline const QString TaskNameTemplate = QStringLiteral("%STATION%_%DATE%_%TIME%");
-    static inline const QString OpenQuestion = QStringLiteral("Do you wish open Task Scheduler?");
+    static inline const QString taskNameTemplate = QStringLiteral("%STATION%_%DATE%_%TIME%");
     // Interactive, deleted when done, only with a network, only while the user is logged on.
-    static constexpr qint32 RecordingTaskFlags = 9219;
+    static constexpr qint32 recordingTaskFlags = 9219;
 
     RecordingScheduler(RecordingInputs inputs, std::function<QDateTime()> now, QString programPath);
 
@@ -46,11 +45,11 @@ public:
     // of that name exists); after that every failing step is skipped. The
     // task dialog opens over the owner; a Yes to the question then calls
     // openScheduledTasks.
-    void ScheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner, Prompt &prompt,
+    void scheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner, Prompt &prompt,
                            const std::function<void()> &openScheduledTasks) const;
     // Creating and saving the task: the part before the dialog. Null when
     // creation failed.
-    std::shared_ptr<Task> Register(Schedule &schedule) const;
+    std::shared_ptr<Task> registerTask(Schedule &schedule) const;
 
 private:
     RecordingInputs m_inputs;
@@ -59,7 +58,7 @@ private:
 };
 
 // The account a task is registered for: USER, else the process's login name.
-QString TaskAccountName();
+QString taskAccountName();
 
 // The stop condition a recording command line carries.
 struct StopCondition
@@ -77,7 +76,7 @@ struct StopCondition
 };
 
 // The later of "-t" and "-b" wins, as when the recorder reads the line.
-StopCondition ReadStopCondition(const QString &commandLine);
+StopCondition readStopCondition(const QString &commandLine);
 // Drops every "-t" and "-b" with its value and puts the new condition where
 // BuildScheduleCommandLine puts it: before a final "-v", else at the end.
-QString WithStopCondition(const QString &commandLine, const StopCondition &stop);
+QString withStopCondition(const QString &commandLine, const StopCondition &stop);

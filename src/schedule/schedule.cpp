@@ -12,10 +12,10 @@ Schedule::~Schedule() = default;
 
 std::shared_ptr<Task> Schedule::CreateTask(const QString &name)
 {
-    TaskDefinition definition = m_service.NewWorkItem(name);
+    TaskDefinition definition = m_service.newWorkItem(name);
     std::shared_ptr<Task> task(
         new Task(std::make_shared<WorkItem>(m_service, m_editor, name, std::move(definition))));
-    task->SetCreator(AppInfo::Title);
+    task->SetCreator(AppInfo::title);
     task->Save();
     add(name, task);
     return task;
@@ -36,7 +36,7 @@ void Schedule::Delete(int position)
 
 void Schedule::deleteAt(int index)
 {
-    m_service.Delete(m_tasks[index]->Name());
+    m_service.remove(m_tasks[index]->Name());
     m_keys.removeAt(index);
     m_tasks.removeAt(index);
 }
@@ -60,14 +60,14 @@ void Schedule::Refresh()
     m_tasks.clear();
     QStringList names;
     try {
-        names = m_service.Enum();
+        names = m_service.taskNames();
     } catch (const AppError &) {
         return;
     }
     for (const QString &name : names) {
         try {
             std::shared_ptr<Task> task(
-                new Task(std::make_shared<WorkItem>(m_service, m_editor, name, m_service.Activate(name))));
+                new Task(std::make_shared<WorkItem>(m_service, m_editor, name, m_service.activate(name))));
             task->m_name = name;
             add(name, task);
         } catch (const AppError &) {
@@ -80,9 +80,9 @@ QString Schedule::TargetComputer() const
     return m_service.TargetComputer();
 }
 
-void Schedule::SetTargetComputer(const QString &computer)
+void Schedule::setTargetComputer(const QString &computer)
 {
-    m_service.SetTargetComputer(computer);
+    m_service.setTargetComputer(computer);
     Refresh();
 }
 
@@ -94,7 +94,7 @@ int Schedule::indexOf(const QString &name) const
 int Schedule::indexAt(int position) const
 {
     if (position < 1 || position > m_tasks.size())
-        throw TaskErrors::SubscriptOutOfRange();
+        throw TaskErrors::subscriptOutOfRange();
     return position - 1;
 }
 
@@ -102,7 +102,7 @@ void Schedule::add(const QString &key, std::shared_ptr<Task> task)
 {
     if (m_keys.contains(key))
         throw AppError(457,
-                       QStringLiteral("This key is already associated with an element of this collection"));
+                       AppError::tr("This key is already associated with an element of this collection"));
     m_keys.append(key);
     m_tasks.append(std::move(task));
 }

@@ -37,7 +37,7 @@ public:
     // Rebuilds the list from the store; tasks that cannot be read are left out.
     void Refresh();
     QString TargetComputer() const;
-    void SetTargetComputer(const QString &computer);
+    void setTargetComputer(const QString &computer);
 
 private:
     int indexOf(const QString &name) const;

@@ -6,11 +6,11 @@ namespace {
 
 // daemon-reload on a busy manager can take a while; a hung call must not
 // hang the window for longer than this.
-constexpr int TimeoutMs = 20000;
+constexpr int timeoutMs = 20000;
 
 } // namespace
 
-Systemctl::Result ProcessSystemctl::Run(const QStringList &arguments)
+Systemctl::Result ProcessSystemctl::run(const QStringList &arguments)
 {
     QProcess process;
     // Times in UTC, so they read back the same whatever the user's zone.
@@ -19,9 +19,9 @@ Systemctl::Result ProcessSystemctl::Run(const QStringList &arguments)
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral("systemctl"), QStringList{QStringLiteral("--user")} + arguments);
     Result result;
-    if (!process.waitForStarted(TimeoutMs))
+    if (!process.waitForStarted(timeoutMs))
         return result;
-    if (!process.waitForFinished(TimeoutMs)) {
+    if (!process.waitForFinished(timeoutMs)) {
         process.kill();
         process.waitForFinished();
         return result;

@@ -20,12 +20,12 @@ public:
 
     virtual ~Systemctl() = default;
     // Runs `systemctl --user` with these arguments and waits for it.
-    virtual Result Run(const QStringList &arguments) = 0;
+    virtual Result run(const QStringList &arguments) = 0;
 };
 
 // The real systemctl, given a few seconds per call.
 class ProcessSystemctl : public Systemctl
 {
 public:
-    Result Run(const QStringList &arguments) override;
+    Result run(const QStringList &arguments) override;
 };

@@ -14,8 +14,8 @@
 
 namespace {
 
-const QString TimerSuffix = QStringLiteral(".timer");
-const QString ServiceSuffix = QStringLiteral(".service");
+const QString timerSuffix = QStringLiteral(".timer");
+const QString serviceSuffix = QStringLiteral(".service");
 
 bool hasControlCharacters(const QString &text)
 {
@@ -32,20 +32,20 @@ bool exists(const QString &path)
 }
 
 // The program's unit files are a few hundred bytes; anything far larger is not one of them.
-constexpr qint64 MaxUnitFileSize = 64 * 1024;
+constexpr qint64 maxUnitFileSize = 64 * 1024;
 
 QByteArray readAll(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > MaxUnitFileSize)
+    if (!file.open(QIODevice::ReadOnly) || file.size() > maxUnitFileSize)
         return {};
-    return file.read(MaxUnitFileSize);
+    return file.read(maxUnitFileSize);
 }
 
 // A file the program wrote and nobody changed since, or no file at all.
 bool ownOrAbsent(const QString &path)
 {
-    return !exists(path) || (!QFileInfo(path).isSymLink() && UnitFile::Parse(readAll(path)));
+    return !exists(path) || (!QFileInfo(path).isSymLink() && UnitFile::parse(readAll(path)));
 }
 
 // `systemctl show` prints one block of Key=Value lines per unit, in the
@@ -86,7 +86,7 @@ QDateTime timestamp(const QString &value)
 
 } // namespace
 
-QString SystemdTaskService::UserUnitFolder()
+QString SystemdTaskService::userUnitFolder()
 {
     QString config = qEnvironmentVariable("XDG_CONFIG_HOME");
     if (!QDir::isAbsolutePath(config))
@@ -104,74 +104,73 @@ QString SystemdTaskService::TargetComputer() const
     return QSysInfo::machineHostName();
 }
 
-void SystemdTaskService::SetTargetComputer(const QString &computer)
+void SystemdTaskService::setTargetComputer(const QString &computer)
 {
     QString name = computer;
     while (name.startsWith(u'\\'))
         name.remove(0, 1);
     if (!name.isEmpty() && name.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) != 0)
-        throw TaskErrors::Refused(
-            QStringLiteral("Only this computer's scheduled recordings can be managed."));
+        throw TaskErrors::refused(AppError::tr("Only this computer's scheduled recordings can be managed."));
 }
 
-QString SystemdTaskService::UnitBase(const QString &name)
+QString SystemdTaskService::unitBase(const QString &name)
 {
     if (name.isEmpty())
-        throw TaskErrors::BadTaskName(name, QStringLiteral("the name is empty."));
+        throw TaskErrors::badTaskName(name, AppError::tr("the name is empty."));
     if (hasControlCharacters(name))
-        throw TaskErrors::BadTaskName(name,
-                                      QStringLiteral("it holds line breaks or other control characters."));
-    const QString base = UnitNames::Escape(name);
+        throw TaskErrors::badTaskName(name,
+                                      AppError::tr("it holds line breaks or other control characters."));
+    const QString base = UnitNames::escape(name);
     if (QString::fromUtf8(name.toUtf8()) != name)
-        throw TaskErrors::BadTaskName(name,
-                                      QStringLiteral("it holds characters that cannot be written as UTF-8."));
-    if (base.size() + ServiceSuffix.size() > UnitNames::MaxUnitName)
-        throw TaskErrors::BadTaskName(name, QStringLiteral("it is too long for a systemd unit name."));
+        throw TaskErrors::badTaskName(name,
+                                      AppError::tr("it holds characters that cannot be written as UTF-8."));
+    if (base.size() + serviceSuffix.size() > UnitNames::maxUnitName)
+        throw TaskErrors::badTaskName(name, AppError::tr("it is too long for a systemd unit name."));
     return base;
 }
 
-TaskUnits::Paths SystemdTaskService::PathsFor(const QString &name) const
+TaskUnits::Paths SystemdTaskService::pathsFor(const QString &name) const
 {
-    const QString base = UnitBase(name);
-    return {m_folder + u'/' + base + TimerSuffix, m_folder + u'/' + base + ServiceSuffix,
-            m_folder + QStringLiteral("/timers.target.wants/") + base + TimerSuffix};
+    const QString base = unitBase(name);
+    return {m_folder + u'/' + base + timerSuffix, m_folder + u'/' + base + serviceSuffix,
+            m_folder + QStringLiteral("/timers.target.wants/") + base + timerSuffix};
 }
 
-QStringList SystemdTaskService::Enum()
+QStringList SystemdTaskService::taskNames()
 {
     m_reachable.reset();
     QStringList names;
-    const QStringList timers = QDir(m_folder).entryList({u'*' + TimerSuffix}, QDir::Files, QDir::Name);
+    const QStringList timers = QDir(m_folder).entryList({u'*' + timerSuffix}, QDir::Files, QDir::Name);
     for (const QString &timer : timers) {
-        const QString base = timer.chopped(TimerSuffix.size());
-        const std::optional<QString> name = UnitNames::Unescape(base);
-        if (name && QFileInfo::exists(m_folder + u'/' + base + ServiceSuffix))
+        const QString base = timer.chopped(timerSuffix.size());
+        const std::optional<QString> name = UnitNames::unescape(base);
+        if (name && QFileInfo::exists(m_folder + u'/' + base + serviceSuffix))
             names.append(*name);
     }
     return names;
 }
 
-TaskDefinition SystemdTaskService::NewWorkItem(const QString &name)
+TaskDefinition SystemdTaskService::newWorkItem(const QString &name)
 {
-    const TaskUnits::Paths paths = PathsFor(name);
+    const TaskUnits::Paths paths = pathsFor(name);
     if (exists(paths.timer) || exists(paths.service))
-        throw TaskErrors::TaskExists(name);
+        throw TaskErrors::taskExists(name);
     return {};
 }
 
 std::optional<TaskDefinition> SystemdTaskService::readOwn(const TaskUnits::Paths &paths) const
 {
-    return TaskUnits::Read(readAll(paths.timer), readAll(paths.service));
+    return TaskUnits::read(readAll(paths.timer), readAll(paths.service));
 }
 
-TaskDefinition SystemdTaskService::Activate(const QString &name)
+TaskDefinition SystemdTaskService::activate(const QString &name)
 {
-    const TaskUnits::Paths paths = PathsFor(name);
+    const TaskUnits::Paths paths = pathsFor(name);
     if (!QFileInfo::exists(paths.timer) || !QFileInfo::exists(paths.service))
-        throw TaskErrors::TaskNotFound(name);
+        throw TaskErrors::taskNotFound(name);
     std::optional<TaskDefinition> definition = readOwn(paths);
     if (!definition)
-        throw TaskErrors::Damaged(paths.service);
+        throw TaskErrors::damaged(paths.service);
     return *definition;
 }
 
@@ -182,26 +181,26 @@ void SystemdTaskService::writeFile(const QString &path, const QByteArray &bytes)
         throw AppError::pathFileAccess(path);
 }
 
-void SystemdTaskService::Save(const QString &name, const TaskDefinition &definition)
+void SystemdTaskService::save(const QString &name, const TaskDefinition &definition)
 {
-    CheckText(TextField::ApplicationName, definition.ApplicationName);
-    CheckText(TextField::Parameters, definition.Parameters);
-    CheckText(TextField::Comment, definition.Comment);
-    CheckText(TextField::Creator, definition.Creator);
-    CheckText(TextField::WorkingDirectory, definition.WorkingDirectory);
-    CheckText(TextField::Account, definition.Account);
-    const TaskUnits::Paths paths = PathsFor(name);
+    checkText(TextField::ApplicationName, definition.applicationName);
+    checkText(TextField::Parameters, definition.parameters);
+    checkText(TextField::Comment, definition.comment);
+    checkText(TextField::Creator, definition.creator);
+    checkText(TextField::WorkingDirectory, definition.workingDirectory);
+    checkText(TextField::Account, definition.account);
+    const TaskUnits::Paths paths = pathsFor(name);
     // Files of the same name that the program did not write stay as they are.
     for (const QString &path : {paths.timer, paths.service}) {
         if (!ownOrAbsent(path))
-            throw TaskErrors::NotOurs(path);
+            throw TaskErrors::notOurs(path);
     }
     if (!QDir().mkpath(m_folder))
         throw AppError::pathFileAccess(m_folder);
-    writeFile(paths.service, TaskUnits::ServiceFile(name, definition, paths));
-    writeFile(paths.timer, TaskUnits::TimerFile(name, definition));
+    writeFile(paths.service, TaskUnits::serviceFile(name, definition, paths));
+    writeFile(paths.timer, TaskUnits::timerFile(name, definition));
 
-    const bool starts = TaskUnits::Startable(definition) && !(definition.Flags & TaskFlags::Disabled);
+    const bool starts = TaskUnits::startable(definition) && !(definition.flags & TaskFlags::Disabled);
     if (starts)
         link(paths);
     else
@@ -230,14 +229,14 @@ void SystemdTaskService::unlink(const TaskUnits::Paths &paths) const
         QFile::remove(paths.wantsLink);
 }
 
-void SystemdTaskService::Delete(const QString &name)
+void SystemdTaskService::remove(const QString &name)
 {
-    const TaskUnits::Paths paths = PathsFor(name);
+    const TaskUnits::Paths paths = pathsFor(name);
     if (!exists(paths.timer) && !exists(paths.service))
-        throw TaskErrors::TaskNotFound(name);
+        throw TaskErrors::taskNotFound(name);
     for (const QString &path : {paths.timer, paths.service}) {
         if (!ownOrAbsent(path))
-            throw TaskErrors::NotOurs(path);
+            throw TaskErrors::notOurs(path);
     }
     call({QStringLiteral("stop"), QFileInfo(paths.timer).fileName()});
     unlink(paths);
@@ -248,35 +247,34 @@ void SystemdTaskService::Delete(const QString &name)
     call({QStringLiteral("daemon-reload")});
 }
 
-void SystemdTaskService::CheckText(TextField field, const QString &value) const
+void SystemdTaskService::checkText(TextField field, const QString &value) const
 {
     if (hasControlCharacters(value))
-        throw TaskErrors::Refused(
-            QStringLiteral("A unit file cannot hold line breaks or other control characters."));
+        throw TaskErrors::refused(
+            AppError::tr("A unit file cannot hold line breaks or other control characters."));
     if (QString::fromUtf8(value.toUtf8()) != value)
-        throw TaskErrors::Refused(
-            QStringLiteral("The text holds characters that cannot be written as UTF-8."));
+        throw TaskErrors::refused(AppError::tr("The text holds characters that cannot be written as UTF-8."));
     if (field == TextField::WorkingDirectory && !value.isEmpty() &&
         (!QDir::isAbsolutePath(value) || value != value.trimmed()))
-        throw TaskErrors::Refused(
-            QStringLiteral("The working folder must be a full path without blanks around it."));
+        throw TaskErrors::refused(
+            AppError::tr("The working folder must be a full path without blanks around it."));
 }
 
-QString SystemdTaskService::FileName(const QString &name) const
+QString SystemdTaskService::fileName(const QString &name) const
 {
-    return PathsFor(name).service;
+    return pathsFor(name).service;
 }
 
 Systemctl::Result SystemdTaskService::call(const QStringList &arguments)
 {
     if (m_reachable == false)
         return {};
-    Systemctl::Result result = m_systemctl.Run(arguments);
+    Systemctl::Result result = m_systemctl.run(arguments);
     m_reachable = result.reached;
     return result;
 }
 
-bool SystemdTaskService::IsRunning()
+bool SystemdTaskService::isRunning()
 {
     if (!m_reachable)
         call({QStringLiteral("show"), QStringLiteral("--property=Version")});
@@ -285,14 +283,14 @@ bool SystemdTaskService::IsRunning()
 
 void SystemdTaskService::requireManager()
 {
-    if (!IsRunning())
-        throw TaskErrors::ServiceNotRunning();
+    if (!isRunning())
+        throw TaskErrors::serviceNotRunning();
 }
 
-TaskRunState SystemdTaskService::RunState(const QString &name)
+TaskRunState SystemdTaskService::runState(const QString &name)
 {
-    const TaskUnits::Paths paths = PathsFor(name);
-    if (!IsRunning())
+    const TaskUnits::Paths paths = pathsFor(name);
+    if (!isRunning())
         return {};
     const Systemctl::Result shown =
         call({QStringLiteral("show"), QStringLiteral("--timestamp=unix"),
@@ -306,40 +304,40 @@ TaskRunState SystemdTaskService::RunState(const QString &name)
     const QHash<QString, QString> &service = blocks[1];
 
     TaskRunState state;
-    state.ExitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
-    state.NextRun = timestamp(timer.value(QStringLiteral("NextElapseUSecRealtime")));
-    state.LastRun = timestamp(service.value(QStringLiteral("ExecMainStartTimestamp")));
-    if (state.LastRun.isNull())
-        state.LastRun = timestamp(timer.value(QStringLiteral("LastTriggerUSec")));
+    state.exitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
+    state.nextRun = timestamp(timer.value(QStringLiteral("NextElapseUSecRealtime")));
+    state.lastRun = timestamp(service.value(QStringLiteral("ExecMainStartTimestamp")));
+    if (state.lastRun.isNull())
+        state.lastRun = timestamp(timer.value(QStringLiteral("LastTriggerUSec")));
     const std::optional<TaskDefinition> stored = readOwn(paths);
     const QString active = service.value(QStringLiteral("ActiveState"));
     if (active == u"active" || active == u"activating" || active == u"deactivating" || active == u"reloading")
-        state.Status = TaskStatus::Running;
-    else if (stored && (stored->Flags & TaskFlags::Disabled))
-        state.Status = TaskStatus::Disabled;
-    else if (!state.NextRun.isNull())
-        state.Status = state.LastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
+        state.status = TaskStatus::Running;
+    else if (stored && (stored->flags & TaskFlags::Disabled))
+        state.status = TaskStatus::Disabled;
+    else if (!state.nextRun.isNull())
+        state.status = state.lastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
     else
-        state.Status = state.LastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
+        state.status = state.lastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
     return state;
 }
 
-void SystemdTaskService::Run(const QString &name)
+void SystemdTaskService::run(const QString &name)
 {
     controlService(QStringLiteral("start"), name);
 }
 
-void SystemdTaskService::Terminate(const QString &name)
+void SystemdTaskService::terminate(const QString &name)
 {
     controlService(QStringLiteral("stop"), name);
 }
 
 void SystemdTaskService::controlService(const QString &verb, const QString &name)
 {
-    Activate(name);
+    activate(name);
     requireManager();
     const Systemctl::Result result =
-        call({verb, QStringLiteral("--no-block"), QFileInfo(PathsFor(name).service).fileName()});
+        call({verb, QStringLiteral("--no-block"), QFileInfo(pathsFor(name).service).fileName()});
     if (result.exitCode != 0)
-        throw TaskErrors::Refused(QString::fromUtf8(result.error).trimmed());
+        throw TaskErrors::refused(QString::fromUtf8(result.error).trimmed());
 }

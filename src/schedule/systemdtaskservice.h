@@ -18,28 +18,28 @@ class SystemdTaskService : public TaskService
 {
 public:
     // $XDG_CONFIG_HOME/systemd/user, else ~/.config/systemd/user.
-    static QString UserUnitFolder();
+    static QString userUnitFolder();
 
     SystemdTaskService(QString unitFolder, Systemctl &systemctl);
 
     QString TargetComputer() const override;
-    void SetTargetComputer(const QString &computer) override;
-    QStringList Enum() override;
-    TaskDefinition NewWorkItem(const QString &name) override;
-    TaskDefinition Activate(const QString &name) override;
-    void Save(const QString &name, const TaskDefinition &definition) override;
-    void Delete(const QString &name) override;
-    void CheckText(TextField field, const QString &value) const override;
-    QString FileName(const QString &name) const override;
-    bool IsRunning() override;
-    TaskRunState RunState(const QString &name) override;
-    void Run(const QString &name) override;
-    void Terminate(const QString &name) override;
+    void setTargetComputer(const QString &computer) override;
+    QStringList taskNames() override;
+    TaskDefinition newWorkItem(const QString &name) override;
+    TaskDefinition activate(const QString &name) override;
+    void save(const QString &name, const TaskDefinition &definition) override;
+    void remove(const QString &name) override;
+    void checkText(TextField field, const QString &value) const override;
+    QString fileName(const QString &name) const override;
+    bool isRunning() override;
+    TaskRunState runState(const QString &name) override;
+    void run(const QString &name) override;
+    void terminate(const QString &name) override;
 
-    const QString &UnitFolder() const { return m_folder; }
+    const QString &unitFolder() const { return m_folder; }
     // The unit name for a task, without suffix; fails for a name systemd cannot take.
-    static QString UnitBase(const QString &name);
-    TaskUnits::Paths PathsFor(const QString &name) const;
+    static QString unitBase(const QString &name);
+    TaskUnits::Paths pathsFor(const QString &name) const;
 
 private:
     std::optional<TaskDefinition> readOwn(const TaskUnits::Paths &paths) const;

@@ -25,7 +25,7 @@ public:
     QString ApplicationName() const;
     void SetApplicationName(const QString &name);
     QString CommandLine() const;
-    void SetCommandLine(const QString &commandLine);
+    void setCommandLine(const QString &commandLine);
     QString Comment() const;
     void SetComment(const QString &comment);
     QString Creator() const;

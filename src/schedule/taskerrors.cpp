@@ -2,51 +2,50 @@
 
 namespace TaskErrors {
 
-AppError InvalidTriggerType()
+AppError invalidTriggerType()
 {
-    return {InvalidTriggerTypeNumber, QStringLiteral("Invalid trigger type")};
+    return {InvalidTriggerTypeNumber, AppError::tr("Invalid trigger type")};
 }
 
-AppError ServiceNotRunning()
+AppError serviceNotRunning()
 {
-    return {ServiceNotRunningNumber, QStringLiteral("No user service manager can be reached.")};
+    return {ServiceNotRunningNumber, AppError::tr("No user service manager can be reached.")};
 }
 
-AppError SubscriptOutOfRange()
+AppError subscriptOutOfRange()
 {
-    return {AppError::SubscriptOutOfRange, QStringLiteral("Subscript out of range")};
+    return {AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range")};
 }
 
-AppError TaskExists(const QString &name)
+AppError taskExists(const QString &name)
 {
-    return {FileAlreadyExistsNumber,
-            QStringLiteral("A scheduled task named \"%1\" already exists.").arg(name)};
+    return {FileAlreadyExistsNumber, AppError::tr("A scheduled task named \"%1\" already exists.").arg(name)};
 }
 
-AppError TaskNotFound(const QString &name)
+AppError taskNotFound(const QString &name)
 {
-    return {AppError::FileNotFound, QStringLiteral("There is no scheduled task named \"%1\".").arg(name)};
+    return {AppError::FileNotFound, AppError::tr("There is no scheduled task named \"%1\".").arg(name)};
 }
 
-AppError BadTaskName(const QString &name, const QString &why)
+AppError badTaskName(const QString &name, const QString &why)
 {
     return {AppError::InvalidArgument,
-            QStringLiteral("\"%1\" cannot name a scheduled task: %2").arg(name, why)};
+            AppError::tr("\"%1\" cannot name a scheduled task: %2").arg(name, why)};
 }
 
-AppError Damaged(const QString &path)
+AppError damaged(const QString &path)
 {
     return {BadFileFormatNumber,
-            QStringLiteral("The task file is damaged or was changed by hand: %1").arg(path)};
+            AppError::tr("The task file is damaged or was changed by hand: %1").arg(path)};
 }
 
-AppError NotOurs(const QString &path)
+AppError notOurs(const QString &path)
 {
     return {AppError::PermissionDenied,
-            QStringLiteral("This file was not written by Tunecatch and is left alone: %1").arg(path)};
+            AppError::tr("This file was not written by Tunecatch and is left alone: %1").arg(path)};
 }
 
-AppError Refused(const QString &why)
+AppError refused(const QString &why)
 {
     return {AppError::InvalidArgument, why};
 }

@@ -14,14 +14,14 @@ inline constexpr int ServiceNotRunningNumber = -2147216619; // 0x80041315
 inline constexpr int FileAlreadyExistsNumber = 58;
 inline constexpr int BadFileFormatNumber = 321;
 
-AppError InvalidTriggerType();
-AppError ServiceNotRunning();
-AppError SubscriptOutOfRange();
-AppError TaskExists(const QString &name);
-AppError TaskNotFound(const QString &name);
-AppError BadTaskName(const QString &name, const QString &why);
-AppError Damaged(const QString &path);
-AppError NotOurs(const QString &path);
-AppError Refused(const QString &why);
+AppError invalidTriggerType();
+AppError serviceNotRunning();
+AppError subscriptOutOfRange();
+AppError taskExists(const QString &name);
+AppError taskNotFound(const QString &name);
+AppError badTaskName(const QString &name, const QString &why);
+AppError damaged(const QString &path);
+AppError notOurs(const QString &path);
+AppError refused(const QString &why);
 
 } // namespace TaskErrors

@@ -1,20 +1,24 @@
 #include "schedule/taskservice.h"
 
-QString TaskStatus::Text(qint32 status)
+#include <QCoreApplication>
+
+QString TaskStatus::text(qint32 status)
 {
     switch (status) {
     case Ready:
-        return QStringLiteral("Ready: waits for its next start.");
+        return QCoreApplication::translate("TaskStatus", "Ready: waits for its next start.");
     case Running:
-        return QStringLiteral("Running.");
+        return QCoreApplication::translate("TaskStatus", "Running.");
     case Disabled:
-        return QStringLiteral("Disabled: it will not start at its scheduled times.");
+        return QCoreApplication::translate("TaskStatus",
+                                           "Disabled: it will not start at its scheduled times.");
     case HasNotRun:
-        return QStringLiteral("Waiting: it has not run yet.");
+        return QCoreApplication::translate("TaskStatus", "Waiting: it has not run yet.");
     case NoMoreRuns:
-        return QStringLiteral("Done: no more starts are scheduled.");
+        return QCoreApplication::translate("TaskStatus", "Done: no more starts are scheduled.");
     case NotScheduled:
-        return QStringLiteral("Not scheduled: none of its start times lies ahead.");
+        return QCoreApplication::translate("TaskStatus",
+                                           "Not scheduled: none of its start times lies ahead.");
     default:
         return {};
     }

@@ -33,22 +33,22 @@ inline constexpr qint32 AboveNormal = 0x8000;
 struct TaskDefinition
 {
     // A task runs for at most three days unless told otherwise; -1 means no limit.
-    static constexpr qint32 DefaultMaxRunTime = 72 * 60 * 60 * 1000;
+    static constexpr qint32 defaultMaxRunTime = 72 * 60 * 60 * 1000;
 
-    QString ApplicationName;
-    QString Parameters; // the command line
-    QString Comment;
-    QString Creator;
-    QString WorkingDirectory;
-    QString Account;
-    qint32 Flags = 0;
-    qint16 ErrorRetryCount = 0;
-    qint16 ErrorRetryInterval = 0;
-    qint16 IdleMinutes = 0;
-    qint16 DeadlineMinutes = 0;
-    qint32 MaxRunTime = DefaultMaxRunTime; // milliseconds
-    qint32 Priority = TaskPriority::Normal;
-    QList<TriggerRecord> Triggers;
+    QString applicationName;
+    QString parameters; // the command line
+    QString comment;
+    QString creator;
+    QString workingDirectory;
+    QString account;
+    qint32 flags = 0;
+    qint16 errorRetryCount = 0;
+    qint16 errorRetryInterval = 0;
+    qint16 idleMinutes = 0;
+    qint16 deadlineMinutes = 0;
+    qint32 maxRunTime = defaultMaxRunTime; // milliseconds
+    qint32 priority = TaskPriority::Normal;
+    QList<TriggerRecord> triggers;
 
     bool operator==(const TaskDefinition &other) const = default;
 };
@@ -62,17 +62,17 @@ inline constexpr qint32 HasNotRun = 0x41303;
 inline constexpr qint32 NoMoreRuns = 0x41304;
 inline constexpr qint32 NotScheduled = 0x41305;
 // The text for a status code; empty for a code that has none.
-QString Text(qint32 status);
+QString text(qint32 status);
 } // namespace TaskStatus
 
 // What the service manager knows about a task's runs. Everything is empty or
 // zero when it cannot be asked.
 struct TaskRunState
 {
-    qint32 Status = 0;
-    qint32 ExitCode = 0;
-    QDateTime LastRun; // null when it never ran
-    QDateTime NextRun; // null when no run is due
+    qint32 status = 0;
+    qint32 exitCode = 0;
+    QDateTime lastRun; // null when it never ran
+    QDateTime nextRun; // null when no run is due
 };
 
 // The platform's scheduler as the Schedule, Task, Triggers and Trigger
@@ -94,27 +94,27 @@ public:
     virtual ~TaskService() = default;
 
     virtual QString TargetComputer() const = 0;
-    virtual void SetTargetComputer(const QString &computer) = 0;
+    virtual void setTargetComputer(const QString &computer) = 0;
 
     // The names of the tasks in the store, in the store's order.
-    virtual QStringList Enum() = 0;
+    virtual QStringList taskNames() = 0;
     // A fresh, unsaved definition for a new task; fails for a name the store
     // cannot take or already holds.
-    virtual TaskDefinition NewWorkItem(const QString &name) = 0;
+    virtual TaskDefinition newWorkItem(const QString &name) = 0;
     // Reads a stored task.
-    virtual TaskDefinition Activate(const QString &name) = 0;
-    virtual void Save(const QString &name, const TaskDefinition &definition) = 0;
-    virtual void Delete(const QString &name) = 0;
+    virtual TaskDefinition activate(const QString &name) = 0;
+    virtual void save(const QString &name, const TaskDefinition &definition) = 0;
+    virtual void remove(const QString &name) = 0;
     // Refuses a value the store could not keep exactly.
-    virtual void CheckText(TextField field, const QString &value) const = 0;
+    virtual void checkText(TextField field, const QString &value) const = 0;
     // Where the task is stored.
-    virtual QString FileName(const QString &name) const = 0;
+    virtual QString fileName(const QString &name) const = 0;
 
     // Whether the service that starts tasks can be reached at all.
-    virtual bool IsRunning() = 0;
-    virtual TaskRunState RunState(const QString &name) = 0;
-    virtual void Run(const QString &name) = 0;
-    virtual void Terminate(const QString &name) = 0;
+    virtual bool isRunning() = 0;
+    virtual TaskRunState runState(const QString &name) = 0;
+    virtual void run(const QString &name) = 0;
+    virtual void terminate(const QString &name) = 0;
 };
 
 // The task's property sheet: shows the task for editing and returns when it
@@ -123,5 +123,5 @@ class TaskEditor
 {
 public:
     virtual ~TaskEditor() = default;
-    virtual void EditTask(Task &task, QObject *owner) = 0;
+    virtual void editTask(Task &task, QObject *owner) = 0;
 };

@@ -10,21 +10,21 @@
 
 namespace {
 
-const QString Unit = QStringLiteral("Unit");
+const QString unit = QStringLiteral("Unit");
 const QString Timer = QStringLiteral("Timer");
-const QString Service = QStringLiteral("Service");
-const QString Install = QStringLiteral("Install");
+const QString service = QStringLiteral("Service");
+const QString install = QStringLiteral("Install");
 
-const QString KeyApplication = QStringLiteral("X-Tunecatch-ApplicationName");
-const QString KeyCommandLine = QStringLiteral("X-Tunecatch-CommandLine");
-const QString KeyComment = QStringLiteral("X-Tunecatch-Comment");
-const QString KeyPriority = QStringLiteral("X-Tunecatch-Priority");
-const QString KeyCreator = QStringLiteral("X-Tunecatch-Creator");
-const QString KeyAccount = QStringLiteral("X-Tunecatch-Account");
-const QString KeyFlags = QStringLiteral("X-Tunecatch-Flags");
-const QString KeyIdleWait = QStringLiteral("X-Tunecatch-IdleWait");
-const QString KeyErrorRetry = QStringLiteral("X-Tunecatch-ErrorRetry");
-const QString KeyTrigger = QStringLiteral("X-Tunecatch-Trigger");
+const QString keyApplication = QStringLiteral("X-Tunecatch-ApplicationName");
+const QString keyCommandLine = QStringLiteral("X-Tunecatch-CommandLine");
+const QString keyComment = QStringLiteral("X-Tunecatch-Comment");
+const QString keyPriority = QStringLiteral("X-Tunecatch-Priority");
+const QString keyCreator = QStringLiteral("X-Tunecatch-Creator");
+const QString keyAccount = QStringLiteral("X-Tunecatch-Account");
+const QString keyFlags = QStringLiteral("X-Tunecatch-Flags");
+const QString keyIdleWait = QStringLiteral("X-Tunecatch-IdleWait");
+const QString keyErrorRetry = QStringLiteral("X-Tunecatch-ErrorRetry");
+const QString keyTrigger = QStringLiteral("X-Tunecatch-Trigger");
 
 struct NiceLevel
 {
@@ -33,7 +33,7 @@ struct NiceLevel
 };
 
 // A user's own service manager may lower a program's priority but not raise it.
-constexpr std::array<NiceLevel, 3> NiceLevels = {{
+constexpr std::array<NiceLevel, 3> niceLevels = {{
     {TaskPriority::Idle, 19},
     {TaskPriority::BelowNormal, 10},
     {TaskPriority::Normal, 0},
@@ -57,7 +57,7 @@ QStringList arguments(const QString &commandLine)
 void addDescription(UnitFile &file, const QString &comment)
 {
     if (!comment.isEmpty())
-        file.Add(QStringLiteral("Description"), UnitText::EscapeSpecifiers(comment));
+        file.add(QStringLiteral("Description"), UnitText::escapeSpecifiers(comment));
 }
 
 QString pair(int a, int b)
@@ -81,8 +81,8 @@ std::optional<std::pair<qint16, qint16>> readPair(const QString &text)
 
 std::optional<QString> decodedOr(const UnitFile &file, const QString &key, const QString &fallback)
 {
-    const QString value = file.Value(Service, key);
-    return value.isNull() ? std::optional<QString>(fallback) : UnitText::DecodeValue(value);
+    const QString value = file.value(service, key);
+    return value.isNull() ? std::optional<QString>(fallback) : UnitText::decodeValue(value);
 }
 
 std::optional<qint32> readMaxRunTime(const QString &text)
@@ -100,14 +100,14 @@ std::optional<qint32> readMaxRunTime(const QString &text)
 
 std::optional<qint32> readPriority(const UnitFile &file)
 {
-    const QString exact = file.Value(Service, KeyPriority);
+    const QString exact = file.value(service, keyPriority);
     bool ok = false;
     if (!exact.isNull()) {
         const qint32 priority = exact.toInt(&ok);
         return ok ? std::optional<qint32>(priority) : std::nullopt;
     }
-    const int nice = file.Value(Service, QStringLiteral("Nice")).toInt(&ok);
-    for (const NiceLevel &level : NiceLevels) {
+    const int nice = file.value(service, QStringLiteral("Nice")).toInt(&ok);
+    for (const NiceLevel &level : niceLevels) {
         if (ok && level.nice == nice)
             return level.priority;
     }
@@ -117,165 +117,165 @@ std::optional<qint32> readPriority(const UnitFile &file)
 std::optional<TaskDefinition> readService(const UnitFile &file)
 {
     TaskDefinition definition;
-    const QString exec = file.Value(Service, QStringLiteral("ExecStart"));
+    const QString exec = file.value(service, QStringLiteral("ExecStart"));
     if (!exec.isNull()) {
-        const std::optional<QStringList> words = UnitText::SplitExecLine(exec);
+        const std::optional<QStringList> words = UnitText::splitExecLine(exec);
         if (!words)
             return std::nullopt;
-        definition.ApplicationName = words->first();
-        definition.Parameters = words->mid(1).join(u' ');
+        definition.applicationName = words->first();
+        definition.parameters = words->mid(1).join(u' ');
     }
-    const QString description = file.Value(Unit, QStringLiteral("Description"));
+    const QString description = file.value(unit, QStringLiteral("Description"));
     const std::optional<QString> comment =
-        UnitText::UnescapeSpecifiers(description.isNull() ? QString() : description);
-    const QString folder = file.Value(Service, QStringLiteral("WorkingDirectory"));
+        UnitText::unescapeSpecifiers(description.isNull() ? QString() : description);
+    const QString folder = file.value(service, QStringLiteral("WorkingDirectory"));
     const std::optional<QString> workingDirectory =
-        UnitText::UnescapeSpecifiers(folder.isNull() ? QString() : folder);
-    const std::optional<QString> application = decodedOr(file, KeyApplication, definition.ApplicationName);
-    const std::optional<QString> parameters = decodedOr(file, KeyCommandLine, definition.Parameters);
+        UnitText::unescapeSpecifiers(folder.isNull() ? QString() : folder);
+    const std::optional<QString> application = decodedOr(file, keyApplication, definition.applicationName);
+    const std::optional<QString> parameters = decodedOr(file, keyCommandLine, definition.parameters);
     const std::optional<QString> exactComment =
-        comment ? decodedOr(file, KeyComment, *comment) : std::nullopt;
-    const std::optional<QString> creator = decodedOr(file, KeyCreator, QString());
-    const std::optional<QString> account = decodedOr(file, KeyAccount, QString());
+        comment ? decodedOr(file, keyComment, *comment) : std::nullopt;
+    const std::optional<QString> creator = decodedOr(file, keyCreator, QString());
+    const std::optional<QString> account = decodedOr(file, keyAccount, QString());
     const std::optional<qint32> maxRunTime =
-        readMaxRunTime(file.Value(Service, QStringLiteral("RuntimeMaxSec")));
+        readMaxRunTime(file.value(service, QStringLiteral("RuntimeMaxSec")));
     const std::optional<qint32> priority = readPriority(file);
-    const auto idleWait = readPair(file.Value(Service, KeyIdleWait));
-    const auto errorRetry = readPair(file.Value(Service, KeyErrorRetry));
+    const auto idleWait = readPair(file.value(service, keyIdleWait));
+    const auto errorRetry = readPair(file.value(service, keyErrorRetry));
     bool flagsOk = false;
-    definition.Flags = file.Value(Service, KeyFlags).toInt(&flagsOk);
+    definition.flags = file.value(service, keyFlags).toInt(&flagsOk);
     if (!workingDirectory || !application || !parameters || !exactComment || !creator || !account ||
         !maxRunTime || !priority || !idleWait || !errorRetry || !flagsOk)
         return std::nullopt;
-    definition.ApplicationName = *application;
-    definition.Parameters = *parameters;
-    definition.Comment = *exactComment;
-    definition.WorkingDirectory = *workingDirectory;
-    definition.Creator = *creator;
-    definition.Account = *account;
-    definition.MaxRunTime = *maxRunTime;
-    definition.Priority = *priority;
-    std::tie(definition.IdleMinutes, definition.DeadlineMinutes) = *idleWait;
-    std::tie(definition.ErrorRetryCount, definition.ErrorRetryInterval) = *errorRetry;
+    definition.applicationName = *application;
+    definition.parameters = *parameters;
+    definition.comment = *exactComment;
+    definition.workingDirectory = *workingDirectory;
+    definition.creator = *creator;
+    definition.account = *account;
+    definition.maxRunTime = *maxRunTime;
+    definition.priority = *priority;
+    std::tie(definition.idleMinutes, definition.deadlineMinutes) = *idleWait;
+    std::tie(definition.errorRetryCount, definition.errorRetryInterval) = *errorRetry;
     return definition;
 }
 
 } // namespace
 
-QString TaskUnits::ProgramPath(const TaskDefinition &definition)
+QString TaskUnits::programPath(const TaskDefinition &definition)
 {
-    const QString &name = definition.ApplicationName;
+    const QString &name = definition.applicationName;
     if (name.isEmpty())
         return {};
     if (QDir::isAbsolutePath(name))
         return QDir::cleanPath(name);
-    if (definition.WorkingDirectory.isEmpty())
+    if (definition.workingDirectory.isEmpty())
         return name;
-    return QDir::cleanPath(definition.WorkingDirectory + u'/' + name);
+    return QDir::cleanPath(definition.workingDirectory + u'/' + name);
 }
 
-bool TaskUnits::Startable(const TaskDefinition &definition)
+bool TaskUnits::startable(const TaskDefinition &definition)
 {
-    if (definition.ApplicationName.isEmpty())
+    if (definition.applicationName.isEmpty())
         return false;
-    for (const TriggerRecord &trigger : definition.Triggers) {
-        if (OnCalendarFor(trigger))
+    for (const TriggerRecord &trigger : definition.triggers) {
+        if (onCalendarFor(trigger))
             return true;
     }
     return false;
 }
 
-bool TaskUnits::RunsOnlyOnce(const TaskDefinition &definition)
+bool TaskUnits::runsOnlyOnce(const TaskDefinition &definition)
 {
     int starts = 0;
-    for (const TriggerRecord &trigger : definition.Triggers) {
-        if (!OnCalendarFor(trigger))
+    for (const TriggerRecord &trigger : definition.triggers) {
+        if (!onCalendarFor(trigger))
             continue;
-        if (trigger.Type() != TriggerRecord::Once || ++starts > 1)
+        if (trigger.type() != TriggerRecord::Once || ++starts > 1)
             return false;
     }
     return true;
 }
 
-QByteArray TaskUnits::TimerFile(const QString &name, const TaskDefinition &definition)
+QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &definition)
 {
     UnitFile file(header(name));
-    file.Section(Unit);
-    addDescription(file, definition.Comment);
-    file.Section(Timer);
-    for (const TriggerRecord &trigger : definition.Triggers) {
-        if (const std::optional<QString> calendar = OnCalendarFor(trigger))
-            file.Add(QStringLiteral("OnCalendar"), *calendar);
+    file.section(unit);
+    addDescription(file, definition.comment);
+    file.section(Timer);
+    for (const TriggerRecord &trigger : definition.triggers) {
+        if (const std::optional<QString> calendar = onCalendarFor(trigger))
+            file.add(QStringLiteral("OnCalendar"), *calendar);
     }
     // A recording should begin on the minute, not whenever systemd finds convenient.
-    file.Add(QStringLiteral("AccuracySec"), QStringLiteral("1s"));
-    for (const TriggerRecord &trigger : definition.Triggers)
-        file.Add(KeyTrigger, QString::fromLatin1(trigger.Bytes().toHex()));
-    file.Section(Install);
-    file.Add(QStringLiteral("WantedBy"), QStringLiteral("timers.target"));
-    return file.Bytes();
+    file.add(QStringLiteral("AccuracySec"), QStringLiteral("1s"));
+    for (const TriggerRecord &trigger : definition.triggers)
+        file.add(keyTrigger, QString::fromLatin1(trigger.bytes().toHex()));
+    file.section(install);
+    file.add(QStringLiteral("WantedBy"), QStringLiteral("timers.target"));
+    return file.bytes();
 }
 
-QByteArray TaskUnits::ServiceFile(const QString &name, const TaskDefinition &definition, const Paths &paths)
+QByteArray TaskUnits::serviceFile(const QString &name, const TaskDefinition &definition, const Paths &paths)
 {
     UnitFile file(header(name));
-    file.Section(Unit);
-    addDescription(file, definition.Comment);
-    file.Section(Service);
-    file.Add(QStringLiteral("Type"), QStringLiteral("exec"));
-    if (!definition.WorkingDirectory.isEmpty())
-        file.Add(QStringLiteral("WorkingDirectory"), UnitText::EscapeSpecifiers(definition.WorkingDirectory));
-    const QString program = ProgramPath(definition);
+    file.section(unit);
+    addDescription(file, definition.comment);
+    file.section(service);
+    file.add(QStringLiteral("Type"), QStringLiteral("exec"));
+    if (!definition.workingDirectory.isEmpty())
+        file.add(QStringLiteral("WorkingDirectory"), UnitText::escapeSpecifiers(definition.workingDirectory));
+    const QString program = programPath(definition);
     if (!program.isEmpty())
-        file.Add(QStringLiteral("ExecStart"), UnitText::ExecLine(program, arguments(definition.Parameters)));
-    if ((definition.Flags & TaskFlags::DeleteWhenDone) && RunsOnlyOnce(definition)) {
-        file.Add(
+        file.add(QStringLiteral("ExecStart"), UnitText::execLine(program, arguments(definition.parameters)));
+    if ((definition.flags & TaskFlags::DeleteWhenDone) && runsOnlyOnce(definition)) {
+        file.add(
             QStringLiteral("ExecStopPost"),
-            UnitText::ExecLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
+            UnitText::execLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
                                                            paths.timer, paths.service, paths.wantsLink}));
     }
-    file.Add(QStringLiteral("RuntimeMaxSec"), definition.MaxRunTime == -1
+    file.add(QStringLiteral("RuntimeMaxSec"), definition.maxRunTime == -1
                                                   ? QStringLiteral("infinity")
-                                                  : QString::number(quint32(definition.MaxRunTime)) + u"ms");
+                                                  : QString::number(quint32(definition.maxRunTime)) + u"ms");
     bool niceSet = false;
-    for (const NiceLevel &level : NiceLevels) {
-        if (level.priority == definition.Priority) {
-            file.Add(QStringLiteral("Nice"), QString::number(level.nice));
+    for (const NiceLevel &level : niceLevels) {
+        if (level.priority == definition.priority) {
+            file.add(QStringLiteral("Nice"), QString::number(level.nice));
             niceSet = true;
         }
     }
     if (!niceSet)
-        file.Add(KeyPriority, QString::number(definition.Priority));
-    if (program != definition.ApplicationName)
-        file.Add(KeyApplication, UnitText::EncodeValue(definition.ApplicationName));
-    if (program.isEmpty() && !definition.Parameters.isEmpty())
-        file.Add(KeyCommandLine, UnitText::EncodeValue(definition.Parameters));
+        file.add(keyPriority, QString::number(definition.priority));
+    if (program != definition.applicationName)
+        file.add(keyApplication, UnitText::encodeValue(definition.applicationName));
+    if (program.isEmpty() && !definition.parameters.isEmpty())
+        file.add(keyCommandLine, UnitText::encodeValue(definition.parameters));
     // systemd trims the blanks around a value.
-    if (definition.Comment != definition.Comment.trimmed())
-        file.Add(KeyComment, UnitText::EncodeValue(definition.Comment));
-    file.Add(KeyCreator, UnitText::EncodeValue(definition.Creator));
-    file.Add(KeyAccount, UnitText::EncodeValue(definition.Account));
-    file.Add(KeyFlags, QString::number(definition.Flags));
-    file.Add(KeyIdleWait, pair(definition.IdleMinutes, definition.DeadlineMinutes));
-    file.Add(KeyErrorRetry, pair(definition.ErrorRetryCount, definition.ErrorRetryInterval));
-    return file.Bytes();
+    if (definition.comment != definition.comment.trimmed())
+        file.add(keyComment, UnitText::encodeValue(definition.comment));
+    file.add(keyCreator, UnitText::encodeValue(definition.creator));
+    file.add(keyAccount, UnitText::encodeValue(definition.account));
+    file.add(keyFlags, QString::number(definition.flags));
+    file.add(keyIdleWait, pair(definition.idleMinutes, definition.deadlineMinutes));
+    file.add(keyErrorRetry, pair(definition.errorRetryCount, definition.errorRetryInterval));
+    return file.bytes();
 }
 
-std::optional<TaskDefinition> TaskUnits::Read(const QByteArray &timer, const QByteArray &service)
+std::optional<TaskDefinition> TaskUnits::read(const QByteArray &timer, const QByteArray &service)
 {
-    const std::optional<UnitFile> timerFile = UnitFile::Parse(timer);
-    const std::optional<UnitFile> serviceFile = UnitFile::Parse(service);
+    const std::optional<UnitFile> timerFile = UnitFile::parse(timer);
+    const std::optional<UnitFile> serviceFile = UnitFile::parse(service);
     if (!timerFile || !serviceFile)
         return std::nullopt;
     std::optional<TaskDefinition> definition = readService(*serviceFile);
     if (!definition)
         return std::nullopt;
-    for (const QString &hex : timerFile->Values(Timer, KeyTrigger)) {
+    for (const QString &hex : timerFile->values(Timer, keyTrigger)) {
         const std::optional<TriggerRecord> record =
-            TriggerRecord::FromBytes(QByteArray::fromHex(hex.toLatin1()));
-        if (!record || record->Bytes().toHex() != hex.toLatin1())
+            TriggerRecord::fromBytes(QByteArray::fromHex(hex.toLatin1()));
+        if (!record || record->bytes().toHex() != hex.toLatin1())
             return std::nullopt;
-        definition->Triggers.append(*record);
+        definition->triggers.append(*record);
     }
     return definition;
 }

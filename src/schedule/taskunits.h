@@ -23,19 +23,19 @@ struct Paths
     QString wantsLink; // the timer's enabling link in timers.target.wants
 };
 
-QByteArray TimerFile(const QString &name, const TaskDefinition &definition);
-QByteArray ServiceFile(const QString &name, const TaskDefinition &definition, const Paths &paths);
+QByteArray timerFile(const QString &name, const TaskDefinition &definition);
+QByteArray serviceFile(const QString &name, const TaskDefinition &definition, const Paths &paths);
 // The task back from its two files; nothing when either is not a file
 // written by the program or cannot be read back exactly.
-std::optional<TaskDefinition> Read(const QByteArray &timer, const QByteArray &service);
+std::optional<TaskDefinition> read(const QByteArray &timer, const QByteArray &service);
 
 // The program the service starts: an application name without a folder is
 // taken from the working folder.
-QString ProgramPath(const TaskDefinition &definition);
+QString programPath(const TaskDefinition &definition);
 // Whether systemd can start the task at all: a program and a calendar time.
-bool Startable(const TaskDefinition &definition);
+bool startable(const TaskDefinition &definition);
 // Whether a task that deletes itself when done has no start left after one
 // run, so the service may remove its own files when it stops.
-bool RunsOnlyOnce(const TaskDefinition &definition);
+bool runsOnlyOnce(const TaskDefinition &definition);
 
 } // namespace TaskUnits

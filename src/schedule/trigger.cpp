@@ -19,15 +19,15 @@ qint16 toWord(qint64 value)
 
 QDate dateAt(const TriggerRecord &record, F year, F month, F day)
 {
-    return QDate(record.Word(year), record.Word(month), record.Word(day));
+    return QDate(record.word(year), record.word(month), record.word(day));
 }
 
 void setDateAt(TriggerRecord &record, QDate date, F year, F month, F day)
 {
     const qint16 y = toWord(date.year());
-    record.SetWord(year, y);
-    record.SetWord(month, qint16(date.month()));
-    record.SetWord(day, qint16(date.day()));
+    record.setWord(year, y);
+    record.setWord(month, qint16(date.month()));
+    record.setWord(day, qint16(date.day()));
 }
 
 } // namespace
@@ -52,7 +52,7 @@ QDate Trigger::BeginDay() const
     return dateAt(m_record, F::BeginYear, F::BeginMonth, F::BeginDay);
 }
 
-void Trigger::SetBeginDay(QDate day)
+void Trigger::setBeginDay(QDate day)
 {
     setDateAt(m_record, day, F::BeginYear, F::BeginMonth, F::BeginDay);
 }
@@ -62,88 +62,88 @@ QDate Trigger::EndDay() const
     return dateAt(m_record, F::EndYear, F::EndMonth, F::EndDay);
 }
 
-void Trigger::SetEndDay(QDate day)
+void Trigger::setEndDay(QDate day)
 {
     setDateAt(m_record, day, F::EndYear, F::EndMonth, F::EndDay);
 }
 
 QTime Trigger::StartTime() const
 {
-    return QTime(m_record.Word(F::StartHour), m_record.Word(F::StartMinute), 0);
+    return QTime(m_record.word(F::StartHour), m_record.word(F::StartMinute), 0);
 }
 
-void Trigger::SetStartTime(QTime time)
+void Trigger::setStartTime(QTime time)
 {
-    m_record.SetWord(F::StartHour, qint16(time.hour()));
-    m_record.SetWord(F::StartMinute, qint16(time.minute()));
+    m_record.setWord(F::StartHour, qint16(time.hour()));
+    m_record.setWord(F::StartMinute, qint16(time.minute()));
 }
 
 qint32 Trigger::Duration() const
 {
-    return m_record.Long(F::Duration);
+    return m_record.longWord(F::Duration);
 }
 
-void Trigger::SetDuration(qint32 minutes)
+void Trigger::setDuration(qint32 minutes)
 {
-    m_record.SetLong(F::Duration, minutes);
+    m_record.setLongWord(F::Duration, minutes);
 }
 
 qint32 Trigger::Interval() const
 {
-    return m_record.Long(F::Interval);
+    return m_record.longWord(F::Interval);
 }
 
-void Trigger::SetInterval(qint32 minutes)
+void Trigger::setInterval(qint32 minutes)
 {
-    m_record.SetLong(F::Interval, minutes);
+    m_record.setLongWord(F::Interval, minutes);
 }
 
 qint32 Trigger::Flags() const
 {
-    return m_record.Long(F::Flags);
+    return m_record.longWord(F::Flags);
 }
 
 void Trigger::SetFlags(qint32 flags)
 {
-    m_record.SetLong(F::Flags, flags);
+    m_record.setLongWord(F::Flags, flags);
 }
 
 qint32 Trigger::TriggerType() const
 {
-    return m_record.Type();
+    return m_record.type();
 }
 
-void Trigger::SetTriggerType(qint32 type)
+void Trigger::setTriggerType(qint32 type)
 {
-    m_record.SetLong(F::TriggerType, type);
+    m_record.setLongWord(F::TriggerType, type);
 }
 
 int Trigger::RandomInterval() const
 {
-    return m_record.Word(F::RandomInterval);
+    return m_record.word(F::RandomInterval);
 }
 
-void Trigger::SetRandomInterval(int minutes)
+void Trigger::setRandomInterval(int minutes)
 {
-    m_record.SetWord(F::RandomInterval, toWord(minutes));
+    m_record.setWord(F::RandomInterval, toWord(minutes));
 }
 
 void Trigger::requireType(qint32 type) const
 {
-    if (m_record.Type() != type)
-        throw TaskErrors::InvalidTriggerType();
+    if (m_record.type() != type)
+        throw TaskErrors::invalidTriggerType();
 }
 
 qint16 Trigger::typeWord(F field, qint32 type) const
 {
     requireType(type);
-    return m_record.Word(field);
+    return m_record.word(field);
 }
 
 void Trigger::setTypeWord(F field, qint32 type, qint64 value)
 {
     requireType(type);
-    m_record.SetWord(field, toWord(value));
+    m_record.setWord(field, toWord(value));
 }
 
 int Trigger::Daily_Interval() const
@@ -151,7 +151,7 @@ int Trigger::Daily_Interval() const
     return typeWord(F::TypeWord0, TriggerRecord::Daily);
 }
 
-void Trigger::SetDaily_Interval(int days)
+void Trigger::setDaily_Interval(int days)
 {
     setTypeWord(F::TypeWord0, TriggerRecord::Daily, days);
 }
@@ -161,7 +161,7 @@ int Trigger::Weekly_Interval() const
     return typeWord(F::TypeWord0, TriggerRecord::Weekly);
 }
 
-void Trigger::SetWeekly_Interval(int weeks)
+void Trigger::setWeekly_Interval(int weeks)
 {
     setTypeWord(F::TypeWord0, TriggerRecord::Weekly, weeks);
 }
@@ -171,7 +171,7 @@ qint32 Trigger::Weekly_DaysOfTheWeek() const
     return typeWord(F::TypeWord1, TriggerRecord::Weekly);
 }
 
-void Trigger::SetWeekly_DaysOfTheWeek(qint32 mask)
+void Trigger::setWeekly_DaysOfTheWeek(qint32 mask)
 {
     setTypeWord(F::TypeWord1, TriggerRecord::Weekly, mask);
 }
@@ -179,13 +179,13 @@ void Trigger::SetWeekly_DaysOfTheWeek(qint32 mask)
 qint32 Trigger::MonthlyDate_Day() const
 {
     requireType(TriggerRecord::MonthlyDate);
-    return m_record.Long(F::TypeWord0);
+    return m_record.longWord(F::TypeWord0);
 }
 
-void Trigger::SetMonthlyDate_Day(qint32 mask)
+void Trigger::setMonthlyDate_Day(qint32 mask)
 {
     requireType(TriggerRecord::MonthlyDate);
-    m_record.SetLong(F::TypeWord0, mask);
+    m_record.setLongWord(F::TypeWord0, mask);
 }
 
 qint32 Trigger::MonthlyDate_Months() const
@@ -193,7 +193,7 @@ qint32 Trigger::MonthlyDate_Months() const
     return typeWord(F::TypeWord2, TriggerRecord::MonthlyDate);
 }
 
-void Trigger::SetMonthlyDate_Months(qint32 mask)
+void Trigger::setMonthlyDate_Months(qint32 mask)
 {
     setTypeWord(F::TypeWord2, TriggerRecord::MonthlyDate, mask);
 }
@@ -203,7 +203,7 @@ qint32 Trigger::MonthlyDOW_Week() const
     return typeWord(F::TypeWord0, TriggerRecord::MonthlyDow);
 }
 
-void Trigger::SetMonthlyDOW_Week(qint32 week)
+void Trigger::setMonthlyDOW_Week(qint32 week)
 {
     setTypeWord(F::TypeWord0, TriggerRecord::MonthlyDow, week);
 }
@@ -213,7 +213,7 @@ qint32 Trigger::MonthlyDOW_DaysOfTheWeek() const
     return typeWord(F::TypeWord1, TriggerRecord::MonthlyDow);
 }
 
-void Trigger::SetMonthlyDOW_DaysOfTheWeek(qint32 mask)
+void Trigger::setMonthlyDOW_DaysOfTheWeek(qint32 mask)
 {
     setTypeWord(F::TypeWord1, TriggerRecord::MonthlyDow, mask);
 }
@@ -223,14 +223,14 @@ qint32 Trigger::MonthlyDOW_Months() const
     return typeWord(F::TypeWord2, TriggerRecord::MonthlyDow);
 }
 
-void Trigger::SetMonthlyDOW_Months(qint32 mask)
+void Trigger::setMonthlyDOW_Months(qint32 mask)
 {
     setTypeWord(F::TypeWord2, TriggerRecord::MonthlyDow, mask);
 }
 
 QString Trigger::Text() const
 {
-    return DescribeTrigger(m_item->GetTrigger(m_index));
+    return describeTrigger(m_item->GetTrigger(m_index));
 }
 
 void Trigger::Refresh()
@@ -240,6 +240,6 @@ void Trigger::Refresh()
 
 void Trigger::Update()
 {
-    m_item->SetTrigger(m_index, m_record);
+    m_item->setTrigger(m_index, m_record);
     m_record = m_item->GetTrigger(m_index);
 }

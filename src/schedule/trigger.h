@@ -24,39 +24,39 @@ public:
     Trigger &operator=(const Trigger &) = delete;
 
     QDate BeginDay() const;
-    void SetBeginDay(QDate day);
+    void setBeginDay(QDate day);
     QDate EndDay() const;
-    void SetEndDay(QDate day);
+    void setEndDay(QDate day);
     // Hour and minute; seconds read as zero and are dropped on writing.
     QTime StartTime() const;
-    void SetStartTime(QTime time);
+    void setStartTime(QTime time);
     qint32 Duration() const;
-    void SetDuration(qint32 minutes);
+    void setDuration(qint32 minutes);
     qint32 Interval() const;
-    void SetInterval(qint32 minutes);
+    void setInterval(qint32 minutes);
     qint32 Flags() const;
     void SetFlags(qint32 flags);
     qint32 TriggerType() const;
-    void SetTriggerType(qint32 type);
+    void setTriggerType(qint32 type);
     int RandomInterval() const;
-    void SetRandomInterval(int minutes);
+    void setRandomInterval(int minutes);
 
     int Daily_Interval() const;
-    void SetDaily_Interval(int days);
+    void setDaily_Interval(int days);
     int Weekly_Interval() const;
-    void SetWeekly_Interval(int weeks);
+    void setWeekly_Interval(int weeks);
     qint32 Weekly_DaysOfTheWeek() const;
-    void SetWeekly_DaysOfTheWeek(qint32 mask);
+    void setWeekly_DaysOfTheWeek(qint32 mask);
     qint32 MonthlyDate_Day() const;
-    void SetMonthlyDate_Day(qint32 mask);
+    void setMonthlyDate_Day(qint32 mask);
     qint32 MonthlyDate_Months() const;
-    void SetMonthlyDate_Months(qint32 mask);
+    void setMonthlyDate_Months(qint32 mask);
     qint32 MonthlyDOW_Week() const;
-    void SetMonthlyDOW_Week(qint32 week);
+    void setMonthlyDOW_Week(qint32 week);
     qint32 MonthlyDOW_DaysOfTheWeek() const;
-    void SetMonthlyDOW_DaysOfTheWeek(qint32 mask);
+    void setMonthlyDOW_DaysOfTheWeek(qint32 mask);
     qint32 MonthlyDOW_Months() const;
-    void SetMonthlyDOW_Months(qint32 mask);
+    void setMonthlyDOW_Months(qint32 mask);
 
     // The task's own description of its trigger at this trigger's index.
     QString Text() const;
@@ -65,8 +65,8 @@ public:
     // Writes the copy to the task's trigger at this index and reads it back.
     void Update();
 
-    const TriggerRecord &Record() const { return m_record; }
-    int Index() const { return m_index; }
+    const TriggerRecord &record() const { return m_record; }
+    int index() const { return m_index; }
 
 private:
     friend class Triggers;

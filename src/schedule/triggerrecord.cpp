@@ -4,10 +4,22 @@
 
 namespace {
 
-const char *const DayNames[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-const char *const MonthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-const char *const WeekNames[5] = {"first", "second", "third", "fourth", "last"};
+const char *const dayNames[7] = {
+    QT_TRANSLATE_NOOP("TriggerRecord", "Sun"), QT_TRANSLATE_NOOP("TriggerRecord", "Mon"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Tue"), QT_TRANSLATE_NOOP("TriggerRecord", "Wed"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Thu"), QT_TRANSLATE_NOOP("TriggerRecord", "Fri"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Sat")};
+const char *const monthNames[12] = {
+    QT_TRANSLATE_NOOP("TriggerRecord", "Jan"), QT_TRANSLATE_NOOP("TriggerRecord", "Feb"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Mar"), QT_TRANSLATE_NOOP("TriggerRecord", "Apr"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "May"), QT_TRANSLATE_NOOP("TriggerRecord", "Jun"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Jul"), QT_TRANSLATE_NOOP("TriggerRecord", "Aug"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Sep"), QT_TRANSLATE_NOOP("TriggerRecord", "Oct"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "Nov"), QT_TRANSLATE_NOOP("TriggerRecord", "Dec")};
+const char *const weekNames[5] = {
+    QT_TRANSLATE_NOOP("TriggerRecord", "first"), QT_TRANSLATE_NOOP("TriggerRecord", "second"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "third"), QT_TRANSLATE_NOOP("TriggerRecord", "fourth"),
+    QT_TRANSLATE_NOOP("TriggerRecord", "last")};
 
 QString twoDigits(int value)
 {
@@ -19,45 +31,40 @@ QString names(quint32 mask, const char *const *table, int count)
     QStringList picked;
     for (int i = 0; i < count; ++i) {
         if (mask & (1u << i))
-            picked.append(QString::fromLatin1(table[i]));
+            picked.append(TriggerRecord::tr(table[i]));
     }
     return picked.join(QStringLiteral(", "));
-}
-
-QString every(int interval, const QString &one, const QString &many)
-{
-    return interval == 1 ? one : QStringLiteral("every %1 %2").arg(interval).arg(many);
 }
 
 } // namespace
 
 TriggerRecord::TriggerRecord()
 {
-    SetWord(RecordSize, Size);
+    setWord(RecordSize, byteCount);
 }
 
-std::optional<TriggerRecord> TriggerRecord::FromBytes(QByteArrayView bytes)
+std::optional<TriggerRecord> TriggerRecord::fromBytes(QByteArrayView bytes)
 {
-    if (bytes.size() != Size)
+    if (bytes.size() != byteCount)
         return std::nullopt;
     TriggerRecord record;
-    for (int i = 0; i < Size; ++i)
+    for (int i = 0; i < byteCount; ++i)
         record.m_bytes[size_t(i)] = static_cast<unsigned char>(bytes[i]);
     return record;
 }
 
-QByteArray TriggerRecord::Bytes() const
+QByteArray TriggerRecord::bytes() const
 {
-    return QByteArray(reinterpret_cast<const char *>(m_bytes.data()), Size);
+    return QByteArray(reinterpret_cast<const char *>(m_bytes.data()), byteCount);
 }
 
-qint16 TriggerRecord::Word(Field field) const
+qint16 TriggerRecord::word(Field field) const
 {
     const auto at = size_t(field);
     return qint16(quint16(m_bytes[at] | (m_bytes[at + 1] << 8)));
 }
 
-void TriggerRecord::SetWord(Field field, qint16 value)
+void TriggerRecord::setWord(Field field, qint16 value)
 {
     const auto at = size_t(field);
     const auto bits = quint16(value);
@@ -65,7 +72,7 @@ void TriggerRecord::SetWord(Field field, qint16 value)
     m_bytes[at + 1] = static_cast<unsigned char>(bits >> 8);
 }
 
-qint32 TriggerRecord::Long(Field field) const
+qint32 TriggerRecord::longWord(Field field) const
 {
     const auto at = size_t(field);
     quint32 bits = 0;
@@ -74,7 +81,7 @@ qint32 TriggerRecord::Long(Field field) const
     return qint32(bits);
 }
 
-void TriggerRecord::SetLong(Field field, qint32 value)
+void TriggerRecord::setLongWord(Field field, qint32 value)
 {
     const auto at = size_t(field);
     auto bits = quint32(value);
@@ -82,49 +89,52 @@ void TriggerRecord::SetLong(Field field, qint32 value)
         m_bytes[at + i] = static_cast<unsigned char>(bits & 0xFF);
 }
 
-QString DescribeTrigger(const TriggerRecord &record)
+QString describeTrigger(const TriggerRecord &record)
 {
     using F = TriggerRecord::Field;
-    const QString at = QStringLiteral("At ") + twoDigits(record.Word(F::StartHour)) + u':' +
-                       twoDigits(record.Word(F::StartMinute));
-    const QString begin = QString::number(record.Word(F::BeginYear)) + u'-' +
-                          twoDigits(record.Word(F::BeginMonth)) + u'-' + twoDigits(record.Word(F::BeginDay));
-    const auto word = [&record](F field) { return quint32(quint16(record.Word(field))); };
-    switch (record.Type()) {
+    const QString at = twoDigits(record.word(F::StartHour)) + u':' + twoDigits(record.word(F::StartMinute));
+    const QString begin = QString::number(record.word(F::BeginYear)) + u'-' +
+                          twoDigits(record.word(F::BeginMonth)) + u'-' + twoDigits(record.word(F::BeginDay));
+    const auto word = [&record](F field) { return quint32(quint16(record.word(field))); };
+    const int interval = record.word(F::TypeWord0);
+    switch (record.type()) {
     case TriggerRecord::Once:
-        return at + QStringLiteral(" on ") + begin;
-    case TriggerRecord::Daily:
-        return at + u' ' +
-               every(record.Word(F::TypeWord0), QStringLiteral("every day"), QStringLiteral("days")) +
-               QStringLiteral(", starting ") + begin;
-    case TriggerRecord::Weekly:
-        return at + QStringLiteral(" every ") + names(word(F::TypeWord1), DayNames, 7) +
-               QStringLiteral(" of ") +
-               every(record.Word(F::TypeWord0), QStringLiteral("every week"), QStringLiteral("weeks")) +
-               QStringLiteral(", starting ") + begin;
+        return TriggerRecord::tr("At %1 on %2").arg(at, begin);
+    case TriggerRecord::Daily: {
+        const QString every =
+            interval == 1 ? TriggerRecord::tr("every day") : TriggerRecord::tr("every %1 days").arg(interval);
+        return TriggerRecord::tr("At %1 %2, starting %3").arg(at, every, begin);
+    }
+    case TriggerRecord::Weekly: {
+        const QString every = interval == 1 ? TriggerRecord::tr("every week")
+                                            : TriggerRecord::tr("every %1 weeks").arg(interval);
+        return TriggerRecord::tr("At %1 every %2 of %3, starting %4")
+            .arg(at, names(word(F::TypeWord1), dayNames, 7), every, begin);
+    }
     case TriggerRecord::MonthlyDate: {
         QStringList days;
-        const auto mask = quint32(record.Long(F::TypeWord0));
+        const auto mask = quint32(record.longWord(F::TypeWord0));
         for (int day = 1; day <= 31; ++day) {
             if (mask & (1u << (day - 1)))
                 days.append(QString::number(day));
         }
-        return at + QStringLiteral(" on day ") + days.join(QStringLiteral(", ")) + QStringLiteral(" of ") +
-               names(word(F::TypeWord2), MonthNames, 12);
+        return TriggerRecord::tr("At %1 on day %2 of %3")
+            .arg(at, days.join(QStringLiteral(", ")), names(word(F::TypeWord2), monthNames, 12));
     }
     case TriggerRecord::MonthlyDow: {
-        const int week = record.Word(F::TypeWord0);
-        const QString which = week >= 1 && week <= 5 ? QString::fromLatin1(WeekNames[week - 1]) : QString();
-        return at + QStringLiteral(" on the ") + which + u' ' + names(word(F::TypeWord1), DayNames, 7) +
-               QStringLiteral(" of ") + names(word(F::TypeWord2), MonthNames, 12);
+        const QString which =
+            interval >= 1 && interval <= 5 ? TriggerRecord::tr(weekNames[interval - 1]) : QString();
+        return TriggerRecord::tr("At %1 on the %2 %3 of %4")
+            .arg(at, which, names(word(F::TypeWord1), dayNames, 7),
+                 names(word(F::TypeWord2), monthNames, 12));
     }
     case TriggerRecord::OnIdle:
-        return QStringLiteral("When the computer is idle");
+        return TriggerRecord::tr("When the computer is idle");
     case TriggerRecord::AtSystemStart:
-        return QStringLiteral("At system start");
+        return TriggerRecord::tr("At system start");
     case TriggerRecord::AtLogon:
-        return QStringLiteral("At log on");
+        return TriggerRecord::tr("At log on");
     default:
-        return QStringLiteral("Unknown trigger");
+        return TriggerRecord::tr("Unknown trigger");
     }
 }

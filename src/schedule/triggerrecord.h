@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QCoreApplication>
 #include <QString>
 
 #include <array>
@@ -12,8 +13,10 @@
 // byte 44; stores written by earlier versions depend on that layout.
 class TriggerRecord
 {
+    Q_DECLARE_TR_FUNCTIONS(TriggerRecord)
+
 public:
-    static constexpr int Size = 46;
+    static constexpr int byteCount = 46;
 
     // Byte offsets of the fields.
     enum Field : int
@@ -59,22 +62,22 @@ public:
     // Size field 46, everything else zero.
     TriggerRecord();
     // Exactly 46 bytes, or nothing.
-    static std::optional<TriggerRecord> FromBytes(QByteArrayView bytes);
+    static std::optional<TriggerRecord> fromBytes(QByteArrayView bytes);
 
-    QByteArray Bytes() const;
-    qint16 Word(Field field) const;
-    void SetWord(Field field, qint16 value);
-    qint32 Long(Field field) const;
-    void SetLong(Field field, qint32 value);
+    QByteArray bytes() const;
+    qint16 word(Field field) const;
+    void setWord(Field field, qint16 value);
+    qint32 longWord(Field field) const;
+    void setLongWord(Field field, qint32 value);
 
-    qint32 Type() const { return Long(TriggerType); }
+    qint32 type() const { return longWord(TriggerType); }
 
     bool operator==(const TriggerRecord &other) const = default;
 
 private:
-    std::array<unsigned char, Size> m_bytes{};
+    std::array<unsigned char, byteCount> m_bytes{};
 };
 
 // How a person reads the trigger: "At 21:15 on 2009-01-31", "At 07:00 every
 // Mon, Fri of every week", ...
-QString DescribeTrigger(const TriggerRecord &record);
+QString describeTrigger(const TriggerRecord &record);

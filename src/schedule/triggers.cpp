@@ -34,7 +34,7 @@ int Triggers::Count() const
 std::shared_ptr<Trigger> Triggers::item(int position) const
 {
     if (position < 1 || position > m_list.size())
-        throw TaskErrors::SubscriptOutOfRange();
+        throw TaskErrors::subscriptOutOfRange();
     return m_list[position - 1];
 }
 
@@ -43,7 +43,7 @@ void Triggers::Remove(int position)
     if (position < std::numeric_limits<qint16>::min() || position > std::numeric_limits<qint16>::max())
         throw AppError::overflow();
     if (position < 1 || position > m_list.size())
-        throw TaskErrors::SubscriptOutOfRange();
+        throw TaskErrors::subscriptOutOfRange();
     m_list.removeAt(position - 1);
     m_item->DeleteTrigger(position - 1);
 }
@@ -52,7 +52,7 @@ void Triggers::Update()
 {
     // Dropping the old list first lets released triggers write themselves back.
     m_list.clear();
-    const int count = m_item->TriggerCount();
+    const int count = m_item->triggerCount();
     for (int index = 0; index < count; ++index)
         m_list.append(bind(index));
 }

@@ -26,7 +26,7 @@ QString quoteWord(const QString &word, bool program)
         text.replace(u'"', QStringLiteral("\\\""));
         text = u'"' + text + u'"';
     }
-    text = UnitText::EscapeSpecifiers(text);
+    text = UnitText::escapeSpecifiers(text);
     // systemd substitutes variables in the arguments, not in the program path.
     if (!program)
         text.replace(u'$', QStringLiteral("$$"));
@@ -83,12 +83,12 @@ std::optional<QString> readWord(const QString &line, qsizetype &at)
 
 UnitFile::UnitFile(QString comment) : m_comment(std::move(comment)) {}
 
-void UnitFile::Section(const QString &name)
+void UnitFile::section(const QString &name)
 {
     m_section = name;
 }
 
-void UnitFile::Add(const QString &key, const QString &value)
+void UnitFile::add(const QString &key, const QString &value)
 {
     m_entries.append({m_section, key, value});
 }
@@ -98,7 +98,7 @@ QByteArray UnitFile::checksum(QByteArrayView body)
     return QCryptographicHash::hash(body, QCryptographicHash::Sha256).toHex();
 }
 
-QByteArray UnitFile::Bytes() const
+QByteArray UnitFile::bytes() const
 {
     QString text;
     for (const QString &line : m_comment.split(u'\n', Qt::SkipEmptyParts))
@@ -112,12 +112,12 @@ QByteArray UnitFile::Bytes() const
         text += entry.key + u'=' + entry.value + u'\n';
     }
     const QByteArray body = text.toUtf8();
-    return body + ChecksumKey.toLatin1() + '=' + checksum(body) + '\n';
+    return body + checksumKey.toLatin1() + '=' + checksum(body) + '\n';
 }
 
-std::optional<UnitFile> UnitFile::Parse(QByteArrayView bytes)
+std::optional<UnitFile> UnitFile::parse(QByteArrayView bytes)
 {
-    const QByteArray marker = '\n' + ChecksumKey.toLatin1() + '=';
+    const QByteArray marker = '\n' + checksumKey.toLatin1() + '=';
     const qsizetype at = QByteArrayView(bytes).lastIndexOf(marker);
     if (at < 0)
         return std::nullopt;
@@ -133,24 +133,24 @@ std::optional<UnitFile> UnitFile::Parse(QByteArrayView bytes)
         if (line.isEmpty() || line.startsWith(u'#') || line.startsWith(u';'))
             continue;
         if (line.startsWith(u'[') && line.endsWith(u']')) {
-            file.Section(line.mid(1, line.size() - 2));
+            file.section(line.mid(1, line.size() - 2));
             continue;
         }
         const qsizetype equals = line.indexOf(u'=');
         if (equals <= 0)
             return std::nullopt;
-        file.Add(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+        file.add(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
     }
     return file;
 }
 
-QString UnitFile::Value(const QString &section, const QString &key) const
+QString UnitFile::value(const QString &section, const QString &key) const
 {
-    const QStringList values = Values(section, key);
-    return values.isEmpty() ? QString() : values.first();
+    const QStringList found = values(section, key);
+    return found.isEmpty() ? QString() : found.first();
 }
 
-QStringList UnitFile::Values(const QString &section, const QString &key) const
+QStringList UnitFile::values(const QString &section, const QString &key) const
 {
     QStringList values;
     for (const Entry &entry : m_entries) {
@@ -160,18 +160,18 @@ QStringList UnitFile::Values(const QString &section, const QString &key) const
     return values;
 }
 
-QString UnitText::EscapeSpecifiers(const QString &text)
+QString UnitText::escapeSpecifiers(const QString &text)
 {
     QString escaped = text;
     return escaped.replace(u'%', QStringLiteral("%%"));
 }
 
-std::optional<QString> UnitText::UnescapeSpecifiers(const QString &text)
+std::optional<QString> UnitText::unescapeSpecifiers(const QString &text)
 {
     return undoubled(text, u'%');
 }
 
-QString UnitText::ExecLine(const QString &program, const QStringList &arguments)
+QString UnitText::execLine(const QString &program, const QStringList &arguments)
 {
     QString line = quoteWord(program, true);
     for (const QString &argument : arguments)
@@ -179,9 +179,9 @@ QString UnitText::ExecLine(const QString &program, const QStringList &arguments)
     return line;
 }
 
-std::optional<QStringList> UnitText::SplitExecLine(const QString &line)
+std::optional<QStringList> UnitText::splitExecLine(const QString &line)
 {
-    const std::optional<QString> plain = UnescapeSpecifiers(line);
+    const std::optional<QString> plain = unescapeSpecifiers(line);
     if (!plain || plain->isEmpty())
         return std::nullopt;
     QStringList words;
@@ -202,15 +202,15 @@ std::optional<QStringList> UnitText::SplitExecLine(const QString &line)
     return words;
 }
 
-QString UnitText::EncodeValue(const QString &text)
+QString UnitText::encodeValue(const QString &text)
 {
     return QString::fromLatin1(text.toUtf8().toPercentEncoding());
 }
 
-std::optional<QString> UnitText::DecodeValue(const QString &text)
+std::optional<QString> UnitText::decodeValue(const QString &text)
 {
     const QString decoded = QString::fromUtf8(QByteArray::fromPercentEncoding(text.toLatin1()));
-    if (EncodeValue(decoded) != text)
+    if (encodeValue(decoded) != text)
         return std::nullopt;
     return decoded;
 }

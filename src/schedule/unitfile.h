@@ -15,20 +15,20 @@
 class UnitFile
 {
 public:
-    static inline const QString ChecksumKey = QStringLiteral("X-Tunecatch-Checksum");
+    static inline const QString checksumKey = QStringLiteral("X-Tunecatch-Checksum");
 
     explicit UnitFile(QString comment = {});
 
-    void Section(const QString &name);
+    void section(const QString &name);
     // The value as it stands in the file; escaping is the caller's.
-    void Add(const QString &key, const QString &value);
-    QByteArray Bytes() const;
+    void add(const QString &key, const QString &value);
+    QByteArray bytes() const;
 
     // Reads a file Bytes made; nothing when its checksum does not match.
-    static std::optional<UnitFile> Parse(QByteArrayView bytes);
+    static std::optional<UnitFile> parse(QByteArrayView bytes);
     // The first value of the key in the section; null when there is none.
-    QString Value(const QString &section, const QString &key) const;
-    QStringList Values(const QString &section, const QString &key) const;
+    QString value(const QString &section, const QString &key) const;
+    QStringList values(const QString &section, const QString &key) const;
 
 private:
     struct Entry
@@ -49,17 +49,17 @@ private:
 namespace UnitText {
 
 // systemd expands "%" specifiers in most settings; "%%" stands for "%".
-QString EscapeSpecifiers(const QString &text);
-std::optional<QString> UnescapeSpecifiers(const QString &text);
+QString escapeSpecifiers(const QString &text);
+std::optional<QString> unescapeSpecifiers(const QString &text);
 
 // An Exec...= line: the program and its arguments, each kept whole however
 // it is spelt (blanks, quotes, backslashes, empty words, "%" and "$").
-QString ExecLine(const QString &program, const QStringList &arguments);
-// The words of a line ExecLine made, the program first; nothing for any other text.
-std::optional<QStringList> SplitExecLine(const QString &line);
+QString execLine(const QString &program, const QStringList &arguments);
+// The words of a line execLine made, the program first; nothing for any other text.
+std::optional<QStringList> splitExecLine(const QString &line);
 
 // Exact text for the program's own keys, which systemd leaves alone.
-QString EncodeValue(const QString &text);
-std::optional<QString> DecodeValue(const QString &text);
+QString encodeValue(const QString &text);
+std::optional<QString> decodeValue(const QString &text);
 
 } // namespace UnitText

@@ -22,7 +22,7 @@ int hexValue(char c)
 
 } // namespace
 
-QString UnitNames::Escape(const QString &name)
+QString UnitNames::escape(const QString &name)
 {
     const QByteArray bytes = name.toUtf8();
     QString escaped;
@@ -39,7 +39,7 @@ QString UnitNames::Escape(const QString &name)
     return escaped;
 }
 
-std::optional<QString> UnitNames::Unescape(const QString &unitName)
+std::optional<QString> UnitNames::unescape(const QString &unitName)
 {
     const QByteArray text = unitName.toLatin1();
     QByteArray bytes;
@@ -60,7 +60,7 @@ std::optional<QString> UnitNames::Unescape(const QString &unitName)
     }
     const QString name = QString::fromUtf8(bytes);
     // Only the one spelling Escape makes maps back; anything else is not ours.
-    if (name.isEmpty() || Escape(name) != unitName)
+    if (name.isEmpty() || escape(name) != unitName)
         return std::nullopt;
     return name;
 }

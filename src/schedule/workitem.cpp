@@ -9,9 +9,9 @@ WorkItem::WorkItem(TaskService &taskService, TaskEditor *taskEditor, QString tas
 {
 }
 
-int WorkItem::TriggerCount() const
+int WorkItem::triggerCount() const
 {
-    return int(definition.Triggers.size());
+    return int(definition.triggers.size());
 }
 
 int WorkItem::CreateTrigger()
@@ -19,36 +19,36 @@ int WorkItem::CreateTrigger()
     // A new trigger runs daily from now on until it is told otherwise.
     const QDateTime now = QDateTime::currentDateTime();
     TriggerRecord record;
-    record.SetWord(TriggerRecord::BeginYear, qint16(now.date().year()));
-    record.SetWord(TriggerRecord::BeginMonth, qint16(now.date().month()));
-    record.SetWord(TriggerRecord::BeginDay, qint16(now.date().day()));
-    record.SetWord(TriggerRecord::StartHour, qint16(now.time().hour()));
-    record.SetWord(TriggerRecord::StartMinute, qint16(now.time().minute()));
-    record.SetLong(TriggerRecord::TriggerType, TriggerRecord::Daily);
-    record.SetWord(TriggerRecord::TypeWord0, 1);
-    definition.Triggers.append(record);
-    return TriggerCount() - 1;
+    record.setWord(TriggerRecord::BeginYear, qint16(now.date().year()));
+    record.setWord(TriggerRecord::BeginMonth, qint16(now.date().month()));
+    record.setWord(TriggerRecord::BeginDay, qint16(now.date().day()));
+    record.setWord(TriggerRecord::StartHour, qint16(now.time().hour()));
+    record.setWord(TriggerRecord::StartMinute, qint16(now.time().minute()));
+    record.setLongWord(TriggerRecord::TriggerType, TriggerRecord::Daily);
+    record.setWord(TriggerRecord::TypeWord0, 1);
+    definition.triggers.append(record);
+    return triggerCount() - 1;
 }
 
 TriggerRecord WorkItem::GetTrigger(int index) const
 {
-    if (index < 0 || index >= TriggerCount())
-        throw TaskErrors::SubscriptOutOfRange();
-    TriggerRecord record = definition.Triggers[index];
-    record.SetWord(TriggerRecord::RecordSize, TriggerRecord::Size);
+    if (index < 0 || index >= triggerCount())
+        throw TaskErrors::subscriptOutOfRange();
+    TriggerRecord record = definition.triggers[index];
+    record.setWord(TriggerRecord::RecordSize, TriggerRecord::byteCount);
     return record;
 }
 
-void WorkItem::SetTrigger(int index, const TriggerRecord &record)
+void WorkItem::setTrigger(int index, const TriggerRecord &record)
 {
-    if (index < 0 || index >= TriggerCount())
-        throw TaskErrors::SubscriptOutOfRange();
-    definition.Triggers[index] = record;
+    if (index < 0 || index >= triggerCount())
+        throw TaskErrors::subscriptOutOfRange();
+    definition.triggers[index] = record;
 }
 
 void WorkItem::DeleteTrigger(int index)
 {
-    if (index < 0 || index >= TriggerCount())
-        throw TaskErrors::SubscriptOutOfRange();
-    definition.Triggers.removeAt(index);
+    if (index < 0 || index >= triggerCount())
+        throw TaskErrors::subscriptOutOfRange();
+    definition.triggers.removeAt(index);
 }

@@ -16,9 +16,9 @@ struct WorkItem
 
     // The triggers by zero-based index, as a store's trigger interface offers
     // them; an index outside the list fails.
-    int TriggerCount() const;
+    int triggerCount() const;
     int CreateTrigger();
     TriggerRecord GetTrigger(int index) const;
-    void SetTrigger(int index, const TriggerRecord &record);
+    void setTrigger(int index, const TriggerRecord &record);
     void DeleteTrigger(int index);
 };

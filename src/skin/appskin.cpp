@@ -12,7 +12,7 @@ ModAppSkin::ModAppSkin(QString installFolder)
 {
 }
 
-QString ModAppSkin::DefaultSkinFile() const
+QString ModAppSkin::defaultSkinFile() const
 {
     return m_installFolder + QStringLiteral("/Zelvane.urf");
 }
@@ -26,37 +26,37 @@ template <typename Fn> Fn ModAppSkin::engineFunction(const char *name)
     return reinterpret_cast<Fn>(m_engine.resolve(name));
 }
 
-bool ModAppSkin::SkinStartup()
+bool ModAppSkin::skinStartup()
 {
-    m_skinOn = SettingsStore::GetBoolean(SettingsStore::AppSkinOn, true);
-    if (Convert::BooleanText(m_skinOn).toUpper() == QStringLiteral("TRUE") && !m_running) {
-        QString file = SettingsStore::GetSetting(SettingsStore::AppSkinFile);
+    m_skinOn = SettingsStore::getBoolean(SettingsStore::AppSkinOn, true);
+    if (Convert::booleanText(m_skinOn).toUpper() == QStringLiteral("TRUE") && !m_running) {
+        QString file = SettingsStore::getSetting(SettingsStore::AppSkinFile);
         if (file.isEmpty())
-            file = DefaultSkinFile();
-        StartSkinWithFile(file);
+            file = defaultSkinFile();
+        startSkinWithFile(file);
     }
     return m_running;
 }
 
-void ModAppSkin::StartSkinWithFile(const QString &skinFile)
+void ModAppSkin::startSkinWithFile(const QString &skinFile)
 {
-    if (AppPaths::FileExists(skinFile)) {
+    if (AppPaths::fileExists(skinFile)) {
         if (auto start = engineFunction<Zelvanef::SkinStartFn>("SkinStart");
             start && start(QFile::encodeName(skinFile).constData(), Zelvanef::StartOptions) == 0) {
             m_running = true;
             m_skinOn = true;
             m_skinFile = skinFile;
-            SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
-            SettingsStore::SaveSetting(SettingsStore::AppSkinFile, skinFile);
+            SettingsStore::saveBoolean(SettingsStore::AppSkinOn, true);
+            SettingsStore::saveSetting(SettingsStore::AppSkinFile, skinFile);
             return;
         }
     }
     // A skin that was running before the failed switch goes too, so that the
     // look and the stored setting agree.
-    SkinOff();
+    skinOff();
 }
 
-void ModAppSkin::RemoveSkin()
+void ModAppSkin::removeSkin()
 {
     if (!m_running)
         return;
@@ -66,9 +66,9 @@ void ModAppSkin::RemoveSkin()
     m_skinFile.clear();
 }
 
-void ModAppSkin::SkinOff()
+void ModAppSkin::skinOff()
 {
-    RemoveSkin();
+    removeSkin();
     m_skinOn = false;
-    SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, false);
+    SettingsStore::saveBoolean(SettingsStore::AppSkinOn, false);
 }

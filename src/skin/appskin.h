@@ -15,18 +15,18 @@ public:
 
     // Reads AppSkinOn (throws AppError when it is no Boolean) and starts the
     // engine when wanted and not yet running. Returns whether it runs.
-    bool SkinStartup();
+    bool skinStartup();
     // Starts or switches the skin and stores the outcome in the settings.
-    void StartSkinWithFile(const QString &skinFile);
-    void RemoveSkin();
+    void startSkinWithFile(const QString &skinFile);
+    void removeSkin();
     // The user turned skinning off: the system look, and no skin at the next start.
-    void SkinOff();
+    void skinOff();
 
-    bool SkinOn() const { return m_skinOn; }
-    bool SkinRunning() const { return m_running; }
-    const QString &SkinFile() const { return m_skinFile; }
-    const QString &InstallFolder() const { return m_installFolder; }
-    QString DefaultSkinFile() const;
+    bool skinOn() const { return m_skinOn; }
+    bool skinRunning() const { return m_running; }
+    const QString &skinFile() const { return m_skinFile; }
+    const QString &installFolder() const { return m_installFolder; }
+    QString defaultSkinFile() const;
 
 private:
     template <typename Fn> Fn engineFunction(const char *name);

@@ -4,12 +4,12 @@
 
 cSkinParam::cSkinParam() : m_colors(Themes::blackNight()) {}
 
-void cSkinParam::Init()
+void cSkinParam::init()
 {
-    SetTheme(SettingsStore::GetNumber(SettingsStore::Theme, BlackNight));
+    setTheme(SettingsStore::getNumber(SettingsStore::Theme, BlackNight));
 }
 
-void cSkinParam::SetTheme(qint32 index)
+void cSkinParam::setTheme(qint32 index)
 {
     m_theme = index;
     if (index == PaleBlue)
@@ -19,5 +19,5 @@ void cSkinParam::SetTheme(qint32 index)
     else
         return;
     if (m_listener)
-        m_listener->ThemeColorsChanged(m_colors);
+        m_listener->themeColorsChanged(m_colors);
 }

@@ -18,13 +18,13 @@ public:
     cSkinParam();
 
     // The listener hears every later change of the colours; none by default.
-    void SetListener(ThemeListener *listener) { m_listener = listener; }
+    void setListener(ThemeListener *listener) { m_listener = listener; }
 
     // Reads the stored theme (default 1) and applies it.
-    void Init();
-    void SetTheme(qint32 index);
-    qint32 ThemeIndex() const { return m_theme; }
-    const ThemeColors &Colors() const { return m_colors; }
+    void init();
+    void setTheme(qint32 index);
+    qint32 themeIndex() const { return m_theme; }
+    const ThemeColors &colors() const { return m_colors; }
 
 private:
     qint32 m_theme = BlackNight;

@@ -1,13 +1,16 @@
 #include "skin/urffile.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QStringDecoder>
 
 namespace {
 
-const QString Signature = QStringLiteral("URF 1");
-const QString HeaderEnd = QStringLiteral("---");
-const QString ThemeNames[] = {QStringLiteral("Pale Blue"), QStringLiteral("Black Night")};
+const QString signature = QStringLiteral("URF 1");
+const QString headerEnd = QStringLiteral("---");
+// As skin files name them; the chooser shows them translated.
+const char *const themeNames[] = {QT_TRANSLATE_NOOP("UrfSkin", "Pale Blue"),
+                                  QT_TRANSLATE_NOOP("UrfSkin", "Black Night")};
 
 UrfSkin failed(UrfSkin::Status status)
 {
@@ -29,7 +32,8 @@ bool looksBinary(const QString &text)
 int themeIndex(const QString &value)
 {
     for (int i = 0; i < 2; ++i) {
-        if (value.compare(ThemeNames[i], Qt::CaseInsensitive) == 0 || value == QString::number(i))
+        if (value.compare(QLatin1StringView(themeNames[i]), Qt::CaseInsensitive) == 0 ||
+            value == QString::number(i))
             return i;
     }
     return UrfSkin::NoTheme;
@@ -37,24 +41,24 @@ int themeIndex(const QString &value)
 
 } // namespace
 
-UrfSkin UrfSkin::Read(const QString &path)
+UrfSkin UrfSkin::read(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return failed(Unreadable);
     // Reading one byte past the limit tells a huge file even where the size is
     // not known in advance (a pipe or a device).
-    const QByteArray bytes = file.read(MaxBytes + 1);
-    if (bytes.size() > MaxBytes)
+    const QByteArray bytes = file.read(maxBytes + 1);
+    if (bytes.size() > maxBytes)
         return failed(TooLarge);
     if (file.error() != QFileDevice::NoError)
         return failed(Unreadable);
-    return Parse(bytes);
+    return parse(bytes);
 }
 
-UrfSkin UrfSkin::Parse(const QByteArray &bytes)
+UrfSkin UrfSkin::parse(const QByteArray &bytes)
 {
-    if (bytes.size() > MaxBytes)
+    if (bytes.size() > maxBytes)
         return failed(TooLarge);
     if (bytes.trimmed().isEmpty())
         return failed(Empty);
@@ -77,12 +81,12 @@ UrfSkin UrfSkin::Parse(const QByteArray &bytes)
     QString first = nextLine();
     if (first.startsWith(QChar(0xFEFF)))
         first = first.mid(1).trimmed();
-    if (first != Signature)
+    if (first != signature)
         return failed(NotASkin);
     bool headerEnded = false;
     while (pos < text.size()) {
         const QString line = nextLine();
-        if (line == HeaderEnd) {
+        if (line == headerEnd) {
             headerEnded = true;
             break;
         }
@@ -105,7 +109,7 @@ UrfSkin UrfSkin::Parse(const QByteArray &bytes)
     return skin;
 }
 
-QString UrfSkin::ThemeName(int theme)
+QString UrfSkin::themeName(int theme)
 {
-    return theme == 0 || theme == 1 ? ThemeNames[theme] : QString();
+    return theme == 0 || theme == 1 ? QCoreApplication::translate("UrfSkin", themeNames[theme]) : QString();
 }

@@ -14,7 +14,7 @@ struct UrfSkin
     {
         Ok = 0,
         Unreadable = 2, // missing, a folder, or no permission
-        TooLarge = 3,   // over MaxBytes
+        TooLarge = 3,   // over maxBytes
         Empty = 4,      // nothing but blanks
         Binary = 5,     // not UTF-8 text
         NotASkin = 6,   // no signature, no name or no "---" line
@@ -22,7 +22,7 @@ struct UrfSkin
     };
 
     // Larger files are refused before they are read in full.
-    static constexpr qint64 MaxBytes = 1024 * 1024;
+    static constexpr qint64 maxBytes = 1024 * 1024;
 
     // The theme a skin names in its "Theme:" line; -1 when it names none.
     static constexpr int NoTheme = -1;
@@ -33,8 +33,8 @@ struct UrfSkin
     int theme = NoTheme;
     QString sheet;
 
-    static UrfSkin Read(const QString &path);
-    static UrfSkin Parse(const QByteArray &bytes);
+    static UrfSkin read(const QString &path);
+    static UrfSkin parse(const QByteArray &bytes);
     // "Pale Blue" for 0, "Black Night" for 1, empty for any other index.
-    static QString ThemeName(int theme);
+    static QString themeName(int theme);
 };

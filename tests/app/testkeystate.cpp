@@ -28,7 +28,7 @@ TEST(KeyState, NativeKeysAreToldApartByPlatformCodes)
         {0x11d, 0x11, 0}, // right Ctrl carries the extended bit
     };
     for (const auto &row : rows)
-        EXPECT_EQ(KeyState::NativeKey(row.scanCode, row.virtualKey), row.key)
+        EXPECT_EQ(KeyState::nativeKey(row.scanCode, row.virtualKey), row.key)
             << row.scanCode << '/' << row.virtualKey;
 }
 
@@ -67,9 +67,9 @@ TEST(KeyState, PressesAndReleasesAreTrackedPerKeyAndMissedReleasesHealOnTheNextI
             QKeyEvent event(step.type, key, step.mods, step.code, step.keysym, 0);
             QApplication::sendEvent(&target, &event);
         }
-        const std::string down{keys.IsDown(KeyState::LeftShift) ? 'L' : '-',
-                               keys.IsDown(KeyState::RightShift) ? 'R' : '-',
-                               keys.IsDown(KeyState::LeftControl) ? 'C' : '-'};
+        const std::string down{keys.isDown(KeyState::LeftShift) ? 'L' : '-',
+                               keys.isDown(KeyState::RightShift) ? 'R' : '-',
+                               keys.isDown(KeyState::LeftControl) ? 'C' : '-'};
         EXPECT_EQ(down, step.down) << step.type << ' ' << step.keysym;
     }
 }

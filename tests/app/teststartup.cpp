@@ -30,18 +30,18 @@ class RecordedWindows : public AppWindows
 public:
     QStringList calls;
     bool failLoad = false;
-    void InitCommonControls() override { calls << u"init"_s; }
-    void LoadMainWindow() override
+    void initCommonControls() override { calls << u"init"_s; }
+    void loadMainWindow() override
     {
         calls << u"load"_s;
         if (failLoad)
             throw AppError(AppError::PathNotFound, u"Path not found"_s);
     }
-    void ShowMainWindow() override { calls << u"main"_s; }
-    void ShowRecorderWindow() override { calls << u"recorder"_s; }
-    void ProcessEvents() override { calls << u"events"_s; }
-    void UnloadAllWindows() override { calls << u"unload"_s; }
-    void EndProcess() override { calls << u"end"_s; }
+    void showMainWindow() override { calls << u"main"_s; }
+    void showRecorderWindow() override { calls << u"recorder"_s; }
+    void processEvents() override { calls << u"events"_s; }
+    void unloadAllWindows() override { calls << u"unload"_s; }
+    void endProcess() override { calls << u"end"_s; }
 };
 
 QByteArray catalogueBytes(const QString &stationName)
@@ -86,7 +86,7 @@ void removeSetting(const char *key)
 
 class StartupTest : public ProfileTest
 {
-protected:
+public:
     // One start of the program: a fresh process state over the same profile.
     bool start(const QString &commandLine = {})
     {
@@ -142,10 +142,10 @@ TEST_F(StartupTest, FirstStartPreparesTheDataFolderAndTakesOverTheInstalledCatal
     EXPECT_EQ(dataFile("Rec/laudAndClear.mp3"), "loud-bytes");
     EXPECT_EQ(dataFile("Stations.txt"), catalogueBytes(u"Jazz One"_s));
     EXPECT_FALSE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
-    ASSERT_EQ(state->catalogue.StationCount(), 1);
+    ASSERT_EQ(state->catalogue.stationCount(), 1);
     EXPECT_EQ(state->catalogue.at(1).Name, u"Jazz One"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), u"32"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::TrimMP3Tool), TrimTool::DefaultCommand);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::V), u"32"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), TrimTool::defaultCommand);
     EXPECT_FALSE(state->launch.launchMode);
     EXPECT_TRUE(prompt.shown.isEmpty());
     // The second start leaves the catalogue and the recordings alone.
@@ -192,7 +192,7 @@ TEST_F(StartupTest, TheInstalledListIsTakenOverOncePerFileAndNeverWithoutABackup
         if (row.own)
             TempProfile::writeFile(data("Stations.txt"), *row.own);
         if (row.version)
-            SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(row.version));
+            SettingsStore::saveSetting(SettingsStore::V, QString::fromLatin1(row.version));
         else
             removeSetting("V");
         ASSERT_TRUE(start());
@@ -206,7 +206,7 @@ TEST_F(StartupTest, TheInstalledListIsTakenOverOncePerFileAndNeverWithoutABackup
                                        ? QStringList{u"8: Main Init - "_s + QLatin1StringView(row.traced)}
                                        : QStringList());
         EXPECT_FALSE(QFile::exists(profile.installFolder() + u"/Stations.txt"_s));
-        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V), u"32"_s);
+        EXPECT_EQ(SettingsStore::getSetting(SettingsStore::V), u"32"_s);
         // The same file placed again is not taken over a second time.
         const QByteArray now = dataFile("Stations.txt");
         const QByteArray edited = now + now;
@@ -230,11 +230,11 @@ TEST_F(StartupTest, OnlySixOldMarkersNameTheBackupOfAnUpgradeAndStoreTheCurrentO
         forgetStationFiles();
         TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
         install(u"Stations.txt"_s, catalogueBytes(u"Shipped"_s));
-        SettingsStore::SaveSetting(SettingsStore::V, QString::fromLatin1(marker));
+        SettingsStore::saveSetting(SettingsStore::V, QString::fromLatin1(marker));
         ASSERT_TRUE(start());
         EXPECT_EQ(backups(), QStringList{upgrades ? u"Stations.vn.bak31"_s : u"Stations.vn.bak"_s});
         EXPECT_EQ(state->catalogue.at(1).Name, u"Shipped"_s);
-        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::V),
+        EXPECT_EQ(SettingsStore::getSetting(SettingsStore::V),
                   upgrades ? u"32"_s : QString::fromLatin1(marker));
     }
 }
@@ -286,7 +286,7 @@ TEST_F(StartupTest, AnArgumentOfTwoCharactersOpensTheRecorderWithoutLoadingTheCa
     EXPECT_EQ(state->launch.commandArg, u"-a host:8000/live -w My Station"_s);
     EXPECT_EQ(trace.last(), u"11: Main Init - Command Arg : -a host:8000/live -w My Station"_s);
     EXPECT_EQ(windows.calls.join(u','), u"init,recorder"_s);
-    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    EXPECT_EQ(state->catalogue.stationCount(), 0);
     ASSERT_TRUE(start(u"  x  "_s));
     EXPECT_FALSE(state->launch.launchMode);
     EXPECT_TRUE(windows.calls.contains(u"main"_s));
@@ -295,35 +295,36 @@ TEST_F(StartupTest, AnArgumentOfTwoCharactersOpensTheRecorderWithoutLoadingTheCa
 TEST_F(StartupTest, StoredSettingsAreReadByTheirRules)
 {
     // The trim tool keeps a one-character command and fills an empty one.
-    for (const auto &[stored, read] : {std::pair{u"x"_s, u"x"_s}, {QString(), TrimTool::DefaultCommand}}) {
-        SettingsStore::SaveSetting(SettingsStore::TrimMP3Tool, stored);
+    for (const auto &[stored, read] : {std::pair{u"x"_s, u"x"_s}, {QString(), TrimTool::defaultCommand}}) {
+        SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, stored);
         ASSERT_TRUE(start());
         EXPECT_EQ(state->trimTool.command, read);
     }
     // The theme reads its leading number; none stored is theme 1.
     for (const auto &[stored, theme] : {std::pair{"1x", 1}, {"x1", 0}, {"", 1}}) {
         if (*stored)
-            SettingsStore::SaveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
+            SettingsStore::saveSetting(SettingsStore::Theme, QString::fromLatin1(stored));
         else
             removeSetting("Theme");
         ASSERT_TRUE(start());
-        EXPECT_EQ(state->appearance.theme.ThemeIndex(), theme) << stored;
+        EXPECT_EQ(state->appearance.theme.themeIndex(), theme) << stored;
     }
 }
 
 TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkipped)
 {
-    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"yes"_s);
+    SettingsStore::saveSetting(SettingsStore::AppSkinOn, u"yes"_s);
     EXPECT_FALSE(start());
     EXPECT_EQ(trace, QStringList{u"1: Main Init - start"_s});
     ASSERT_EQ(prompt.shown.size(), 1);
     EXPECT_EQ(prompt.shown[0].text, u"Main Error: 13 : Type mismatch"_s);
     EXPECT_TRUE(windows.calls.isEmpty());
-    SettingsStore::SaveSetting(SettingsStore::AppSkinOn, u"TRUE"_s);
+    SettingsStore::saveSetting(SettingsStore::AppSkinOn, u"TRUE"_s);
     // A missing catalogue is only reported; a failing main window ends start-up.
     windows.failLoad = true;
     EXPECT_FALSE(start());
-    EXPECT_EQ(prompt.texts(), QStringList({Catalogue::DamagedMessage, u"Main Error: 76 : Path not found"_s}));
+    EXPECT_EQ(prompt.texts(),
+              QStringList({Catalogue::damagedMessage(), u"Main Error: 76 : Path not found"_s}));
     EXPECT_FALSE(windows.calls.contains(u"main"_s));
     windows.failLoad = false;
     // A backup that cannot be written: the user's list stays, and the
@@ -345,7 +346,7 @@ TEST_F(StartupTest, FailuresEndStartUpWithTheMainErrorOnlyWhenTheyCannotBeSkippe
     ASSERT_TRUE(start());
     EXPECT_EQ(startup->dataFolder(), profile.root() + u"/not-a-folder/Tunecatch/"_s);
     EXPECT_TRUE(windows.calls.contains(u"main"_s));
-    EXPECT_EQ(prompt.texts(), QStringList{Catalogue::DamagedMessage});
+    EXPECT_EQ(prompt.texts(), QStringList{Catalogue::damagedMessage()});
 }
 
 TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
@@ -354,18 +355,18 @@ TEST_F(StartupTest, ClosingSavesAChangedCatalogueStoresTheFiltersAndRunsOnce)
     TempProfile::writeFile(data("Stations.txt"), catalogueBytes(u"Mine"_s));
     ASSERT_TRUE(start());
     state->catalogue.at(1).Rating = 5;
-    state->catalogue.Dirty = true;
+    state->catalogue.dirty = true;
     state->filters.genre = u"Jazz"_s;
     state->filters.category = u"Fav"_s;
     state->filters.rating = u"5"_s;
     windows.calls.clear();
-    startup->Close();
-    startup->Close();
+    startup->close();
+    startup->close();
     EXPECT_EQ(windows.calls.join(u','), u"events,unload,end"_s);
-    EXPECT_FALSE(state->catalogue.Dirty);
+    EXPECT_FALSE(state->catalogue.dirty);
     EXPECT_EQ(dataFile("Stations.txt.bck"), catalogueBytes(u"Mine"_s));
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptType), QString());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptRating), u"5"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptType), QString());
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::OptRating), u"5"_s);
     ASSERT_TRUE(start());
     EXPECT_EQ(state->catalogue.at(1).Rating, 5);
     EXPECT_EQ(state->filters.genre, u"Jazz"_s);

@@ -15,7 +15,7 @@ namespace {
 
 class UnicodeFile : public ProfileTest
 {
-protected:
+public:
     QString path(const char *name) const { return profile.root() + u'/' + QLatin1StringView(name); }
 };
 
@@ -40,11 +40,11 @@ TEST_F(UnicodeFile, ReadBytesSkipsTheMarkAndLeavesTheLastByteUnread)
         SCOPED_TRACE(row.file);
         TempProfile::writeFile(file, QByteArray::fromHex(row.file));
         QByteArray buffer;
-        EXPECT_EQ(ModUnicodeFile::ReadBytes(file, buffer, row.detect), row.found);
+        EXPECT_EQ(ModUnicodeFile::readBytes(file, buffer, row.detect), row.found);
         EXPECT_EQ(buffer.toHex(), row.read);
     }
     QByteArray buffer("kept");
-    EXPECT_FALSE(ModUnicodeFile::ReadBytes(path("missing"), buffer, true));
+    EXPECT_FALSE(ModUnicodeFile::readBytes(path("missing"), buffer, true));
     EXPECT_EQ(buffer, "kept");
 }
 
@@ -55,10 +55,10 @@ TEST_F(UnicodeFile, WriteDeletesTheOldFileBeforeWriting)
     TempProfile::writeFile(target, "old");
     // A second name for the same file: writing in place would change it too.
     ASSERT_EQ(::link(QFile::encodeName(target).constData(), QFile::encodeName(other).constData()), 0);
-    ModUnicodeFile::WriteBytes(target, QByteArray::fromHex("4100"), true);
+    ModUnicodeFile::writeBytes(target, QByteArray::fromHex("4100"), true);
     EXPECT_EQ(TempProfile::readFile(target).toHex(), "fffe4100");
     EXPECT_EQ(TempProfile::readFile(other), "old");
-    ModUnicodeFile::WriteBytes(target, "xy", false);
+    ModUnicodeFile::writeBytes(target, "xy", false);
     EXPECT_EQ(TempProfile::readFile(target), "xy");
 }
 
@@ -69,7 +69,7 @@ TEST_F(UnicodeFile, WriteOverAReadOnlyFileThrowsAndKeepsIt)
     TempProfile::writeFile(target, "old");
     ASSERT_TRUE(QFile::setPermissions(target, QFileDevice::ReadOwner | QFileDevice::ReadGroup));
     try {
-        ModUnicodeFile::WriteBytes(target, "new", true);
+        ModUnicodeFile::writeBytes(target, "new", true);
         ADD_FAILURE() << "no error";
     } catch (const AppError &e) {
         EXPECT_EQ(e.number(), AppError::PathFileAccess);
@@ -77,5 +77,5 @@ TEST_F(UnicodeFile, WriteOverAReadOnlyFileThrowsAndKeepsIt)
     EXPECT_EQ(TempProfile::readFile(target), "old");
     const QString parent = path("plain");
     TempProfile::writeFile(parent, "x");
-    EXPECT_THROW(ModUnicodeFile::WriteBytes(parent + u"/child"_s, "new", false), AppError);
+    EXPECT_THROW(ModUnicodeFile::writeBytes(parent + u"/child"_s, "new", false), AppError);
 }

@@ -12,7 +12,7 @@ namespace {
 
 class FileDLTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
         server.pages["/one"] = IcyServer::page("body one");

@@ -51,24 +51,24 @@ TEST(Playlist, FirstServerWithRoomWins)
         {u"[playlist]\nnumberofentries=2147483647\nFile1=http://c/\n\n"_s, ""},
         {u"a\nb\nc"_s, ""}};
     for (const auto &row : rows)
-        EXPECT_EQ(ChooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected))
+        EXPECT_EQ(chooseStreamFromPlaylist(row.text), QString::fromLatin1(row.expected))
             << row.text.toStdString();
 }
 
 TEST(Playlist, DirectoryReferences)
 {
-    EXPECT_TRUE(IsDirectoryReference(u"SSRN#12345.pls"_s));
-    EXPECT_FALSE(IsDirectoryReference(u"http://x/ssrn12345.pls"_s));
-    EXPECT_EQ(DirectoryNumber(u"ssrn#12345.pls"_s), u"12345");
-    EXPECT_THROW(DirectoryNumber(u"ssrn#.pl"_s), AppError);
-    EXPECT_EQ(PlaylistServiceAddress(u"12345"_s),
-              ServiceHost + u"/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"_s);
+    EXPECT_TRUE(isDirectoryReference(u"SSRN#12345.pls"_s));
+    EXPECT_FALSE(isDirectoryReference(u"http://x/ssrn12345.pls"_s));
+    EXPECT_EQ(directoryNumber(u"ssrn#12345.pls"_s), u"12345");
+    EXPECT_THROW(directoryNumber(u"ssrn#.pl"_s), AppError);
+    EXPECT_EQ(playlistServiceAddress(u"12345"_s),
+              serviceHost + u"/sbin/shoutcast-playlist.pls?rn=12345&file=filename.pls"_s);
 }
 
 TEST(Playlist, UsableAddressDropsTheLineEnd)
 {
-    EXPECT_EQ(UsableAddress(u"http://c:8000/live\r"_s), u"http://c:8000/live");
-    EXPECT_EQ(UsableAddress(u"http://c/ \r\n"_s), u"http://c/");
-    EXPECT_EQ(UsableAddress(u" http://c/x y"_s), u" http://c/x y");
-    EXPECT_EQ(UsableAddress(u"\r\n "_s), u"");
+    EXPECT_EQ(usableAddress(u"http://c:8000/live\r"_s), u"http://c:8000/live");
+    EXPECT_EQ(usableAddress(u"http://c/ \r\n"_s), u"http://c/");
+    EXPECT_EQ(usableAddress(u" http://c/x y"_s), u" http://c/x y");
+    EXPECT_EQ(usableAddress(u"\r\n "_s), u"");
 }

@@ -21,9 +21,9 @@ TEST(StationNames, StripAndClean)
     for (const auto &[in, stripped, clean, cleanShort] : rows) {
         SCOPED_TRACE(in.toStdString());
         QString text = in;
-        StationNames::StripFileNameChars(text);
+        StationNames::stripFileNameChars(text);
         EXPECT_EQ(text, stripped);
-        EXPECT_EQ(StationNames::CleanName(in), clean);
-        EXPECT_EQ(StationNames::CleanShortName(in), cleanShort);
+        EXPECT_EQ(StationNames::cleanName(in), clean);
+        EXPECT_EQ(StationNames::cleanShortName(in), cleanShort);
     }
 }

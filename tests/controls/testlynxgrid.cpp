@@ -15,7 +15,7 @@ namespace {
 // A grid of three columns (Name, Count as numbers, Tag) holding rows as given.
 class GridTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
         grid.resize(400, 300);
@@ -97,9 +97,9 @@ TEST_F(GridTest, EachStageOfTheEditProtocolDecidesWhatReachesTheCell)
                  "edit 0,0|update 0,0 new|updated 0,0", "new", false}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
-        grid.SetCellText(0, 0, u"beta"_s);
-        grid.SetCellChanged(0, 0, false);
-        grid.SetTrackEdits(row.track);
+        grid.setCellText(0, 0, u"beta"_s);
+        grid.setCellChanged(0, 0, false);
+        grid.setTrackEdits(row.track);
         cancelEdit = row.cancelEdit;
         cancelUpdate = row.cancelUpdate;
         replaceWith = row.replaceWith ? QString::fromLatin1(row.replaceWith) : QString();
@@ -112,7 +112,7 @@ TEST_F(GridTest, EachStageOfTheEditProtocolDecidesWhatReachesTheCell)
                 QTest::keyClicks(editBox(), QString::fromLatin1(row.typed));
             QTest::keyClick(editBox(), row.finish);
         }
-        EXPECT_FALSE(grid.IsEditing());
+        EXPECT_FALSE(grid.isEditing());
         EXPECT_EQ(events.join(u'|'), QLatin1StringView(row.events));
         EXPECT_EQ(grid.CellText(0, 0), QLatin1StringView(row.text));
         EXPECT_EQ(grid.CellChanged(0, 0), row.changed);
@@ -134,12 +134,12 @@ TEST_F(GridTest, TypedCharactersPassTheColumnFilterAndTheHost)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.filter);
-        grid.SetColInputFilter(2, QString::fromLatin1(row.filter));
+        grid.setColInputFilter(2, QString::fromLatin1(row.filter));
         ASSERT_TRUE(grid.EditCell(0, 2));
         editBox()->clear();
         QTest::keyClicks(editBox(), QString::fromLatin1(row.typed));
         EXPECT_EQ(editBox()->text(), QString::fromLatin1(row.expected));
-        grid.CancelEdit();
+        grid.cancelEdit();
     }
     // EditKeyPress sees the filtered key and may change or drop it.
     QList<int> seen;
@@ -148,7 +148,7 @@ TEST_F(GridTest, TypedCharactersPassTheColumnFilterAndTheHost)
         seen << key;
         key = key == u'5' ? u'6' : key == u'9' ? 0 : key;
     });
-    grid.SetColInputFilter(1, u"0123456789"_s);
+    grid.setColInputFilter(1, u"0123456789"_s);
     ASSERT_TRUE(grid.EditCell(0, 1));
     editBox()->clear();
     QTest::keyClicks(editBox(), u"1x59"_s);
@@ -168,7 +168,7 @@ TEST_F(GridTest, CheckBoxCellsToggleThroughTheEditRequest)
     cancelEdit = true;
     QTest::keyClick(&grid, Qt::Key_Space);
     EXPECT_TRUE(grid.CellChecked(1, col));
-    EXPECT_FALSE(grid.IsEditing());
+    EXPECT_FALSE(grid.isEditing());
 }
 
 TEST_F(GridTest, SortingOrdersByTheColumnsTypeFollowsTheCurrentRowAndHeadingClicksReverse)
@@ -186,14 +186,14 @@ TEST_F(GridTest, SortingOrdersByTheColumnsTypeFollowsTheCurrentRowAndHeadingClic
     EXPECT_EQ(column(0), u"gamma,beta,Alpha"_s);
     EXPECT_EQ(completed, 3);
     EXPECT_EQ(grid.CellText(grid.Row(), 0), u"gamma"_s) << "the current row follows its item";
-    EXPECT_EQ(grid.SortColumn(), 0);
+    EXPECT_EQ(grid.sortColumn(), 0);
     const QPoint count(grid.ColLeft(1) + 40, header->height() / 2);
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
     EXPECT_EQ(column(1), u"9,10,100"_s);
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
     EXPECT_EQ(column(1), u"100,10,9"_s);
     EXPECT_EQ(clicked, QList<int>({1, 1}));
-    grid.SetColumnSort(false);
+    grid.setColumnSort(false);
     QTest::mouseClick(header, Qt::LeftButton, {}, count);
     EXPECT_EQ(column(1), u"100,10,9"_s);
 }
@@ -211,7 +211,7 @@ TEST_F(GridTest, DraggingAHeadingMovesTheColumnAndKeepsIndexToPositionMapping)
     EXPECT_EQ(grid.ColType(grid.ColPosition(1)), GridColumnType::Number);
     // New items fill by position, and the mapping puts each value under its heading.
     const int row = grid.AddItem();
-    grid.SetCellText(row, grid.ColPosition(0), u"delta"_s);
+    grid.setCellText(row, grid.ColPosition(0), u"delta"_s);
     EXPECT_EQ(grid.CellText(row, 1), u"delta"_s);
     EXPECT_EQ(grid.ColHeading(1), u"Name"_s);
     // Dropped behind the last heading, it goes back to the end.
@@ -245,19 +245,19 @@ TEST_F(GridTest, KeyboardAndMouseMoveTheCurrentRowSelectAndStartEdits)
     EXPECT_EQ(grid.Col(), 1);
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
     EXPECT_EQ(grid.Row(), 1);
-    EXPECT_FALSE(grid.IsEditing()) << "the first click only makes the cell current";
+    EXPECT_FALSE(grid.isEditing()) << "the first click only makes the cell current";
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
-    EXPECT_TRUE(grid.IsEditing());
+    EXPECT_TRUE(grid.isEditing());
     QTest::keyClick(editBox(), Qt::Key_Escape);
     QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(2, 2));
-    EXPECT_TRUE(grid.IsEditing());
+    EXPECT_TRUE(grid.isEditing());
     EXPECT_EQ(events.last(), u"edit 2,2"_s);
-    grid.CancelEdit();
-    grid.SetEditTrigger(EditF2);
+    grid.cancelEdit();
+    grid.setEditTrigger(EditF2);
     QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, centre(0, 2));
-    EXPECT_FALSE(grid.IsEditing());
+    EXPECT_FALSE(grid.isEditing());
     // Multi-select: Ctrl adds, Shift extends from the anchor, a plain click selects one.
-    grid.SetMultiSelect(true);
+    grid.setMultiSelect(true);
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, Qt::ControlModifier, centre(2, 0));
     EXPECT_EQ(grid.SelectedCount(), 2);
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, centre(1, 0));
@@ -268,8 +268,8 @@ TEST_F(GridTest, KeyboardAndMouseMoveTheCurrentRowSelectAndStartEdits)
 
 TEST_F(GridTest, HiddenItemsAndColumnsAreSkipped)
 {
-    grid.SetItemVisible(1, false);
-    grid.SetColVisible(1, false);
+    grid.setItemVisible(1, false);
+    grid.setColVisible(1, false);
     EXPECT_EQ(grid.RowTop(2), grid.RowHeight());
     EXPECT_EQ(grid.RowTop(1), -1);
     EXPECT_EQ(grid.ColLeft(2), 120);
@@ -279,7 +279,7 @@ TEST_F(GridTest, HiddenItemsAndColumnsAreSkipped)
     EXPECT_EQ(grid.Row(), 2);
     QTest::keyClick(&grid, Qt::Key_Right);
     EXPECT_EQ(grid.Col(), 2);
-    grid.SetItemVisible(1, true);
+    grid.setItemVisible(1, true);
     EXPECT_EQ(grid.RowTop(2), 2 * grid.RowHeight());
 }
 
@@ -290,14 +290,14 @@ TEST_F(GridTest, TypingEditsOrJumpsToTheMatchingRow)
     EXPECT_EQ(grid.FindItem(u"gam"_s, 0, 0, true), 2);
     EXPECT_EQ(grid.FindItem(u"beta"_s, 0, 1), -1);
     grid.setFocus();
-    grid.SetSearchColumn(0);
+    grid.setSearchColumn(0);
     QTest::keyClicks(&grid, u"ga"_s);
     EXPECT_EQ(grid.Row(), 2);
-    EXPECT_FALSE(grid.IsEditing());
-    grid.SetEditTrigger(EditAnyKey);
-    grid.SetColInputFilter(0, u">"_s);
+    EXPECT_FALSE(grid.isEditing());
+    grid.setEditTrigger(EditAnyKey);
+    grid.setColInputFilter(0, u">"_s);
     QTest::keyClick(&grid, Qt::Key_Q);
-    ASSERT_TRUE(grid.IsEditing());
+    ASSERT_TRUE(grid.isEditing());
     EXPECT_EQ(editBox()->text(), u"Q"_s) << "the first key replaces the text, through the filter";
 }
 
@@ -356,10 +356,10 @@ TEST_F(GridTest, ScreenReadersSeeATableOfHeadingsCellsAndTheCurrentCell)
     EXPECT_EQ(cells->cellAt(2, 0)->text(QAccessible::Name), u"Alpha"_s);
     EXPECT_EQ(table->focusChild()->text(QAccessible::Name), u"y"_s);
     // A picture cell without text is named by its column, wherever the column moves.
-    grid.SetColImage(2, 0);
-    grid.SetColImageText(2, u"Play"_s);
-    grid.SetCellText(0, 2, QString());
-    grid.SetColPosition(2, 0);
+    grid.setColImage(2, 0);
+    grid.setColImageText(2, u"Play"_s);
+    grid.setCellText(0, 2, QString());
+    grid.setColPosition(2, 0);
     EXPECT_EQ(cells->cellAt(0, 0)->text(QAccessible::Name), u"Play"_s);
     EXPECT_EQ(cells->cellAt(0, 0)->text(QAccessible::Value), QString());
     EXPECT_EQ(cells->cellAt(1, 0)->text(QAccessible::Name), u"x"_s);
@@ -368,8 +368,8 @@ TEST_F(GridTest, ScreenReadersSeeATableOfHeadingsCellsAndTheCurrentCell)
 
 TEST_F(GridTest, TheCurrentCellIsFramedInsideItsSelectedRowAndAFocusedEmptyPlaceFramesTheView)
 {
-    grid.SetFullRowSelect(true);
-    grid.SetFocusRectStyle(GridFocusStyle::Solid);
+    grid.setFullRowSelect(true);
+    grid.setFocusRectStyle(GridFocusStyle::Solid);
     QApplication::setActiveWindow(&grid);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
     grid.setFocus();
@@ -388,17 +388,17 @@ TEST_F(GridTest, TheCurrentCellIsFramedInsideItsSelectedRowAndAFocusedEmptyPlace
 TEST_F(GridTest, ThemeColorFollowsTheColoursAndClearForgetsTheSort)
 {
     for (const int theme : {Themes::BlackNight, Themes::PaleBlue}) {
-        grid.SetThemeColors(theme == Themes::PaleBlue ? Themes::paleBlue()
+        grid.setThemeColors(theme == Themes::PaleBlue ? Themes::paleBlue()
                                                           : Themes::blackNight());
         EXPECT_EQ(grid.ThemeColor(), theme);
     }
     ThemeColors own = Themes::paleBlue();
-    own.Grid = 0xff000000;
-    grid.SetThemeColors(own);
+    own.grid = 0xff000000;
+    grid.setThemeColors(own);
     EXPECT_EQ(grid.ThemeColor(), -1);
     grid.Sort(1, GridSortOrder::Descending);
     grid.Clear();
-    EXPECT_EQ(grid.SortColumn(), -1);
+    EXPECT_EQ(grid.sortColumn(), -1);
     grid.AddItem(u"b"_s);
     grid.AddItem(u"a"_s);
     QTest::mouseClick(header, Qt::LeftButton, {}, {20, header->height() / 2});

@@ -19,10 +19,10 @@ QIcon solid(QColor color)
 
 class PictureButtonTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
-        button.SetPictures({solid(Qt::red), solid(Qt::green), solid(Qt::blue), solid(Qt::gray)});
+        button.setPictures({solid(Qt::red), solid(Qt::green), solid(Qt::blue), solid(Qt::gray)});
         host.resize(120, 120);
         button.setGeometry(40, 40, 40, 40);
         host.show();
@@ -51,7 +51,7 @@ TEST_F(PictureButtonTest, ShowsThePictureOfItsState)
 
 TEST_F(PictureButtonTest, InToggleModeAClickKeepsItPressedUntilTheNext)
 {
-    button.SetToggle(true);
+    button.setToggle(true);
     QSignalSpy clicks(&button, &ucPictureButton::clicked);
     const auto click = [&] {
         QTest::mouseMove(&button, QPoint(20, 20));
@@ -71,8 +71,8 @@ TEST_F(PictureButtonTest, GlyphPicturesCarryDoubleDensityPixels)
 {
     QPainterPath square;
     square.addRect(8, 8, 8, 8);
-    button.SetGlyph(square);
-    const QPixmap twice = button.GetPictures().normal.pixmap(QSize(28, 28), 2.0);
+    button.setGlyph(square);
+    const QPixmap twice = button.getPictures().normal.pixmap(QSize(28, 28), 2.0);
     EXPECT_EQ(twice.size(), QSize(56, 56));
     EXPECT_EQ(twice.devicePixelRatio(), 2.0);
 }

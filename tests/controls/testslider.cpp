@@ -12,7 +12,7 @@ namespace {
 
 class SliderTest : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override
     {
         slider.setRange(0, 100);

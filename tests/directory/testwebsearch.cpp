@@ -22,7 +22,7 @@ TEST(WebSearch, AddressTakesTheGenreAndTheTextWithBlanksAsPlusAndNothingElseEsca
                 {QString(), u"Jazz"_s, QString()}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text.toStdString());
-        EXPECT_EQ(WebSearch::SearchAddress(host, row.text, row.genre), row.expected);
+        EXPECT_EQ(WebSearch::searchAddress(host, row.text, row.genre), row.expected);
     }
 }
 

@@ -21,10 +21,10 @@ RecordingInputs jazz()
 // The day of the month and the time of day the task's first trigger starts.
 QString startOf(const TaskDefinition &task)
 {
-    const TriggerRecord &t = task.Triggers.first();
-    return u"%1 %2"_s.arg(t.Word(TriggerRecord::BeginDay))
+    const TriggerRecord &t = task.triggers.first();
+    return u"%1 %2"_s.arg(t.word(TriggerRecord::BeginDay))
         .arg(
-            QTime(t.Word(TriggerRecord::StartHour), t.Word(TriggerRecord::StartMinute)).toString(u"HH:mm"_s));
+            QTime(t.word(TriggerRecord::StartHour), t.word(TriggerRecord::StartMinute)).toString(u"HH:mm"_s));
 }
 
 std::function<QDateTime()> clockAt(QTime time)
@@ -37,7 +37,7 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
     EXPECT_EQ(RecordingScheduler(jazz(), clockAt(QTime(20, 15, 59)), {}).BuildTaskName(),
               u"Jazz24_2009-01-31_20-15"_s);
     RecordingInputs odd = jazz();
-    odd.Station = u"Big %DATE% band %time%"_s;
+    odd.station = u"Big %DATE% band %time%"_s;
     EXPECT_EQ(RecordingScheduler(odd, clockAt(QTime(7, 5)), {}).BuildTaskName(),
               u"Big 2009-01-31 band %time%_2009-01-31_07-05"_s);
     const struct
@@ -45,17 +45,17 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
         std::function<void(RecordingInputs &)> change;
         QString line;
     } rows[] = {{[](RecordingInputs &) {}, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s},
-                {[](RecordingInputs &in) { in.Hibernate = true; },
+                {[](RecordingInputs &in) { in.hibernate = true; },
                  u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xh -t 60 -v"_s},
                 {[](RecordingInputs &in) {
-                     in.SingleSong = in.ShutDown = false;
-                     in.SelectedBreak = 1;
+                     in.singleSong = in.shutDown = false;
+                     in.selectedBreak = 1;
                  },
                  u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -b 700 -v"_s},
                 {[](RecordingInputs &in) {
-                     in.SelectedBreak = -1;
-                     in.Station = u"Jazz 24  FM"_s;
-                     in.SaveLocation = u"./My Music/%STATION%.mp3"_s;
+                     in.selectedBreak = -1;
+                     in.station = u"Jazz 24  FM"_s;
+                     in.saveLocation = u"./My Music/%STATION%.mp3"_s;
                  },
                  u"-s ./My Music/%STATION%.mp3 -a 10.0.0.5:8000/live -w Jazz 24  FM -n -xs -v"_s}};
     for (const auto &row : rows) {
@@ -68,13 +68,13 @@ TEST(RecordingScheduler, TheNameAndTheCommandLineAreBuiltPieceByPiece)
 
 class Registering : public ::testing::Test
 {
-protected:
+public:
     void SetUp() override { qputenv("USER", "ann"); }
     void TearDown() override { m_hadUser ? qputenv("USER", m_user) : qunsetenv("USER"); }
     void click(QTime at, const QString &program = u"/opt/tunecatch/tunecatch"_s)
     {
         RecordingScheduler(jazz(), clockAt(at), program)
-            .ScheduleRecording(service, &editor, &owner, prompt, [this] { ++opened; });
+            .scheduleRecording(service, &editor, &owner, prompt, [this] { ++opened; });
     }
     const TaskDefinition &task() const { return *service.tasks.cbegin(); }
     MemoryTaskService service;
@@ -93,16 +93,16 @@ TEST_F(Registering, TheTaskRepeatsTheRecordingAnHourFromNowAndOpensTheDialog)
     prompt.answers = {true};
     click(QTime(20, 15, 40));
     ASSERT_EQ(service.tasks.keys(), QStringList{u"Jazz24_2009-01-31_20-15"_s});
-    EXPECT_EQ(task().ApplicationName, u"tunecatch"_s);
-    EXPECT_EQ(task().WorkingDirectory, u"/opt/tunecatch/"_s);
-    EXPECT_EQ(task().Creator, u"Tunecatch"_s);
-    EXPECT_EQ(task().Parameters, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s);
-    EXPECT_EQ(task().Comment, u"Recording from Jazz24"_s);
-    EXPECT_EQ(task().Flags, 9219);
-    EXPECT_EQ(task().Account, u"ann"_s);
-    ASSERT_EQ(task().Triggers.size(), 1);
-    EXPECT_EQ(task().Triggers.first().Type(), TriggerRecord::Once);
-    EXPECT_EQ(task().Triggers.first().Long(TriggerRecord::Flags), 0);
+    EXPECT_EQ(task().applicationName, u"tunecatch"_s);
+    EXPECT_EQ(task().workingDirectory, u"/opt/tunecatch/"_s);
+    EXPECT_EQ(task().creator, u"Tunecatch"_s);
+    EXPECT_EQ(task().parameters, u"-s D:\\Music -a 10.0.0.5:8000/live -w Jazz24 -n -xs -t 60 -v"_s);
+    EXPECT_EQ(task().comment, u"Recording from Jazz24"_s);
+    EXPECT_EQ(task().flags, 9219);
+    EXPECT_EQ(task().account, u"ann"_s);
+    ASSERT_EQ(task().triggers.size(), 1);
+    EXPECT_EQ(task().triggers.first().type(), TriggerRecord::Once);
+    EXPECT_EQ(task().triggers.first().longWord(TriggerRecord::Flags), 0);
     EXPECT_EQ(startOf(task()), u"31 21:15"_s);
     EXPECT_EQ(editor.owners, QList<QObject *>{&owner});
     ASSERT_EQ(prompt.shown.size(), 1);
@@ -114,7 +114,7 @@ TEST_F(Registering, LateInTheEveningTheStartFallsOnTheSameDayAlreadyPast)
 {
     click(QTime(23, 30), u"/tunecatch"_s);
     EXPECT_EQ(startOf(task()), u"31 00:30"_s);
-    EXPECT_EQ(task().WorkingDirectory, u"//"_s);
+    EXPECT_EQ(task().workingDirectory, u"//"_s);
     EXPECT_EQ(opened, 0) << "No to the question";
 }
 
@@ -136,11 +136,11 @@ TEST_F(Registering, AStepTheStoreRefusesIsSkippedAndTheRestIsSaved)
     service.refused.insert(TaskService::TextField::Comment, u"Recording from Jazz24"_s);
     service.refused.insert(TaskService::TextField::Account, u"ann"_s);
     RecordingScheduler(jazz(), clockAt(QTime(20, 15)), u"/opt/tunecatch/tunecatch"_s)
-        .ScheduleRecording(service, nullptr, &owner, prompt, [] {});
-    EXPECT_EQ(task().Comment, QString());
-    EXPECT_EQ(task().Account, QString());
-    EXPECT_EQ(task().Flags, 9219);
-    EXPECT_EQ(task().Triggers.size(), 1);
+        .scheduleRecording(service, nullptr, &owner, prompt, [] {});
+    EXPECT_EQ(task().comment, QString());
+    EXPECT_EQ(task().account, QString());
+    EXPECT_EQ(task().flags, 9219);
+    EXPECT_EQ(task().triggers.size(), 1);
     EXPECT_EQ(prompt.shown.size(), 1) << "no property sheet is no reason to stop";
 }
 
@@ -149,8 +149,8 @@ TEST_F(Registering, WithoutUserTheAccountIsTheLoginName)
     qunsetenv("USER");
     TempProfile profile;
     TempProfile::writeFile(profile.root() + u"/mine"_s, "x");
-    EXPECT_EQ(TaskAccountName(), QFileInfo(profile.root() + u"/mine"_s).owner());
-    EXPECT_FALSE(TaskAccountName().isEmpty());
+    EXPECT_EQ(taskAccountName(), QFileInfo(profile.root() + u"/mine"_s).owner());
+    EXPECT_FALSE(taskAccountName().isEmpty());
 }
 
 TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
@@ -170,8 +170,8 @@ TEST(StopConditions, TheDialogReadsAndReplacesTheStopConditionOfTheCommandLine)
                 {u"-s a  b -v -m"_s, {}, {StopCondition::Minutes, u"1"_s}, u"-s a  b -v -m -t 1"_s},
                 {QString(), {}, {StopCondition::Minutes, u"1"_s}, u"-t 1"_s}};
     for (const auto &row : rows) {
-        EXPECT_EQ(ReadStopCondition(row.line), row.read) << row.line.toStdString();
-        EXPECT_EQ(WithStopCondition(row.line, row.replacement), row.replaced) << row.line.toStdString();
+        EXPECT_EQ(readStopCondition(row.line), row.read) << row.line.toStdString();
+        EXPECT_EQ(withStopCondition(row.line, row.replacement), row.replaced) << row.line.toStdString();
     }
 }
 

@@ -30,24 +30,24 @@ QByteArray record(std::initializer_list<quint32> words16, std::initializer_list<
 
 class ScheduleTest : public ::testing::Test
 {
-protected:
+public:
     // A task in the store with the given triggers, read back through a Schedule.
     std::shared_ptr<Task> stored(const QString &name, int triggers)
     {
         TaskDefinition definition;
         for (int i = 0; i < triggers; ++i) {
             TriggerRecord trigger;
-            trigger.SetWord(TriggerRecord::StartHour, qint16(i + 1));
-            definition.Triggers.append(trigger);
+            trigger.setWord(TriggerRecord::StartHour, qint16(i + 1));
+            definition.triggers.append(trigger);
         }
-        service.Save(name, definition);
+        service.save(name, definition);
         schedule.Refresh();
         return schedule.Job(name);
     }
     std::shared_ptr<Trigger> trigger(qint32 type)
     {
         std::shared_ptr<Trigger> made = stored(u"t"_s, 0)->Triggers()->Add();
-        made->SetTriggerType(type);
+        made->setTriggerType(type);
         return made;
     }
     MemoryTaskService service;
@@ -58,26 +58,26 @@ protected:
 TEST_F(ScheduleTest, TheRecordHoldsEachPropertyAtItsOffset)
 {
     const std::shared_ptr<Trigger> t = trigger(TriggerRecord::Weekly);
-    t->SetBeginDay(QDate(2009, 1, 31));
-    t->SetEndDay(QDate(2010, 12, 24));
-    t->SetStartTime(QTime(23, 59, 40));
-    t->SetDuration(600);
-    t->SetInterval(15);
+    t->setBeginDay(QDate(2009, 1, 31));
+    t->setEndDay(QDate(2010, 12, 24));
+    t->setStartTime(QTime(23, 59, 40));
+    t->setDuration(600);
+    t->setInterval(15);
     t->SetFlags(0x10203);
-    t->SetWeekly_Interval(2);
-    t->SetWeekly_DaysOfTheWeek(0x41);
-    t->SetRandomInterval(-2);
-    EXPECT_EQ(t->Record().Bytes(), record({4,  2009, 6,  1,  8,  31, 10, 2010, 12,   12, 14,
+    t->setWeekly_Interval(2);
+    t->setWeekly_DaysOfTheWeek(0x41);
+    t->setRandomInterval(-2);
+    EXPECT_EQ(t->record().bytes(), record({4,  2009, 6,  1,  8,  31, 10, 2010, 12,   12, 14,
                                            24, 16,   23, 18, 59, 36, 2,  38,   0x41, 44, 0xFFFE},
                                           {20, 600, 24, 15, 28, 0x10203, 32, 2}));
     EXPECT_EQ(t->StartTime(), QTime(23, 59, 0));
     EXPECT_EQ(t->BeginDay(), QDate(2009, 1, 31));
     EXPECT_EQ(t->RandomInterval(), -2);
     // The monthly day mask spans type words 0 and 1.
-    t->SetTriggerType(TriggerRecord::MonthlyDate);
-    t->SetMonthlyDate_Day(qint32(0x80000001));
-    t->SetMonthlyDate_Months(0xFFF);
-    EXPECT_EQ(t->Record().Bytes().mid(32, 10),
+    t->setTriggerType(TriggerRecord::MonthlyDate);
+    t->setMonthlyDate_Day(qint32(0x80000001));
+    t->setMonthlyDate_Months(0xFFF);
+    EXPECT_EQ(t->record().bytes().mid(32, 10),
               record({34, 0, 36, 1, 38, 0x8000, 40, 0xFFF}, {32, 3}).mid(32, 10));
     EXPECT_EQ(t->MonthlyDate_Day(), qint32(0x80000001));
 }
@@ -94,33 +94,33 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
     };
     using T = Trigger;
     const Row rows[] = {
-        {"Daily_Interval", 1, &T::Daily_Interval, &T::SetDaily_Interval, true},
-        {"Weekly_Interval", 2, &T::Weekly_Interval, &T::SetWeekly_Interval, true},
-        {"Weekly_DaysOfTheWeek", 2, &T::Weekly_DaysOfTheWeek, &T::SetWeekly_DaysOfTheWeek, true},
-        {"MonthlyDate_Day", 3, &T::MonthlyDate_Day, &T::SetMonthlyDate_Day, false},
-        {"MonthlyDate_Months", 3, &T::MonthlyDate_Months, &T::SetMonthlyDate_Months, true},
-        {"MonthlyDOW_Week", 4, &T::MonthlyDOW_Week, &T::SetMonthlyDOW_Week, true},
-        {"MonthlyDOW_DaysOfTheWeek", 4, &T::MonthlyDOW_DaysOfTheWeek, &T::SetMonthlyDOW_DaysOfTheWeek, true},
-        {"MonthlyDOW_Months", 4, &T::MonthlyDOW_Months, &T::SetMonthlyDOW_Months, true}};
+        {"Daily_Interval", 1, &T::Daily_Interval, &T::setDaily_Interval, true},
+        {"Weekly_Interval", 2, &T::Weekly_Interval, &T::setWeekly_Interval, true},
+        {"Weekly_DaysOfTheWeek", 2, &T::Weekly_DaysOfTheWeek, &T::setWeekly_DaysOfTheWeek, true},
+        {"MonthlyDate_Day", 3, &T::MonthlyDate_Day, &T::setMonthlyDate_Day, false},
+        {"MonthlyDate_Months", 3, &T::MonthlyDate_Months, &T::setMonthlyDate_Months, true},
+        {"MonthlyDOW_Week", 4, &T::MonthlyDOW_Week, &T::setMonthlyDOW_Week, true},
+        {"MonthlyDOW_DaysOfTheWeek", 4, &T::MonthlyDOW_DaysOfTheWeek, &T::setMonthlyDOW_DaysOfTheWeek, true},
+        {"MonthlyDOW_Months", 4, &T::MonthlyDOW_Months, &T::setMonthlyDOW_Months, true}};
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
         for (qint32 type = 0; type <= 7; ++type) {
             const std::shared_ptr<Trigger> t = trigger(type);
-            const QByteArray before = t->Record().Bytes();
+            const QByteArray before = t->record().bytes();
             const int expected = type == row.type ? 0 : TaskErrors::InvalidTriggerTypeNumber;
-            EXPECT_EQ(ErrorNumber([&] { (*t.*row.read)(); }), expected) << type;
-            EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(5); }), expected) << type;
+            EXPECT_EQ(errorNumber([&] { (*t.*row.read)(); }), expected) << type;
+            EXPECT_EQ(errorNumber([&] { (*t.*row.write)(5); }), expected) << type;
             if (type != row.type) {
-                EXPECT_EQ(t->Record().Bytes(), before);
+                EXPECT_EQ(t->record().bytes(), before);
             }
         }
         const std::shared_ptr<Trigger> t = trigger(row.type);
-        EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(32767); }), 0);
-        const QByteArray before = t->Record().Bytes();
-        EXPECT_EQ(ErrorNumber([&] { (*t.*row.write)(32768); }),
+        EXPECT_EQ(errorNumber([&] { (*t.*row.write)(32767); }), 0);
+        const QByteArray before = t->record().bytes();
+        EXPECT_EQ(errorNumber([&] { (*t.*row.write)(32768); }),
                   row.sixteenBits ? int(AppError::Overflow) : 0);
         if (row.sixteenBits) {
-            EXPECT_EQ(t->Record().Bytes(), before);
+            EXPECT_EQ(t->record().bytes(), before);
         }
     }
     try {
@@ -129,10 +129,10 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
         EXPECT_EQ(error.description(), u"Invalid trigger type"_s);
     }
     const std::shared_ptr<Task> task = stored(u"words"_s, 0);
-    EXPECT_EQ(ErrorNumber([&] { trigger(1)->SetRandomInterval(-32769); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { trigger(1)->setRandomInterval(-32769); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryCount(40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetErrorRetryInterval(-40000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { task->SetIdleWait(10, 32768); }), AppError::Overflow);
     int idle = -1, deadline = -1;
     task->GetIdleWait(idle, deadline);
     EXPECT_EQ(idle, 0) << "a failed SetIdleWait changes neither value";
@@ -141,9 +141,9 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
 
 TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
 {
-    service.Save(u"b"_s, {});
-    service.Save(u"a"_s, {});
-    service.Save(u"broken"_s, {});
+    service.save(u"b"_s, {});
+    service.save(u"a"_s, {});
+    service.save(u"broken"_s, {});
     service.unreadable.insert(u"broken"_s);
     EXPECT_EQ(schedule.Count(), 0);
     schedule.Refresh();
@@ -153,15 +153,15 @@ TEST_F(ScheduleTest, TheListFillsOnlyByRefreshAndSkipsTasksThatCannotBeRead)
     const auto walked = schedule.NewEnum();
     ASSERT_EQ(walked.size(), 2);
     EXPECT_EQ(walked[0]->Name() + walked[1]->Name(), u"ba"_s);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { schedule.Job(3); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(errorNumber([&] { schedule.Job(u"broken"_s); }), AppError::InvalidArgument);
     service.enumFails = true;
     schedule.Refresh();
     EXPECT_EQ(schedule.Count(), 0);
     service.enumFails = false;
-    schedule.SetTargetComputer(u"here"_s);
+    schedule.setTargetComputer(u"here"_s);
     EXPECT_EQ(schedule.Count(), 2) << "a new target computer refills the list";
-    EXPECT_EQ(ErrorNumber([&] { schedule.SetTargetComputer(u"unreachable"_s); }), -2147023174);
+    EXPECT_EQ(errorNumber([&] { schedule.setTargetComputer(u"unreachable"_s); }), -2147023174);
 }
 
 TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedByIt)
@@ -170,10 +170,10 @@ TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedBy
     EXPECT_EQ(task->Name(), QString());
     EXPECT_EQ(schedule.Job(u"Jazz24_2009-01-31_20-15"_s), task);
     ASSERT_TRUE(service.tasks.contains(u"Jazz24_2009-01-31_20-15"_s));
-    EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).Creator, u"Tunecatch"_s);
-    EXPECT_EQ(ErrorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
+    EXPECT_EQ(service.tasks.value(u"Jazz24_2009-01-31_20-15"_s).creator, u"Tunecatch"_s);
+    EXPECT_EQ(errorNumber([&] { schedule.CreateTask(u"Jazz24_2009-01-31_20-15"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
-    EXPECT_EQ(ErrorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(errorNumber([&] { schedule.Delete(u"Jazz24_2009-01-31_20-15"_s); }), AppError::FileNotFound);
     EXPECT_EQ(schedule.Count(), 1);
     schedule.Refresh();
     schedule.Delete(1);
@@ -184,19 +184,19 @@ TEST_F(ScheduleTest, ACreatedTaskIsStoredAtOnceButHasNoNameSoItCannotBeDeletedBy
 TEST_F(ScheduleTest, ChangesReachTheStoreOnlyBySaveAndRefusedValuesLeaveTheOldOne)
 {
     const std::shared_ptr<Task> task = stored(u"props"_s, 0);
-    task->SetCommandLine(u"-s x -v"_s);
-    EXPECT_EQ(service.tasks.value(u"props"_s).Parameters, QString());
+    task->setCommandLine(u"-s x -v"_s);
+    EXPECT_EQ(service.tasks.value(u"props"_s).parameters, QString());
     task->Save();
-    EXPECT_EQ(service.tasks.value(u"props"_s).Parameters, u"-s x -v"_s);
+    EXPECT_EQ(service.tasks.value(u"props"_s).parameters, u"-s x -v"_s);
     service.refused.insert(TaskService::TextField::Comment, u"bad"_s);
     task->SetComment(u"good"_s);
-    EXPECT_EQ(ErrorNumber([&] { task->SetComment(u"bad"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetComment(u"bad"_s); }), AppError::InvalidArgument);
     EXPECT_EQ(task->Comment(), u"good"_s);
-    EXPECT_EQ(ErrorNumber([&] { task->SetPriority(12345); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetPriority(12345); }), AppError::InvalidArgument);
     EXPECT_EQ(task->Priority(), TaskPriority::Normal);
-    EXPECT_EQ(ErrorNumber([&] { task->SetAccountInfo(u"ann"_s, u"secret"_s); }), AppError::InvalidArgument);
+    EXPECT_EQ(errorNumber([&] { task->SetAccountInfo(u"ann"_s, u"secret"_s); }), AppError::InvalidArgument);
     task->Save(u"copy"_s);
-    EXPECT_EQ(service.tasks.value(u"copy"_s).Comment, u"good"_s);
+    EXPECT_EQ(service.tasks.value(u"copy"_s).comment, u"good"_s);
     task->Run();
     EXPECT_EQ(service.requests, QStringList{u"run props"_s}) << "the copy leaves the task its own name";
 }
@@ -211,7 +211,7 @@ TEST_F(ScheduleTest, ThePropertySheetIsTheEditorsAndWithoutOneOpeningFails)
     EXPECT_EQ(editor.owners, (QList<QObject *>{&owner, nullptr}));
     Schedule bare(service);
     bare.Refresh();
-    EXPECT_NE(ErrorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
+    EXPECT_NE(errorNumber([&] { bare.Job(u"run"_s)->ShowProperties(&owner); }), 0);
 }
 
 TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
@@ -219,8 +219,8 @@ TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
     const std::shared_ptr<Task> task = stored(u"trig"_s, 0);
     std::shared_ptr<Trigger> added = task->Triggers()->Add();
     EXPECT_EQ(added->Flags(), 0);
-    added->SetStartTime(QTime(21, 15));
-    added->SetTriggerType(TriggerRecord::Once);
+    added->setStartTime(QTime(21, 15));
+    added->setTriggerType(TriggerRecord::Once);
     EXPECT_NE(added->Text(), u"At 21:15 on "_s + added->BeginDay().toString(u"yyyy-MM-dd"_s))
         << "Text describes the task's trigger, not the unsaved copy";
     const QString unsaved = added->Text();
@@ -229,10 +229,10 @@ TEST_F(ScheduleTest, TriggersWriteTheirCopyBackOnUpdateSaveOrRelease)
     task->Triggers()->Update();
     EXPECT_TRUE(task->Triggers()->item(1)->Text().startsWith(u"At 21:15 on "_s))
         << "the last reference went: written back";
-    task->Triggers()->item(1)->SetStartTime(QTime(6, 0));
+    task->Triggers()->item(1)->setStartTime(QTime(6, 0));
     task->Save();
-    EXPECT_EQ(service.tasks.value(u"trig"_s).Triggers.first().Word(TriggerRecord::StartHour), 6);
-    EXPECT_EQ(ErrorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_EQ(service.tasks.value(u"trig"_s).triggers.first().word(TriggerRecord::StartHour), 6);
+    EXPECT_EQ(errorNumber([&] { task->Triggers()->item(2); }), AppError::SubscriptOutOfRange);
 }
 
 TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate)
@@ -242,17 +242,17 @@ TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate
     const std::shared_ptr<Trigger> second = triggers->item(2);
     triggers->Remove(1);
     EXPECT_EQ(triggers->Count(), 1);
-    EXPECT_EQ(second->Index(), 1);
+    EXPECT_EQ(second->index(), 1);
     EXPECT_EQ(second->StartTime(), QTime(2, 0)) << "platform trigger 0 went, the second's copy stayed";
-    EXPECT_NE(ErrorNumber([&] { second->Update(); }), 0);
-    EXPECT_NE(ErrorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
-    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
-    EXPECT_EQ(ErrorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
+    EXPECT_NE(errorNumber([&] { second->Update(); }), 0);
+    EXPECT_NE(errorNumber([&] { task->Save(); }), 0) << "Save updates the stale trigger too";
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(70000); }), AppError::Overflow);
+    EXPECT_EQ(errorNumber([&] { triggers->Remove(2); }), AppError::SubscriptOutOfRange);
     triggers->Update();
-    EXPECT_EQ(triggers->item(1)->Index(), 0);
+    EXPECT_EQ(triggers->item(1)->index(), 0);
     EXPECT_EQ(triggers->item(1)->StartTime(), QTime(2, 0));
     task->Save();
-    EXPECT_EQ(service.tasks.value(u"two"_s).Triggers.size(), 1);
+    EXPECT_EQ(service.tasks.value(u"two"_s).triggers.size(), 1);
 }
 
 } // namespace

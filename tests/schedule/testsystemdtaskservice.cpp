@@ -30,13 +30,13 @@ namespace {
 TriggerRecord trigger(qint32 type, int hour, int minute, qint16 word0 = 0, qint16 word1 = 0, qint16 word2 = 0)
 {
     TriggerRecord record;
-    record.SetLong(TriggerRecord::TriggerType, type);
+    record.setLongWord(TriggerRecord::TriggerType, type);
     using R = TriggerRecord;
     const std::pair<TriggerRecord::Field, int> words[] = {
         {R::BeginYear, 2031},     {R::BeginMonth, 1},    {R::BeginDay, 31},     {R::StartHour, hour},
         {R::StartMinute, minute}, {R::TypeWord0, word0}, {R::TypeWord1, word1}, {R::TypeWord2, word2}};
     for (const auto &[field, value] : words)
-        record.SetWord(field, qint16(value));
+        record.setWord(field, qint16(value));
     return record;
 }
 
@@ -60,7 +60,7 @@ TaskDefinition definitionOf(Task &task)
                      task.Priority(),
                      {}};
     for (const std::shared_ptr<Trigger> &t : task.Triggers()->NewEnum())
-        d.Triggers.append(t->Record());
+        d.triggers.append(t->record());
     return d;
 }
 
@@ -74,7 +74,7 @@ QString escaped(const QString &name)
 
 class SystemdStore : public ProfileTest
 {
-protected:
+public:
     void SetUp() override
     {
         const QString folder = profile.root() + u"/my tools"_s;
@@ -85,18 +85,18 @@ protected:
     // The task as the Schedule button leaves it, with a program that exists.
     TaskDefinition recording() const
     {
-        return {.ApplicationName = QFileInfo(program).fileName(),
-                .Parameters =
+        return {.applicationName = QFileInfo(program).fileName(),
+                .parameters =
                     u"-s .\\%STATION%_%DATE%_%TIME%.mp3 -a http://10.0.0.5:8000/live?a=$HOME -w Jazz 24 "
                     "-n -xs -t 60 -v"_s,
-                .Comment = u"Recording from Jazz 24"_s,
-                .Creator = u"Tunecatch"_s,
-                .WorkingDirectory = QFileInfo(program).absolutePath() + u'/',
-                .Account = u"ann"_s,
-                .Flags = 9219,
-                .Triggers = {trigger(TriggerRecord::Once, 21, 15)}};
+                .comment = u"Recording from Jazz 24"_s,
+                .creator = u"Tunecatch"_s,
+                .workingDirectory = QFileInfo(program).absolutePath() + u'/',
+                .account = u"ann"_s,
+                .flags = 9219,
+                .triggers = {trigger(TriggerRecord::Once, 21, 15)}};
     }
-    QString unitFolder() const { return SystemdTaskService::UserUnitFolder(); }
+    QString unitFolder() const { return SystemdTaskService::userUnitFolder(); }
     QString unitText(const QString &name, const QString &suffix) const
     {
         return QString::fromUtf8(TempProfile::readFile(unitFolder() + u'/' + escaped(name) + suffix));
@@ -127,7 +127,7 @@ protected:
     }
     QString program;
     RecordingSystemctl systemctl;
-    SystemdTaskService service{SystemdTaskService::UserUnitFolder(), systemctl};
+    SystemdTaskService service{SystemdTaskService::userUnitFolder(), systemctl};
     std::unique_ptr<SystemdTaskService> fresh;
     std::unique_ptr<Schedule> schedule;
 };
@@ -135,45 +135,45 @@ protected:
 TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
 {
     TaskDefinition odd = recording();
-    odd.ApplicationName = program;
-    odd.WorkingDirectory = u"/"_s;
-    odd.Parameters = u" -s  D:\\My Music\\ -w \"Jazz\" 'n' ; Één 100% $$x -v "_s;
-    odd.Comment = u"  100% radio  "_s;
-    odd.Creator = u"Ann's 100% tool"_s;
-    odd.Account = u"ann smith"_s;
-    odd.Flags = TaskFlags::DeleteWhenDone | TaskFlags::Disabled;
-    odd.ErrorRetryCount = -3;
-    odd.ErrorRetryInterval = 32767;
-    odd.IdleMinutes = 10;
-    odd.DeadlineMinutes = -32768;
-    odd.MaxRunTime = -1;
-    odd.Priority = TaskPriority::High;
-    odd.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),
+    odd.applicationName = program;
+    odd.workingDirectory = u"/"_s;
+    odd.parameters = u" -s  D:\\My Music\\ -w \"Jazz\" 'n' ; Één 100% $$x -v "_s;
+    odd.comment = u"  100% radio  "_s;
+    odd.creator = u"Ann's 100% tool"_s;
+    odd.account = u"ann smith"_s;
+    odd.flags = TaskFlags::DeleteWhenDone | TaskFlags::Disabled;
+    odd.errorRetryCount = -3;
+    odd.errorRetryInterval = 32767;
+    odd.idleMinutes = 10;
+    odd.deadlineMinutes = -32768;
+    odd.maxRunTime = -1;
+    odd.priority = TaskPriority::High;
+    odd.triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),
                     trigger(TriggerRecord::Weekly, 7, 0, 1, 0x22),
                     trigger(TriggerRecord::MonthlyDate, 8, 0, 1, qint16(0x8000), 0x801),
                     trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x7F, 0xFFF),
                     trigger(TriggerRecord::OnIdle, 0, 0),
                     trigger(TriggerRecord::Daily, 6, 5, 3)};
-    odd.Triggers[0].SetWord(TriggerRecord::Reserved2, 0x1234);
-    odd.Triggers[1].SetLong(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
+    odd.triggers[0].setWord(TriggerRecord::Reserved2, 0x1234);
+    odd.triggers[1].setLongWord(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
     TaskDefinition relative;
-    relative.ApplicationName = u"tunecatch"_s;
-    relative.Priority = TaskPriority::Idle;
-    relative.MaxRunTime = 1;
+    relative.applicationName = u"tunecatch"_s;
+    relative.priority = TaskPriority::Idle;
+    relative.maxRunTime = 1;
     const std::pair<QString, TaskDefinition> rows[] = {{u"Jazz24_2009-01-31_20-15"_s, recording()},
                                                        {u"Radio Één/2 .x"_s, odd},
                                                        {u".hidden"_s, relative},
                                                        {u"empty"_s, TaskDefinition()}};
     for (const auto &[name, definition] : rows) {
         SCOPED_TRACE(name.toStdString());
-        service.Save(name, definition);
+        service.save(name, definition);
         const std::shared_ptr<Task> task = readBack(name);
         ASSERT_NE(task, nullptr);
         EXPECT_EQ(definitionOf(*task), definition);
-        for (const TriggerRecord &record : definition.Triggers)
+        for (const TriggerRecord &record : definition.triggers)
             EXPECT_TRUE(unitText(name, u".timer"_s)
                             .contains(u"X-Tunecatch-Trigger="_s +
-                                      QString::fromLatin1(record.Bytes().toHex()) + u'\n'));
+                                      QString::fromLatin1(record.bytes().toHex()) + u'\n'));
     }
     EXPECT_EQ(schedule->Count(), 4);
     expectVerified(u"Radio Één/2 .x"_s);
@@ -182,15 +182,15 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
 TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
 {
     TaskDefinition weekly = recording();
-    weekly.Flags = 0;
-    weekly.Priority = TaskPriority::Idle;
-    weekly.MaxRunTime = 90 * 60 * 1000;
-    weekly.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1), trigger(TriggerRecord::Weekly, 7, 0, 1, 0x41),
+    weekly.flags = 0;
+    weekly.priority = TaskPriority::Idle;
+    weekly.maxRunTime = 90 * 60 * 1000;
+    weekly.triggers = {trigger(TriggerRecord::Daily, 6, 5, 1), trigger(TriggerRecord::Weekly, 7, 0, 1, 0x41),
                        trigger(TriggerRecord::MonthlyDate, 8, 0, 1, qint16(0x4000), 0x801),
                        trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x02, 0xFFF),
                        trigger(TriggerRecord::MonthlyDow, 9, 30, 2, 0x20, 0x1)};
-    service.Save(u"Jazz24_2009-01-31_20-15"_s, recording());
-    service.Save(u"weekly"_s, weekly);
+    service.save(u"Jazz24_2009-01-31_20-15"_s, recording());
+    service.save(u"weekly"_s, weekly);
     const QString serviceText = unitText(u"Jazz24_2009-01-31_20-15"_s, u".service"_s);
     const QString folder = QFileInfo(program).absolutePath();
     EXPECT_TRUE(serviceText.contains(u"\nDescription=Recording from Jazz 24\n"_s));
@@ -204,8 +204,8 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
                     .contains(u"\nOnCalendar=2031-01-31 21:15:00\n"_s));
     EXPECT_TRUE(unitText(u"weekly"_s, u".service"_s).contains(u"\nRuntimeMaxSec=5400000ms\nNice=19\n"_s));
     QStringList calendars;
-    for (const TriggerRecord &record : weekly.Triggers)
-        calendars.append(OnCalendarFor(record).value_or(QString()));
+    for (const TriggerRecord &record : weekly.triggers)
+        calendars.append(onCalendarFor(record).value_or(QString()));
     EXPECT_EQ(calendars,
               (QStringList{u"*-*-* 06:05:00"_s, u"Sun,Sat *-*-* 07:00:00"_s, u"*-01,12-01,31 08:00:00"_s,
                            u"Mon *-*~01..07 09:30:00"_s, u"Fri *-01-08..14 09:30:00"_s}));
@@ -223,30 +223,31 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
 TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
 {
     for (const QString &name : {u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}) {
-        EXPECT_EQ(SystemdTaskService::UnitBase(name), escaped(name));
-        service.Save(name, {});
+        EXPECT_EQ(SystemdTaskService::unitBase(name), escaped(name));
+        service.save(name, {});
     }
-    EXPECT_EQ(service.Enum(), (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
+    EXPECT_EQ(service.taskNames(),
+              (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
     for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
-        EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
-    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"Radio Één/2"_s); }),
+        EXPECT_EQ(errorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
-    EXPECT_EQ(ErrorNumber([&] { service.Activate(u"absent"_s); }), AppError::FileNotFound);
-    EXPECT_EQ(ErrorNumber([&] { service.CheckText(TaskService::TextField::Comment, u"two\nlines"_s); }),
+    EXPECT_EQ(errorNumber([&] { service.activate(u"absent"_s); }), AppError::FileNotFound);
+    EXPECT_EQ(errorNumber([&] { service.checkText(TaskService::TextField::Comment, u"two\nlines"_s); }),
               AppError::InvalidArgument);
-    EXPECT_EQ(ErrorNumber([&] { service.CheckText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
+    EXPECT_EQ(errorNumber([&] { service.checkText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
               AppError::InvalidArgument);
 }
 
 TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlone)
 {
-    service.Save(u"good"_s, recording());
+    service.save(u"good"_s, recording());
     const QString folder = unitFolder();
     const auto write = [&folder](const QString &file, const QByteArray &bytes) {
         TempProfile::writeFile(folder + u'/' + file, bytes);
     };
     for (const QString &name : {u"edited"_s, u"halfgone"_s, u"truncated"_s})
-        service.Save(name, recording());
+        service.save(name, recording());
     QByteArray edited = TempProfile::readFile(folder + u"/edited.timer"_s);
     edited.replace("21:15", "21:45");
     write(u"edited.timer"_s, edited);
@@ -262,10 +263,10 @@ TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlon
     ASSERT_EQ(refreshed.Count(), 1);
     EXPECT_EQ(refreshed.Job(1)->Name(), u"good"_s);
     const QByteArray mine = TempProfile::readFile(folder + u"/mine.timer"_s);
-    EXPECT_EQ(ErrorNumber([&] { service.Delete(u"mine"_s); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.Delete(u"edited"_s); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.Save(u"mine"_s, recording()); }), AppError::PermissionDenied);
-    EXPECT_EQ(ErrorNumber([&] { service.NewWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
+    EXPECT_EQ(errorNumber([&] { service.remove(u"mine"_s); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.remove(u"edited"_s); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.save(u"mine"_s, recording()); }), AppError::PermissionDenied);
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
     EXPECT_EQ(TempProfile::readFile(folder + u"/mine.timer"_s), mine);
     EXPECT_EQ(TempProfile::readFile(folder + u"/edited.timer"_s), edited);
 }
@@ -275,18 +276,18 @@ TEST_F(SystemdStore, ActivationGoesThroughSystemctlAndTheTimerIsLinkedOnlyWhenIt
     const QString base = escaped(u"Jazz24_2009-01-31_20-15"_s);
     const QString link = unitFolder() + u"/timers.target.wants/"_s + base + u".timer"_s;
     TaskDefinition task = recording();
-    service.Save(u"Jazz24_2009-01-31_20-15"_s, task);
+    service.save(u"Jazz24_2009-01-31_20-15"_s, task);
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s, u"restart "_s + base + u".timer"_s}));
     EXPECT_EQ(QFileInfo(link).symLinkTarget(), unitFolder() + u'/' + base + u".timer"_s);
     systemctl.calls.clear();
-    task.Flags |= TaskFlags::Disabled;
-    service.Save(u"Jazz24_2009-01-31_20-15"_s, task);
+    task.flags |= TaskFlags::Disabled;
+    service.save(u"Jazz24_2009-01-31_20-15"_s, task);
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s, u"stop "_s + base + u".timer"_s}));
     EXPECT_FALSE(QFileInfo(link).isSymLink());
     systemctl.calls.clear();
-    service.Run(u"Jazz24_2009-01-31_20-15"_s);
-    service.Terminate(u"Jazz24_2009-01-31_20-15"_s);
-    service.Delete(u"Jazz24_2009-01-31_20-15"_s);
+    service.run(u"Jazz24_2009-01-31_20-15"_s);
+    service.terminate(u"Jazz24_2009-01-31_20-15"_s);
+    service.remove(u"Jazz24_2009-01-31_20-15"_s);
     EXPECT_EQ(systemctl.calls, (QStringList{u"start --no-block "_s + base + u".service"_s,
                                             u"stop --no-block "_s + base + u".service"_s,
                                             u"stop "_s + base + u".timer"_s, u"daemon-reload"_s}));
@@ -302,17 +303,17 @@ TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
     task->Triggers()->Add();
     task->Save();
     EXPECT_EQ(systemctl.calls, (QStringList{u"daemon-reload"_s})) << "asked once, then left alone";
-    EXPECT_FALSE(service.IsRunning());
+    EXPECT_FALSE(service.isRunning());
     EXPECT_EQ(task->Status(), 0);
     EXPECT_TRUE(task->NextRunTime().isNull());
-    EXPECT_EQ(ErrorNumber([&] { task->Run(); }), TaskErrors::ServiceNotRunningNumber);
+    EXPECT_EQ(errorNumber([&] { task->Run(); }), TaskErrors::ServiceNotRunningNumber);
     ASSERT_NE(readBack(u"offline"_s), nullptr);
     EXPECT_EQ(readBack(u"offline"_s)->ApplicationName(), program);
 }
 
 TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
 {
-    service.Save(u"shown"_s, recording());
+    service.save(u"shown"_s, recording());
     // What `systemctl show` prints for the timer, then for the service.
     const auto show = [](const char *next, const char *last, const char *start, int status,
                          const char *active) -> QByteArray {
@@ -336,11 +337,11 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.output.toStdString());
         systemctl.showOutput = row.output;
-        const TaskRunState state = service.RunState(u"shown"_s);
-        EXPECT_EQ(state.Status, row.status);
-        EXPECT_EQ(state.ExitCode, row.exitCode);
-        EXPECT_EQ(state.LastRun, row.last);
-        EXPECT_EQ(state.NextRun, row.next);
+        const TaskRunState state = service.runState(u"shown"_s);
+        EXPECT_EQ(state.status, row.status);
+        EXPECT_EQ(state.exitCode, row.exitCode);
+        EXPECT_EQ(state.lastRun, row.last);
+        EXPECT_EQ(state.nextRun, row.next);
     }
     EXPECT_TRUE(
         systemctl.calls.contains(u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,"
@@ -350,16 +351,16 @@ TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
 
 TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhenItStops)
 {
-    service.Save(u"once"_s, recording());
+    service.save(u"once"_s, recording());
     TaskDefinition daily = recording();
-    daily.Triggers = {trigger(TriggerRecord::Daily, 6, 5, 1)};
-    service.Save(u"daily"_s, daily);
+    daily.triggers = {trigger(TriggerRecord::Daily, 6, 5, 1)};
+    service.save(u"daily"_s, daily);
     EXPECT_FALSE(unitText(u"daily"_s, u".service"_s).contains(u"ExecStopPost"_s))
         << "a repeating task has starts left after its first run";
     const QRegularExpression stopPost(u"\nExecStopPost=(.*)\n"_s);
     const QRegularExpressionMatch match = stopPost.match(unitText(u"once"_s, u".service"_s));
     ASSERT_TRUE(match.hasMatch());
-    const std::optional<QStringList> words = UnitText::SplitExecLine(match.captured(1));
+    const std::optional<QStringList> words = UnitText::splitExecLine(match.captured(1));
     ASSERT_TRUE(words);
     QProcess rm;
     rm.start(words->first(), words->mid(1));
@@ -375,7 +376,7 @@ TEST_F(SystemdStore, AFolderThatCannotBeWrittenFailsTheSaveWithItsPath)
     TempProfile::writeFile(profile.root() + u"/file"_s, "x");
     SystemdTaskService blocked(profile.root() + u"/file/systemd/user"_s, systemctl);
     try {
-        blocked.Save(u"x"_s, recording());
+        blocked.save(u"x"_s, recording());
         FAIL() << "saved into a folder that cannot exist";
     } catch (const AppError &error) {
         EXPECT_EQ(error.number(), AppError::PathFileAccess);

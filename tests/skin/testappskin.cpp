@@ -36,23 +36,23 @@ TEST(AppSkin, StartUpFollowsTheStoredWishAndFallsBackToTheSystemLook)
     for (const Row &row : rows) {
         const std::string what = std::to_string(&row - rows);
         TempProfile profile;
-        SkinFiles::InstallEngine(profile.installFolder(), row.engine);
+        SkinFiles::installEngine(profile.installFolder(), row.engine);
         if (row.skinFile)
-            QFile::copy(SkinFiles::Shipped("Zelvane.urf"), profile.installFolder() + u"/Zelvane.urf"_s);
+            QFile::copy(SkinFiles::shipped("Zelvane.urf"), profile.installFolder() + u"/Zelvane.urf"_s);
         if (row.skinOn)
-            SettingsStore::SaveSetting(SettingsStore::AppSkinOn, QString::fromLatin1(row.skinOn));
+            SettingsStore::saveSetting(SettingsStore::AppSkinOn, QString::fromLatin1(row.skinOn));
         ModAppSkin skin(profile.installFolder());
-        EXPECT_EQ(skin.SkinStartup(), row.running) << what;
-        EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), QLatin1StringView(row.storedAfter))
+        EXPECT_EQ(skin.skinStartup(), row.running) << what;
+        EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinOn), QLatin1StringView(row.storedAfter))
             << what;
         EXPECT_EQ(qApp->styleSheet().isEmpty(), !row.running) << what;
         if (row.running) {
-            EXPECT_EQ(skin.SkinFile(), skin.DefaultSkinFile()) << what;
-            EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinFile), skin.DefaultSkinFile()) << what;
+            EXPECT_EQ(skin.skinFile(), skin.defaultSkinFile()) << what;
+            EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinFile), skin.defaultSkinFile()) << what;
             // Running already: a second start-up leaves it as it is.
-            EXPECT_TRUE(skin.SkinStartup()) << what;
+            EXPECT_TRUE(skin.skinStartup()) << what;
         }
-        skin.RemoveSkin();
+        skin.removeSkin();
         EXPECT_TRUE(qApp->styleSheet().isEmpty()) << what;
     }
 }
@@ -61,23 +61,23 @@ TEST(AppSkin, AStoredSkinStartsAndARefusedOrMissingOneTurnsSkinningOff)
 {
     TempProfile profile;
     const QString folder = profile.installFolder();
-    SkinFiles::InstallEngine(folder, Engine::Built);
-    QFile::copy(SkinFiles::Shipped("Ledovec.urf"), folder + u"/Ledovec.urf"_s);
+    SkinFiles::installEngine(folder, Engine::Built);
+    QFile::copy(SkinFiles::shipped("Ledovec.urf"), folder + u"/Ledovec.urf"_s);
     ModAppSkin skin(folder);
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Ledovec.urf"_s);
-    ASSERT_TRUE(skin.SkinStartup());
-    EXPECT_EQ(skin.SkinFile(), folder + u"/Ledovec.urf"_s);
+    SettingsStore::saveSetting(SettingsStore::AppSkinFile, folder + u"/Ledovec.urf"_s);
+    ASSERT_TRUE(skin.skinStartup());
+    EXPECT_EQ(skin.skinFile(), folder + u"/Ledovec.urf"_s);
     // A refused switch does not leave the old skin running against the setting.
-    TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::Skin(u"Broken"_s, "QWidget { color: red; "));
-    skin.StartSkinWithFile(folder + u"/Broken.urf"_s);
-    EXPECT_FALSE(skin.SkinRunning());
+    TempProfile::writeFile(folder + u"/Broken.urf"_s, SkinFiles::skin(u"Broken"_s, "QWidget { color: red; "));
+    skin.startSkinWithFile(folder + u"/Broken.urf"_s);
+    EXPECT_FALSE(skin.skinRunning());
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinOn), u"False"_s);
     // A stored skin file that has gone.
-    SettingsStore::SaveBoolean(SettingsStore::AppSkinOn, true);
-    SettingsStore::SaveSetting(SettingsStore::AppSkinFile, folder + u"/Gone.urf"_s);
-    EXPECT_FALSE(skin.SkinStartup());
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::AppSkinOn), u"False"_s);
+    SettingsStore::saveBoolean(SettingsStore::AppSkinOn, true);
+    SettingsStore::saveSetting(SettingsStore::AppSkinFile, folder + u"/Gone.urf"_s);
+    EXPECT_FALSE(skin.skinStartup());
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinOn), u"False"_s);
 }
 
 } // namespace

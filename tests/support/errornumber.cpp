@@ -2,7 +2,7 @@
 
 #include "base/apperror.h"
 
-int ErrorNumber(const std::function<void()> &statement)
+int errorNumber(const std::function<void()> &statement)
 {
     try {
         statement();

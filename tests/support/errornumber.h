@@ -3,4 +3,4 @@
 #include <functional>
 
 // The number of the AppError the statement throws; 0 when it throws none.
-int ErrorNumber(const std::function<void()> &statement);
+int errorNumber(const std::function<void()> &statement);

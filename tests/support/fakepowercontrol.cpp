@@ -1,6 +1,6 @@
 #include "support/fakepowercontrol.h"
 
-bool FakePowerControl::ExitWindows(quint32 flags)
+bool FakePowerControl::exitWindows(quint32 flags)
 {
     if (onRequest)
         onRequest();

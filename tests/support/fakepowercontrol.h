@@ -14,8 +14,8 @@ public:
     {
         bool hibernate, force, disableWakeEvents;
     };
-    Version SystemVersion() const override { return version; }
-    bool ExitWindows(quint32 flags) override;
+    Version systemVersion() const override { return version; }
+    bool exitWindows(quint32 flags) override;
     bool SetSuspendState(bool hibernate, bool force, bool disableWakeEvents) override;
     Version version{2, 6, 1};
     bool accept = true;

@@ -25,7 +25,7 @@ IcecastStation::Server::~Server()
     process->waitForFinished(5000);
 }
 
-QString IcecastStation::Missing()
+QString IcecastStation::missing()
 {
     for (const char *name : {"icecast2", "ezstream", "espeak-ng", "lame"}) {
         if (tool(QLatin1StringView(name)).isEmpty())
@@ -54,10 +54,10 @@ QString IcecastStation::path(const char *name) const
     return m_work.filePath(QLatin1StringView(name));
 }
 
-QStringList IcecastStation::Titles()
+QStringList IcecastStation::titles()
 {
     QStringList titles;
-    for (const auto &[artist, title] : Songs)
+    for (const auto &[artist, title] : songs)
         titles.append(artist + u" - "_s + title);
     return titles;
 }
@@ -70,12 +70,12 @@ QString IcecastStation::makeSongs()
     QDir(m_work.path()).mkdir(u"log"_s);
     QFile::setPermissions(path("log"), QFileDevice::Permissions(0x7007)); // rwx for the owner and others
     QByteArray playlist;
-    for (int i = 1; i <= Songs.size(); ++i) {
+    for (int i = 1; i <= songs.size(); ++i) {
         const QString name = m_work.filePath(u"s%1"_s.arg(i));
         for (const QString &command :
              {u"espeak-ng -w %1.wav \"This is song number %2 of the test stream.\""_s.arg(name).arg(i),
               u"lame --quiet --resample 44.1 -b 128 --tt \"%2\" --ta \"%3\" %1.wav %1.mp3"_s.arg(
-                  name, Songs[i - 1].second, Songs[i - 1].first)}) {
+                  name, songs[i - 1].second, songs[i - 1].first)}) {
             const auto [code, output] = run(command);
             if (code != 0)
                 return command + u": "_s + QString::fromLocal8Bit(output);

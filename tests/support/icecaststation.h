@@ -19,18 +19,18 @@ class IcecastStation
 {
 public:
     // Artist and title of each song, in playing order.
-    static inline const QList<std::pair<QString, QString>> Songs{
+    static inline const QList<std::pair<QString, QString>> songs{
         {QStringLiteral("Tester"), QStringLiteral("Song 1")},
         {QStringLiteral("Beyonc\u00e9"), QStringLiteral("Caf\u00e9 Cr\u00e8me")},
         {QStringLiteral("Tester"), QStringLiteral("Song 3")}};
     // The titles the station announces: "artist - title".
-    static QStringList Titles();
+    static QStringList titles();
     IcecastStation();
     ~IcecastStation();
     Q_DISABLE_COPY_MOVE(IcecastStation)
     // Empty when the servers and the tools that make the songs are installed;
     // otherwise why the station cannot run (for GTEST_SKIP).
-    static QString Missing();
+    static QString missing();
     // Makes the songs and starts both servers; returns once /stream answers,
     // with an empty text, or with what went wrong.
     // burst: icecast's usual burst of audio on connect; without it a listener

@@ -27,16 +27,16 @@ struct IcyServer::Client
 
 namespace {
 
-const QByteArray Header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
+const QByteArray header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
                           "icy-genre:Test\r\nicy-url:http://station.example/\r\ncontent-type:audio/mpeg\r\n"
                           "icy-pub:1\r\nicy-br:128\r\n";
 
 // A header line repeated for ever never makes the empty line that ends a header.
-const QByteArray EndlessLine = "icy-notice1:still going\r\n";
+const QByteArray endlessLine = "icy-notice1:still going\r\n";
 
 // What a flood writes per turn of the loop, and how much may wait unsent.
-constexpr qint64 FloodPiece = 512 * 1024;
-constexpr qint64 FloodBacklog = 2 * 1024 * 1024;
+constexpr qint64 floodPiece = 512 * 1024;
+constexpr qint64 floodBacklog = 2 * 1024 * 1024;
 
 // Varied enough that a misplaced copy shows, cheap enough for long runs.
 char audioByte(qint64 position)
@@ -181,7 +181,7 @@ void IcyServer::onReadyRead(Client &client)
     } else {
         const QByteArray interval =
             announceInterval ? "icy-metaint:" + QByteArray::number(metaInt) + "\r\n" : QByteArray();
-        client.socket->write(Header + interval + "\r\n");
+        client.socket->write(header + interval + "\r\n");
     }
     client.streaming = true;
     client.clock.start();
@@ -193,7 +193,7 @@ void IcyServer::pump(Client &client)
     // empties whenever it keeps up.
     qint64 due = qMin<qint64>(2000, metaInt - client.audioPos % metaInt);
     if (flood)
-        due = client.socket->bytesToWrite() < FloodBacklog ? FloodPiece : 0;
+        due = client.socket->bytesToWrite() < floodBacklog ? floodPiece : 0;
     else if (bytesPerSecond > 0)
         due = bytesPerSecond * client.clock.elapsed() / 1000 - client.audioPos;
     if (due <= 0)
@@ -202,7 +202,7 @@ void IcyServer::pump(Client &client)
         sendAudio(client, due);
         return;
     }
-    client.socket->write(EndlessLine.repeated(qMax<qint64>(1, due / EndlessLine.size())));
+    client.socket->write(endlessLine.repeated(qMax<qint64>(1, due / endlessLine.size())));
     client.audioPos += due;
 }
 

@@ -5,64 +5,64 @@
 
 using namespace Qt::StringLiterals;
 
-void MemoryTaskService::SetTargetComputer(const QString &computer)
+void MemoryTaskService::setTargetComputer(const QString &computer)
 {
     if (computer == u"unreachable")
         throw AppError(-2147023174, u"The RPC server is unavailable."_s);
     m_computer = computer;
 }
 
-QStringList MemoryTaskService::Enum()
+QStringList MemoryTaskService::taskNames()
 {
     if (enumFails)
         throw AppError::invalidArgument();
     return order;
 }
 
-TaskDefinition MemoryTaskService::NewWorkItem(const QString &name)
+TaskDefinition MemoryTaskService::newWorkItem(const QString &name)
 {
     if (name.isEmpty())
-        throw TaskErrors::BadTaskName(name, u"empty"_s);
+        throw TaskErrors::badTaskName(name, u"empty"_s);
     if (tasks.contains(name))
-        throw TaskErrors::TaskExists(name);
+        throw TaskErrors::taskExists(name);
     return {};
 }
 
-TaskDefinition MemoryTaskService::Activate(const QString &name)
+TaskDefinition MemoryTaskService::activate(const QString &name)
 {
     if (!tasks.contains(name))
-        throw TaskErrors::TaskNotFound(name);
+        throw TaskErrors::taskNotFound(name);
     if (unreadable.contains(name))
-        throw TaskErrors::Damaged(name);
+        throw TaskErrors::damaged(name);
     return tasks.value(name);
 }
 
-void MemoryTaskService::Save(const QString &name, const TaskDefinition &definition)
+void MemoryTaskService::save(const QString &name, const TaskDefinition &definition)
 {
     if (!tasks.contains(name))
         order.append(name);
     tasks.insert(name, definition);
 }
 
-void MemoryTaskService::Delete(const QString &name)
+void MemoryTaskService::remove(const QString &name)
 {
     if (!tasks.remove(name))
-        throw TaskErrors::TaskNotFound(name + u".job"_s);
+        throw TaskErrors::taskNotFound(name + u".job"_s);
     order.removeAll(name);
 }
 
-void MemoryTaskService::CheckText(TextField field, const QString &value) const
+void MemoryTaskService::checkText(TextField field, const QString &value) const
 {
     if (refused.contains(field) && refused.value(field) == value)
-        throw TaskErrors::Refused(u"refused"_s);
+        throw TaskErrors::refused(u"refused"_s);
 }
 
-QString MemoryTaskService::FileName(const QString &name) const
+QString MemoryTaskService::fileName(const QString &name) const
 {
     return u"mem:"_s + name;
 }
 
-void MemoryTaskService::Run(const QString &name)
+void MemoryTaskService::run(const QString &name)
 {
     requests.append(u"run "_s + name);
 }

@@ -13,18 +13,18 @@ class MemoryTaskService : public TaskService
 {
 public:
     QString TargetComputer() const override { return m_computer; }
-    void SetTargetComputer(const QString &computer) override;
-    QStringList Enum() override;
-    TaskDefinition NewWorkItem(const QString &name) override;
-    TaskDefinition Activate(const QString &name) override;
-    void Save(const QString &name, const TaskDefinition &definition) override;
-    void Delete(const QString &name) override;
-    void CheckText(TextField field, const QString &value) const override;
-    QString FileName(const QString &name) const override;
-    bool IsRunning() override { return true; }
-    TaskRunState RunState(const QString &) override { return {}; }
-    void Run(const QString &name) override;
-    void Terminate(const QString &) override {}
+    void setTargetComputer(const QString &computer) override;
+    QStringList taskNames() override;
+    TaskDefinition newWorkItem(const QString &name) override;
+    TaskDefinition activate(const QString &name) override;
+    void save(const QString &name, const TaskDefinition &definition) override;
+    void remove(const QString &name) override;
+    void checkText(TextField field, const QString &value) const override;
+    QString fileName(const QString &name) const override;
+    bool isRunning() override { return true; }
+    TaskRunState runState(const QString &) override { return {}; }
+    void run(const QString &name) override;
+    void terminate(const QString &) override {}
     QStringList order;
     QMap<QString, TaskDefinition> tasks;
     QSet<QString> unreadable;
@@ -41,6 +41,6 @@ private:
 class RecordingEditor : public TaskEditor
 {
 public:
-    void EditTask(Task &, QObject *owner) override { owners.append(owner); }
+    void editTask(Task &, QObject *owner) override { owners.append(owner); }
     QList<QObject *> owners;
 };

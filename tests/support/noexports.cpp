@@ -1,5 +1,5 @@
 // A loadable library without the engine's operations.
-extern "C" int NotTheSkinEngine()
+extern "C" int notTheSkinEngine()
 {
     return 0;
 }

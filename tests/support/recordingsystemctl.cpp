@@ -1,6 +1,6 @@
 #include "support/recordingsystemctl.h"
 
-Systemctl::Result RecordingSystemctl::Run(const QStringList &arguments)
+Systemctl::Result RecordingSystemctl::run(const QStringList &arguments)
 {
     calls.append(arguments.join(u' '));
     Result result;

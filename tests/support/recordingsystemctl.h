@@ -7,7 +7,7 @@
 class RecordingSystemctl : public Systemctl
 {
 public:
-    Result Run(const QStringList &arguments) override;
+    Result run(const QStringList &arguments) override;
     QStringList calls;
     bool reachable = true;
     QByteArray showOutput;

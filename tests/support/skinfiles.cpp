@@ -7,21 +7,21 @@
 
 namespace SkinFiles {
 
-QString BuiltEngine()
+QString builtEngine()
 {
     return QStringLiteral(ZELVANEF_FILE);
 }
 
-void InstallEngine(const QString &folder, Engine kind)
+void installEngine(const QString &folder, Engine kind)
 {
-    const QString target = folder + u'/' + QFileInfo(BuiltEngine()).fileName();
+    const QString target = folder + u'/' + QFileInfo(builtEngine()).fileName();
     switch (kind) {
     case Engine::Built:
-        QFile::copy(BuiltEngine(), target);
+        QFile::copy(builtEngine(), target);
         break;
     case Engine::WrongArchitecture: {
         // The engine itself, marked as built for another processor (ELF e_machine).
-        QByteArray bytes = TempProfile::readFile(BuiltEngine());
+        QByteArray bytes = TempProfile::readFile(builtEngine());
         bytes[18] = char(0xB7);
         bytes[19] = 0;
         TempProfile::writeFile(target, bytes);
@@ -35,12 +35,12 @@ void InstallEngine(const QString &folder, Engine kind)
     }
 }
 
-QByteArray Skin(const QString &name, const QByteArray &sheet, const char *theme)
+QByteArray skin(const QString &name, const QByteArray &sheet, const char *theme)
 {
     return "URF 1\nName: " + name.toUtf8() + "\nAuthor: Tests\nTheme: " + theme + "\n---\n" + sheet;
 }
 
-QString Shipped(const char *fileName)
+QString shipped(const char *fileName)
 {
     return qEnvironmentVariable("TUNECATCH_SOURCE_DIR") + QStringLiteral("/data/") +
            QLatin1StringView(fileName);

@@ -16,13 +16,13 @@ enum class Engine
 };
 
 // The engine library as the build made it.
-QString BuiltEngine();
+QString builtEngine();
 // Places an engine of the given kind in folder under the name the program loads.
-void InstallEngine(const QString &folder, Engine kind);
+void installEngine(const QString &folder, Engine kind);
 
 // A skin file's bytes: the header, then the sheet.
-QByteArray Skin(const QString &name, const QByteArray &sheet, const char *theme = "Black Night");
+QByteArray skin(const QString &name, const QByteArray &sheet, const char *theme = "Black Night");
 // A skin shipped in data/, by file name.
-QString Shipped(const char *fileName);
+QString shipped(const char *fileName);
 
 } // namespace SkinFiles

@@ -10,25 +10,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const char *const Variables[4] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "APPDATA"};
+const char *const variables[4] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "APPDATA"};
 // The folders the first three variables point to, and the installation's.
-const char *const Folders[4] = {"data", "config", "runtime", "install"};
+const char *const folders[4] = {"data", "config", "runtime", "install"};
 
 } // namespace
 
 TempProfile::TempProfile()
 {
     for (int i = 0; i < 4; ++i) {
-        m_had[i] = qEnvironmentVariableIsSet(Variables[i]);
-        m_saved[i] = qgetenv(Variables[i]);
+        m_had[i] = qEnvironmentVariableIsSet(variables[i]);
+        m_saved[i] = qgetenv(variables[i]);
     }
     const QString base = m_dir.path();
-    for (const char *sub : Folders)
+    for (const char *sub : folders)
         QDir().mkpath(base + u'/' + QLatin1StringView(sub));
     QFile::setPermissions(base + u"/runtime"_s,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     for (int i = 0; i < 3; ++i)
-        qputenv(Variables[i], QFile::encodeName(base + u'/' + QLatin1StringView(Folders[i])));
+        qputenv(variables[i], QFile::encodeName(base + u'/' + QLatin1StringView(folders[i])));
     qunsetenv("APPDATA");
     // QSettings caches its folders for the life of the process; point it here explicitly.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, base + u"/config"_s);
@@ -38,9 +38,9 @@ TempProfile::~TempProfile()
 {
     for (int i = 0; i < 4; ++i) {
         if (m_had[i])
-            qputenv(Variables[i], m_saved[i]);
+            qputenv(variables[i], m_saved[i]);
         else
-            qunsetenv(Variables[i]);
+            qunsetenv(variables[i]);
     }
 }
 

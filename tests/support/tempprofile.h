@@ -35,6 +35,6 @@ private:
 
 class ProfileTest : public ::testing::Test
 {
-protected:
+public:
     TempProfile profile;
 };

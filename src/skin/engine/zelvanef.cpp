@@ -56,7 +56,7 @@ int loadSheet(const char *skinFile, QString &sheet)
 {
     if (!skinFile)
         return UrfSkin::Unreadable;
-    UrfSkin skin = UrfSkin::Read(QFile::decodeName(skinFile));
+    UrfSkin skin = UrfSkin::read(QFile::decodeName(skinFile));
     if (skin.status != UrfSkin::Ok)
         return skin.status;
     if (!sheetParses(skin.sheet))

@@ -34,8 +34,8 @@ FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors,
       cmdContext(newButton(this, "cmdContext", tr("Context Menu")))
 {
     setObjectName(QStringLiteral("FrmListen"));
-    setWindowTitle(AppInfo::Title);
-    setPalette(ThemePalette(colors));
+    setWindowTitle(AppInfo::title);
+    setPalette(themePalette(colors));
     setAutoFillBackground(true);
     m_view->setObjectName(QStringLiteral("MPlayer"));
     m_view->setAccessibleName(tr("Player"));

@@ -87,7 +87,7 @@ ucPictureButton *newButton(QWidget *parent, const char *name, const QString &tex
     button->setObjectName(QLatin1StringView(name));
     button->setAccessibleName(text);
     button->setToolTip(text);
-    button->SetGlyph(glyph, pressedGlyph);
+    button->setGlyph(glyph, pressedGlyph);
     button->resize(button->sizeHint());
     return button;
 }
@@ -105,7 +105,7 @@ ucPlayBar::ucPlayBar(QWidget *parent)
     setObjectName(QStringLiteral("ucPlayBar"));
     lbPlayBar->setObjectName(QStringLiteral("lbPlayBar"));
     lbPlayBar->setTextFormat(Qt::PlainText);
-    cmdDSMute->SetToggle(true);
+    cmdDSMute->setToggle(true);
     ucSlider1->setObjectName(QStringLiteral("ucSlider1"));
     ucSlider1->setAccessibleName(tr("Volume"));
     ucSlider1->setRange(0, VolumeMaximum);
@@ -157,13 +157,13 @@ void ucPlayBar::SetState(const QString &state)
         showPlaying();
 }
 
-void ucPlayBar::SetThemeColors(const ThemeColors &colors)
+void ucPlayBar::setThemeColors(const ThemeColors &colors)
 {
     for (ucPictureButton *button : {cmdDSPlay, cmdDSPause, cmdDSStop, cmdDSMute})
-        button->SetThemeColors(colors);
-    ucSlider1->SetThemeColors(colors);
+        button->setThemeColors(colors);
+    ucSlider1->setThemeColors(colors);
     QPalette captionPalette = lbPlayBar->palette();
-    captionPalette.setColor(QPalette::WindowText, QColor::fromRgba(colors.WindowText));
+    captionPalette.setColor(QPalette::WindowText, QColor::fromRgba(colors.windowText));
     lbPlayBar->setPalette(captionPalette);
 }
 

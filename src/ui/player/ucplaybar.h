@@ -32,7 +32,7 @@ public:
     // nothing. Raises no event.
     void SetState(const QString &state);
 
-    void SetThemeColors(const ThemeColors &colors) override;
+    void setThemeColors(const ThemeColors &colors) override;
 
     QSize sizeHint() const override;
 

@@ -56,7 +56,7 @@ FrmTC::FrmTC(Prompt &prompt, const LaunchOptions &launch, PowerControl &power, Q
     }
     setObjectName(QStringLiteral("FrmTC"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::Title + tr(" - Recorder"));
+    setWindowTitle(AppInfo::title + tr(" - Recorder"));
 
     m_recorder =
         new StreamRecorder(prompt, power, {m_launch.launchMode, m_hooks.now, m_hooks.connection}, this);
@@ -183,18 +183,19 @@ void FrmTC::cmdRecord_Click()
 void FrmTC::cmdSchedule_Click()
 {
     RecordingInputs inputs;
-    inputs.Station = LblStation->text();
-    inputs.SaveLocation = txtSave->text();
-    inputs.StreamAddress = txtStream->text();
-    inputs.SingleSong = chkSingleSong->isChecked();
-    inputs.Hibernate = ChkHibernate->isChecked();
-    inputs.ShutDown = ChkShutDown->isChecked();
-    inputs.SelectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
-    inputs.BreakValues[0] = txtBreak[0]->text();
-    inputs.BreakValues[1] = txtBreak[1]->text();
+    inputs.station = LblStation->text();
+    inputs.saveLocation = txtSave->text();
+    inputs.streamAddress = txtStream->text();
+    inputs.singleSong = chkSingleSong->isChecked();
+    inputs.hibernate = ChkHibernate->isChecked();
+    inputs.shutDown = ChkShutDown->isChecked();
+    inputs.selectedBreak = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
+    inputs.breakValues[0] = txtBreak[0]->text();
+    inputs.breakValues[1] = txtBreak[1]->text();
     if (m_hooks.schedule)
         m_hooks.schedule(inputs, m_hooks.now, this);
 }
+
 
 void FrmTC::cmdMonitor_Toggled(bool shown)
 {
@@ -223,6 +224,7 @@ void FrmTC::btSave_Click()
     if (!path.isEmpty())
         txtSave->setText(path);
 }
+
 
 void FrmTC::tmrLaunch_Timer()
 {

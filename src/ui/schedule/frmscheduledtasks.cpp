@@ -29,79 +29,88 @@ QPushButton *button(const QString &caption, const QString &name)
 
 } // namespace
 
+QString FrmScheduledTasks::noManagerNotice()
+{
+    return tr(
+        "No user service manager can be reached, so these recordings will not start until a user session "
+        "manager is running. Log in to your desktop, or let systemd keep one for you with "
+        "\"loginctl enable-linger\".");
+}
+
 FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent)
     : QWidget(parent, Qt::Window), m_parts(setup), m_prompt(prompt),
       m_schedule(m_parts.service(), &m_parts.editor())
 {
     setObjectName(QStringLiteral("FrmScheduledTasks"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(AppInfo::Title + QStringLiteral(" - Scheduled recordings"));
+    setWindowTitle(tr("%1 - Scheduled recordings").arg(AppInfo::title));
 
-    lblNotice = new QLabel(NoManagerNotice);
-    lblNotice->setObjectName(QStringLiteral("lblNotice"));
-    lblNotice->setWordWrap(true);
-    lblNotice->setStyleSheet(QStringLiteral("color: #b3261e;"));
+    m_lblNotice = new QLabel(noManagerNotice());
+    m_lblNotice->setObjectName(QStringLiteral("lblNotice"));
+    m_lblNotice->setWordWrap(true);
+    m_lblNotice->setStyleSheet(QStringLiteral("color: #b3261e;"));
 
-    lstTasks = new QTreeWidget;
-    lstTasks->setObjectName(QStringLiteral("lstTasks"));
-    lstTasks->setAccessibleName(QStringLiteral("Scheduled recordings"));
-    lstTasks->setRootIsDecorated(false);
-    lstTasks->setHeaderLabels({QStringLiteral("Name"), QStringLiteral("Next run"), QStringLiteral("Last run"),
-                               QStringLiteral("Status"), QStringLiteral("Command line")});
-    lstTasks->header()->setStretchLastSection(true);
-    lstTasks->setMinimumSize(760, 220);
+    m_lstTasks = new QTreeWidget;
+    m_lstTasks->setObjectName(QStringLiteral("lstTasks"));
+    m_lstTasks->setAccessibleName(tr("Scheduled recordings"));
+    m_lstTasks->setRootIsDecorated(false);
+    m_lstTasks->setHeaderLabels(
+        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Command line")});
+    m_lstTasks->header()->setStretchLastSection(true);
+    m_lstTasks->setMinimumSize(760, 220);
 
-    cmdEdit = button(QStringLiteral("Edit..."), QStringLiteral("cmdEdit"));
-    cmdDelete = button(QStringLiteral("Delete"), QStringLiteral("cmdDelete"));
-    cmdRefresh = button(QStringLiteral("Refresh"), QStringLiteral("cmdRefresh"));
-    cmdClose = button(QStringLiteral("Close"), QStringLiteral("cmdClose"));
+    m_cmdEdit = button(tr("Edit..."), QStringLiteral("cmdEdit"));
+    m_cmdDelete = button(tr("Delete"), QStringLiteral("cmdDelete"));
+    m_cmdRefresh = button(tr("Refresh"), QStringLiteral("cmdRefresh"));
+    m_cmdClose = button(tr("Close"), QStringLiteral("cmdClose"));
     auto *buttons = new QHBoxLayout;
-    for (QPushButton *b : {cmdEdit, cmdDelete, cmdRefresh})
+    for (QPushButton *b : {m_cmdEdit, m_cmdDelete, m_cmdRefresh})
         buttons->addWidget(b);
     buttons->addStretch();
-    buttons->addWidget(cmdClose);
+    buttons->addWidget(m_cmdClose);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(lblNotice);
-    layout->addWidget(lstTasks);
+    layout->addWidget(m_lblNotice);
+    layout->addWidget(m_lstTasks);
     layout->addLayout(buttons);
 
-    connect(cmdEdit, &QPushButton::clicked, this, &FrmScheduledTasks::cmdEdit_Click);
-    connect(lstTasks, &QTreeWidget::itemActivated, this, &FrmScheduledTasks::cmdEdit_Click);
-    connect(cmdDelete, &QPushButton::clicked, this, &FrmScheduledTasks::cmdDelete_Click);
-    connect(cmdRefresh, &QPushButton::clicked, this, &FrmScheduledTasks::RefreshList);
-    connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
+    connect(m_cmdEdit, &QPushButton::clicked, this, &FrmScheduledTasks::cmdEditClick);
+    connect(m_lstTasks, &QTreeWidget::itemActivated, this, &FrmScheduledTasks::cmdEditClick);
+    connect(m_cmdDelete, &QPushButton::clicked, this, &FrmScheduledTasks::cmdDeleteClick);
+    connect(m_cmdRefresh, &QPushButton::clicked, this, &FrmScheduledTasks::refreshList);
+    connect(m_cmdClose, &QPushButton::clicked, this, &QWidget::close);
 
-    RefreshList();
+    refreshList();
 }
 
-void FrmScheduledTasks::RefreshList()
+void FrmScheduledTasks::refreshList()
 {
-    const QString current = lstTasks->currentItem() ? lstTasks->currentItem()->text(ColumnName) : QString();
-    lstTasks->clear();
+    const QString current =
+        m_lstTasks->currentItem() ? m_lstTasks->currentItem()->text(ColumnName) : QString();
+    m_lstTasks->clear();
     m_schedule.Refresh();
     SystemdTaskService &service = m_parts.service();
-    lblNotice->setVisible(!service.IsRunning());
+    m_lblNotice->setVisible(!service.isRunning());
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
-        const TaskRunState state = service.RunState(task->Name());
-        auto *item = new QTreeWidgetItem(lstTasks, {task->Name(), when(state.NextRun, QStringLiteral("None")),
-                                                    when(state.LastRun, QStringLiteral("Never")),
-                                                    TaskStatus::Text(state.Status), task->CommandLine()});
+        const TaskRunState state = service.runState(task->Name());
+        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, tr("None")),
+                                                      when(state.lastRun, tr("Never")),
+                                                      TaskStatus::text(state.status), task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
-            lstTasks->setCurrentItem(item);
+            m_lstTasks->setCurrentItem(item);
     }
-    if (!lstTasks->currentItem() && lstTasks->topLevelItemCount() > 0)
-        lstTasks->setCurrentItem(lstTasks->topLevelItem(0));
+    if (!m_lstTasks->currentItem() && m_lstTasks->topLevelItemCount() > 0)
+        m_lstTasks->setCurrentItem(m_lstTasks->topLevelItem(0));
     for (int column = 0; column < ColumnCommandLine; ++column)
-        lstTasks->resizeColumnToContents(column);
-    cmdEdit->setEnabled(lstTasks->currentItem());
-    cmdDelete->setEnabled(lstTasks->currentItem());
+        m_lstTasks->resizeColumnToContents(column);
+    m_cmdEdit->setEnabled(m_lstTasks->currentItem());
+    m_cmdDelete->setEnabled(m_lstTasks->currentItem());
 }
 
 std::shared_ptr<Task> FrmScheduledTasks::selectedTask() const
 {
-    const QTreeWidgetItem *item = lstTasks->currentItem();
+    const QTreeWidgetItem *item = m_lstTasks->currentItem();
     if (!item)
         return nullptr;
     const QString name = item->text(ColumnName);
@@ -112,31 +121,30 @@ std::shared_ptr<Task> FrmScheduledTasks::selectedTask() const
     return nullptr;
 }
 
-void FrmScheduledTasks::cmdEdit_Click()
+void FrmScheduledTasks::cmdEditClick()
 {
     if (const std::shared_ptr<Task> task = selectedTask()) {
         try {
             task->Edit(this);
         } catch (const AppError &error) {
-            m_prompt.message(error.description(), AppInfo::Title, Prompt::Icon::Warning);
+            m_prompt.message(error.description(), AppInfo::title, Prompt::Icon::Warning);
         }
-        RefreshList();
+        refreshList();
     }
 }
 
-void FrmScheduledTasks::cmdDelete_Click()
+void FrmScheduledTasks::cmdDeleteClick()
 {
     const std::shared_ptr<Task> task = selectedTask();
-    if (!task ||
-        !m_prompt.askYesNo(QStringLiteral("Delete the scheduled recording \"%1\"?").arg(task->Name()),
-                           AppInfo::Title, Prompt::Icon::Question))
+    if (!task || !m_prompt.askYesNo(tr("Delete the scheduled recording \"%1\"?").arg(task->Name()),
+                                    AppInfo::title, Prompt::Icon::Question))
         return;
     try {
         m_schedule.Delete(task->Name());
     } catch (const AppError &error) {
-        m_prompt.message(error.description(), AppInfo::Title, Prompt::Icon::Warning);
+        m_prompt.message(error.description(), AppInfo::title, Prompt::Icon::Warning);
     }
-    RefreshList();
+    refreshList();
 }
 
 void FrmScheduledTasks::keyPressEvent(QKeyEvent *event)

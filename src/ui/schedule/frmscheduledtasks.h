@@ -28,31 +28,29 @@ public:
         ColumnCommandLine,
     };
 
-    static inline const QString NoManagerNotice = QStringLiteral(
-        "No user service manager can be reached, so these recordings will not start until a user session "
-        "manager is running. Log in to your desktop, or let systemd keep one for you with "
-        "\"loginctl enable-linger\".");
+    // Shown above the list while no user service manager runs the timers.
+    static QString noManagerNotice();
 
     FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent = nullptr);
 
-    void RefreshList();
+    void refreshList();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void cmdEdit_Click();
-    void cmdDelete_Click();
+    void cmdEditClick();
+    void cmdDeleteClick();
     std::shared_ptr<Task> selectedTask() const;
 
     SchedulerParts m_parts;
     Prompt &m_prompt;
     Schedule m_schedule;
 
-    QLabel *lblNotice = nullptr;
-    QTreeWidget *lstTasks = nullptr;
-    QPushButton *cmdEdit = nullptr;
-    QPushButton *cmdDelete = nullptr;
-    QPushButton *cmdRefresh = nullptr;
-    QPushButton *cmdClose = nullptr;
+    QLabel *m_lblNotice = nullptr;
+    QTreeWidget *m_lstTasks = nullptr;
+    QPushButton *m_cmdEdit = nullptr;
+    QPushButton *m_cmdDelete = nullptr;
+    QPushButton *m_cmdRefresh = nullptr;
+    QPushButton *m_cmdClose = nullptr;
 };

@@ -10,7 +10,7 @@ namespace {
 SchedulingSetup completed(SchedulingSetup setup)
 {
     if (setup.unitFolder.isEmpty())
-        setup.unitFolder = SystemdTaskService::UserUnitFolder();
+        setup.unitFolder = SystemdTaskService::userUnitFolder();
     if (!setup.systemctl)
         setup.systemctl = std::make_shared<ProcessSystemctl>();
     if (setup.programPath.isEmpty())
@@ -26,12 +26,12 @@ SchedulerParts::SchedulerParts(const SchedulingSetup &setup)
 {
 }
 
-void ScheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
+void scheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
                        const SchedulingSetup &setup, QWidget *owner)
 {
     SchedulerParts parts(setup);
     const RecordingScheduler scheduler(inputs, now, parts.setup().programPath);
-    scheduler.ScheduleRecording(parts.service(), &parts.editor(), owner, prompt, [&] {
+    scheduler.scheduleRecording(parts.service(), &parts.editor(), owner, prompt, [&] {
         auto *window = new FrmScheduledTasks(parts.setup(), prompt, owner);
         window->show();
     });

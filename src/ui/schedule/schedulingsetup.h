@@ -46,5 +46,5 @@ private:
 // The Schedule button: registers the recording as a task, opens the task
 // dialog over the owner and, on Yes to the question, the scheduled recordings
 // window.
-void ScheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
+void scheduleRecording(const RecordingInputs &inputs, const std::function<QDateTime()> &now, Prompt &prompt,
                        const SchedulingSetup &setup, QWidget *owner);

@@ -38,8 +38,8 @@ public:
         RepeatUnchanged,
     };
 
-    static inline const QString PastNotice = QStringLiteral(
-        "This start time has already passed: the recording will not start. Choose a later time.");
+    // Shown under the inputs while a one-time start lies in the past.
+    static QString pastNotice();
 
     TaskDialog(Task &task, QWidget *parent = nullptr);
 
@@ -58,16 +58,16 @@ private:
 
     QFormLayout *m_form = nullptr;
 
-    QDateEdit *dtStart = nullptr;
-    QTimeEdit *tmStart = nullptr;
-    QComboBox *cboSchedule = nullptr;
-    QWidget *weekDays = nullptr;
-    QCheckBox *chkDay[7] = {};
-    QSpinBox *spnMonthDay = nullptr;
-    QComboBox *cboStop = nullptr;
-    QLineEdit *txtStop = nullptr;
-    QLineEdit *txtComment = nullptr;
-    QLabel *lblNotice = nullptr;
+    QDateEdit *m_dtStart = nullptr;
+    QTimeEdit *m_tmStart = nullptr;
+    QComboBox *m_cboSchedule = nullptr;
+    QWidget *m_weekDays = nullptr;
+    QCheckBox *m_chkDay[7] = {};
+    QSpinBox *m_spnMonthDay = nullptr;
+    QComboBox *m_cboStop = nullptr;
+    QLineEdit *m_txtStop = nullptr;
+    QLineEdit *m_txtComment = nullptr;
+    QLabel *m_lblNotice = nullptr;
 };
 
 // Shows tasks in the TaskDialog, modal over their owner.
@@ -80,7 +80,7 @@ public:
 
     explicit TaskDialogEditor(Answer answer = {});
 
-    void EditTask(Task &task, QObject *owner) override;
+    void editTask(Task &task, QObject *owner) override;
 
 private:
     Answer m_answer;

@@ -16,24 +16,25 @@ class FrmSkin2 : public QDialog
     Q_DISABLE_COPY_MOVE(FrmSkin2)
 
 public:
-    static inline const QString NoSkin = QStringLiteral("{no skin}");
+    // The list's first entry, which turns skinning off.
+    static QString noSkin();
 
     // currentSkinFile (the running skin, empty for none) is selected when it
     // is one of the listed files.
     FrmSkin2(const QString &installFolder, const QString &currentSkinFile, QWidget *parent = nullptr);
 
-    int ChosenTheme() const;
-    // A file name from the list, NoSkin, or empty when no entry is selected.
-    QString ChosenSkin() const;
+    int chosenTheme() const;
+    // A file name from the list, noSkin(), or empty when no entry is selected.
+    QString chosenSkin() const;
 
 private:
     void fillSkinList(const QString &currentSkinFile);
-    void cmdOk_Click();
+    void cmdOkClick();
     void showSkinInfo();
 
     QString m_installFolder;
-    QComboBox *cmbTheme = nullptr;
-    QListWidget *List1 = nullptr;
-    QLabel *lblInfo = nullptr;
-    QPushButton *cmdOk = nullptr;
+    QComboBox *m_cmbTheme = nullptr;
+    QListWidget *m_List1 = nullptr;
+    QLabel *m_lblInfo = nullptr;
+    QPushButton *m_cmdOk = nullptr;
 };

@@ -8,26 +8,26 @@
 
 SkinCommand::SkinCommand(ModAppSkin &skin, cSkinParam &theme) : m_skin(skin), m_theme(theme) {}
 
-bool SkinCommand::Run(QWidget *mainWindow, const std::function<void()> &redraw,
+bool SkinCommand::run(QWidget *mainWindow, const std::function<void()> &redraw,
                       const std::function<int(QDialog &)> &runModal)
 {
-    FrmSkin2 dialog(m_skin.InstallFolder(), m_skin.SkinFile(), mainWindow);
-    dialog.setWindowTitle(QStringLiteral("Select a Skin"));
+    FrmSkin2 dialog(m_skin.installFolder(), m_skin.skinFile(), mainWindow);
+    dialog.setWindowTitle(FrmSkin2::tr("Select a Skin"));
     dialog.setWindowIcon(mainWindow->windowIcon());
     dialog.setModal(true);
     if ((runModal ? runModal(dialog) : dialog.exec()) != QDialog::Accepted)
         return false;
-    Apply(dialog.ChosenTheme(), dialog.ChosenSkin(), redraw);
+    apply(dialog.chosenTheme(), dialog.chosenSkin(), redraw);
     return true;
 }
 
-void SkinCommand::Apply(int theme, const QString &skinName, const std::function<void()> &redraw)
+void SkinCommand::apply(int theme, const QString &skinName, const std::function<void()> &redraw)
 {
-    m_theme.SetTheme(theme);
+    m_theme.setTheme(theme);
     if (redraw)
         redraw();
-    if (skinName == FrmSkin2::NoSkin)
-        m_skin.SkinOff();
+    if (skinName == FrmSkin2::noSkin())
+        m_skin.skinOff();
     else if (!skinName.isEmpty())
-        m_skin.StartSkinWithFile(m_skin.InstallFolder() + u'/' + skinName);
+        m_skin.startSkinWithFile(m_skin.installFolder() + u'/' + skinName);
 }

@@ -20,12 +20,12 @@ public:
     // the theme, lets the main window re-apply its own colours (redraw), then
     // starts the chosen skin or turns skinning off. Returns false when cancelled.
     // runModal shows the chooser and gives its result (QDialog::exec when empty).
-    bool Run(QWidget *mainWindow, const std::function<void()> &redraw,
+    bool run(QWidget *mainWindow, const std::function<void()> &redraw,
              const std::function<int(QDialog &)> &runModal = {});
 
     // The part after the dialog: skinName is a file in the installation
-    // folder, "{no skin}", or empty to leave the skin as it is.
-    void Apply(int theme, const QString &skinName, const std::function<void()> &redraw);
+    // folder, FrmSkin2::noSkin(), or empty to leave the skin as it is.
+    void apply(int theme, const QString &skinName, const std::function<void()> &redraw);
 
 private:
     ModAppSkin &m_skin;

@@ -18,17 +18,17 @@ ThemeApplier::~ThemeApplier()
     qApp->removeEventFilter(this);
 }
 
-void ThemeApplier::ThemeColorsChanged(const ThemeColors &colors)
+void ThemeApplier::themeColorsChanged(const ThemeColors &colors)
 {
     m_colors = colors;
-    const QPalette palette = ThemePalette(colors);
+    const QPalette palette = themePalette(colors);
     QApplication::setPalette(palette);
     // Tool tips keep a palette of their own.
     QToolTip::setPalette(palette);
     const QList<QWidget *> widgets = QApplication::allWidgets();
     for (QWidget *widget : widgets) {
         if (auto *control = dynamic_cast<ThemedControl *>(widget))
-            control->SetThemeColors(colors);
+            control->setThemeColors(colors);
     }
 }
 
@@ -36,7 +36,7 @@ bool ThemeApplier::eventFilter(QObject *watched, QEvent *event)
 {
     if (m_colors && event->type() == QEvent::Polish) {
         if (auto *control = dynamic_cast<ThemedControl *>(watched))
-            control->SetThemeColors(*m_colors);
+            control->setThemeColors(*m_colors);
     }
     return QObject::eventFilter(watched, event);
 }

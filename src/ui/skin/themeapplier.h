@@ -20,7 +20,7 @@ public:
     ThemeApplier();
     ~ThemeApplier() override;
 
-    void ThemeColorsChanged(const ThemeColors &colors) override;
+    void themeColorsChanged(const ThemeColors &colors) override;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -13,31 +13,31 @@ QColor mix(const QColor &a, const QColor &b, qreal amountOfA)
 
 } // namespace
 
-QPalette ThemePalette(const ThemeColors &colors)
+QPalette themePalette(const ThemeColors &colors)
 {
-    const QColor window = QColor::fromRgba(colors.Window);
-    const QColor windowText = QColor::fromRgba(colors.WindowText);
-    const QColor base = QColor::fromRgba(colors.Back);
-    const QColor text = QColor::fromRgba(colors.Fore);
-    const QColor button = QColor::fromRgba(colors.BackFixed);
-    const QColor buttonText = QColor::fromRgba(colors.ForeFixed);
+    const QColor window = QColor::fromRgba(colors.window);
+    const QColor windowText = QColor::fromRgba(colors.windowText);
+    const QColor base = QColor::fromRgba(colors.back);
+    const QColor text = QColor::fromRgba(colors.fore);
+    const QColor button = QColor::fromRgba(colors.backFixed);
+    const QColor buttonText = QColor::fromRgba(colors.foreFixed);
     const bool dark = window.lightness() < 128;
 
     QPalette palette(button, window);
     palette.setColor(QPalette::Window, window);
     palette.setColor(QPalette::WindowText, windowText);
     palette.setColor(QPalette::Base, base);
-    palette.setColor(QPalette::AlternateBase, QColor::fromRgba(colors.BackAlt));
+    palette.setColor(QPalette::AlternateBase, QColor::fromRgba(colors.backAlt));
     palette.setColor(QPalette::Text, text);
     palette.setColor(QPalette::Button, button);
     palette.setColor(QPalette::ButtonText, buttonText);
-    palette.setColor(QPalette::BrightText, QColor::fromRgba(colors.ForeSel));
-    palette.setColor(QPalette::Highlight, QColor::fromRgba(colors.BackSel));
-    palette.setColor(QPalette::HighlightedText, QColor::fromRgba(colors.ForeSel));
-    palette.setColor(QPalette::ToolTipBase, QColor::fromRgba(colors.BackEdit));
-    palette.setColor(QPalette::ToolTipText, QColor::fromRgba(colors.ForeEdit));
+    palette.setColor(QPalette::BrightText, QColor::fromRgba(colors.foreSel));
+    palette.setColor(QPalette::Highlight, QColor::fromRgba(colors.backSel));
+    palette.setColor(QPalette::HighlightedText, QColor::fromRgba(colors.foreSel));
+    palette.setColor(QPalette::ToolTipBase, QColor::fromRgba(colors.backEdit));
+    palette.setColor(QPalette::ToolTipText, QColor::fromRgba(colors.foreEdit));
     palette.setColor(QPalette::PlaceholderText, mix(text, base, 0.5));
-    palette.setColor(QPalette::Link, QColor::fromRgba(colors.FocusRect));
+    palette.setColor(QPalette::Link, QColor::fromRgba(colors.focusRect));
     // Frame and bevel shades, derived so that both light and dark themes keep their edges.
     palette.setColor(QPalette::Light, button.lighter(dark ? 130 : 112));
     palette.setColor(QPalette::Midlight, button.lighter(dark ? 115 : 106));
@@ -51,6 +51,7 @@ QPalette ThemePalette(const ThemeColors &colors)
         palette.setColor(QPalette::Disabled, role, disabledText);
     palette.setColor(QPalette::Disabled, QPalette::Button, mix(button, window, 0.5));
     palette.setColor(QPalette::Disabled, QPalette::Base, window);
-    palette.setColor(QPalette::Disabled, QPalette::Highlight, mix(QColor::fromRgba(colors.BackSel), window, 0.5));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight,
+                     mix(QColor::fromRgba(colors.backSel), window, 0.5));
     return palette;
 }

@@ -6,4 +6,4 @@ struct ThemeColors;
 
 // The window palette of a colour theme, so that standard controls (buttons,
 // drop-downs, edit boxes) match the program's own drawn controls.
-QPalette ThemePalette(const ThemeColors &colors);
+QPalette themePalette(const ThemeColors &colors);

@@ -31,10 +31,10 @@ QLabel *folderLink(const QString &folder, QWidget *parent)
 frmAbout::frmAbout(Shell &shell, QWidget *parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("frmAbout"));
-    setWindowTitle(tr("About %1").arg(AppInfo::Title));
+    setWindowTitle(tr("About %1").arg(AppInfo::title));
     setModal(true);
 
-    auto *lblName = new QLabel(AppInfo::Title, this);
+    auto *lblName = new QLabel(AppInfo::title, this);
     lblName->setObjectName(QStringLiteral("lblName"));
     QFont big = lblName->font();
     big.setPointSizeF(big.pointSizeF() * 1.6);
@@ -42,13 +42,14 @@ frmAbout::frmAbout(Shell &shell, QWidget *parent) : QDialog(parent)
     lblName->setFont(big);
     auto *lblVersion = new QLabel(tr("Version %1").arg(AppInfo::version()), this);
     lblVersion->setObjectName(QStringLiteral("lblVersion"));
-    auto *lblSummary = new QLabel(Summary, this);
+    auto *lblSummary = new QLabel(
+        tr("Keeps a list of internet radio stations, plays them and records them to MP3 files."), this);
     lblSummary->setObjectName(QStringLiteral("lblSummary"));
     lblSummary->setWordWrap(true);
 
-    auto *lnkData = folderLink(AppPaths::DataFolder(), this);
+    auto *lnkData = folderLink(AppPaths::dataFolder(), this);
     lnkData->setObjectName(QStringLiteral("lnkData"));
-    auto *lnkRec = folderLink(AppPaths::RecordingsFolder(), this);
+    auto *lnkRec = folderLink(AppPaths::recordingsFolder(), this);
     lnkRec->setObjectName(QStringLiteral("lnkRec"));
     auto *folders = new QFormLayout;
     folders->addRow(tr("Data folder:"), lnkData);
@@ -56,7 +57,7 @@ frmAbout::frmAbout(Shell &shell, QWidget *parent) : QDialog(parent)
     for (QLabel *link : {lnkData, lnkRec}) {
         qobject_cast<QLabel *>(folders->labelForField(link))->setBuddy(link);
         connect(link, &QLabel::linkActivated, this,
-                [&shell](const QString &url) { shell.OpenDocument(url); });
+                [&shell](const QString &url) { shell.openDocument(url); });
     }
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);

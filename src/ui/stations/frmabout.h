@@ -12,8 +12,5 @@ class frmAbout : public QDialog
     Q_DISABLE_COPY_MOVE(frmAbout)
 
 public:
-    static inline const QString Summary =
-        QStringLiteral("Keeps a list of internet radio stations, plays them and records them to MP3 files.");
-
     explicit frmAbout(Shell &shell, QWidget *parent = nullptr);
 };

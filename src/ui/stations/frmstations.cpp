@@ -29,19 +29,29 @@ namespace {
 
 struct ColumnDef
 {
-    const char16_t *heading;
+    const char *heading;
     int width;
 };
 
 // Headings and widths in creation order; the last column's width is the grid's own.
-constexpr ColumnDef Columns[FrmStations::ColumnCount] = {
-    {u" ", 23},         {u"Station", 100}, {u"Genre", 46},     {u"Bit", 33},   {u"Type", 33},
-    {u"Category", 100}, {u"Rating", 66},   {u"StreamUrl", 200}, {u"Single", 46}, {u"LastDate", 66},
-    {u"Sign", 46},      {u"InfoUrl", 166}, {u"Output", 0},
+constexpr ColumnDef columns[FrmStations::ColumnCount] = {
+    {" ", 23},
+    {QT_TRANSLATE_NOOP("FrmStations", "Station"), 100},
+    {QT_TRANSLATE_NOOP("FrmStations", "Genre"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "Bit"), 33},
+    {QT_TRANSLATE_NOOP("FrmStations", "Type"), 33},
+    {QT_TRANSLATE_NOOP("FrmStations", "Category"), 100},
+    {QT_TRANSLATE_NOOP("FrmStations", "Rating"), 66},
+    {QT_TRANSLATE_NOOP("FrmStations", "StreamUrl"), 200},
+    {QT_TRANSLATE_NOOP("FrmStations", "Single"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "LastDate"), 66},
+    {QT_TRANSLATE_NOOP("FrmStations", "Sign"), 46},
+    {QT_TRANSLATE_NOOP("FrmStations", "InfoUrl"), 166},
+    {QT_TRANSLATE_NOOP("FrmStations", "Output"), 0},
 };
 
 // "Funk" is listed twice on purpose.
-const QStringList GenreEntries = {
+const QStringList genreEntries = {
     QString(),          QStringLiteral("TopTen"), QStringLiteral("Alternative"), QStringLiteral("Classical"),
     QStringLiteral("Comedy"), QStringLiteral("Country"), QStringLiteral("Dance"), QStringLiteral("Funk"),
     QStringLiteral("Jazz"),   QStringLiteral("Metal"),   QStringLiteral("Funk"),  QStringLiteral("Mixed"),
@@ -49,13 +59,14 @@ const QStringList GenreEntries = {
     QStringLiteral("Talk"),   QStringLiteral("Techno"),  QStringLiteral("70s"),   QStringLiteral("80s"),
     QStringLiteral("World"),  QStringLiteral("Fun"),     QStringLiteral("Adult"),
 };
-const QStringList TypeEntries = {QString(), QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
-                                 QStringLiteral("-"), QStringLiteral("XxX")};
-const QStringList RatingEntries = {QString(), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
-                                   QStringLiteral("4"), QStringLiteral("5")};
-const QStringList RatingEditorEntries = RatingEntries.mid(1);
+const QStringList typeEntries = {
+    QString(),           QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
+    QStringLiteral("-"), QStringLiteral("XxX")};
+const QStringList ratingEntries = {QString(),           QStringLiteral("1"), QStringLiteral("2"),
+                                   QStringLiteral("3"), QStringLiteral("4"), QStringLiteral("5")};
+const QStringList ratingEditorEntries = ratingEntries.mid(1);
 
-const QString PlayKey = QStringLiteral("Play");
+const QString playKey = QStringLiteral("Play");
 
 QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
 {
@@ -107,7 +118,7 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     : QWidget(parent), m_parts(std::move(parts)), m_players(std::move(players))
 {
     setObjectName(QStringLiteral("FrmStations"));
-    setWindowTitle(AppInfo::Title);
+    setWindowTitle(AppInfo::title);
     buildControls();
     setAccessibleNames();
     buildPlayer();
@@ -116,10 +127,10 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     connectCommands();
 
     // Load, in its fixed order.
-    m_cboRating->addItems(RatingEditorEntries);
-    ApplyColors();
+    m_cboRating->addItems(ratingEditorEntries);
+    applyColors();
     createColumns();
-    FillGrid();
+    fillGrid();
     fillFilterLists();
     selectEntry(m_cmbGenre, m_parts.filters.genre);
     selectEntry(m_cmbCategory, m_parts.filters.category);
@@ -128,7 +139,7 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
 
     // A hidden listening window, kept as long as this one, holds a paused
     // player, so that later players start quickly.
-    FrmListen *warmUp = CreateListenWindow();
+    FrmListen *warmUp = createListenWindow();
     warmUp->ListenRow = ListenSession::WarmUpRow;
     warmUp->ListenUrl = QDir(m_parts.installFolder).filePath(FrmListen::WarmUpFile);
     warmUp->setWindowTitle(QStringLiteral("cap dummy"));
@@ -161,22 +172,22 @@ void FrmStations::buildPlayer()
     m_player = player;
 }
 
-FrmListen *FrmStations::CreateListenWindow()
+FrmListen *FrmStations::createListenWindow()
 {
-    auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.Colors(), m_players, this);
+    auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.colors(), m_players, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    connect(window, &FrmListen::stationPlayed, this, &FrmStations::StationPlayed);
+    connect(window, &FrmListen::stationPlayed, this, &FrmStations::stationPlayed);
     return window;
 }
 
-void FrmStations::StationPlayed(int kind, int row, const QString &date)
+void FrmStations::stationPlayed(int kind, int row, const QString &date)
 {
     if (kind != ListenSession::PlayedKind || row < 0 || row >= m_grid->ItemCount())
         return;
     const int index = m_grid->ItemData(row);
     m_parts.catalogue.at(index).LastDate = date;
-    FillRow(row, index);
-    m_parts.catalogue.Dirty = true;
+    fillRow(row, index);
+    m_parts.catalogue.dirty = true;
 }
 
 void FrmStations::buildControls()
@@ -246,21 +257,21 @@ void FrmStations::buildControls()
         commands->addWidget(newButton(gfxOption, name, text));
     }
     // The window's main action stands out.
-    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->SetAccent(true);
+    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->setAccent(true);
     commands->addStretch(1);
     outer->addWidget(gfxOption);
 
     m_grid = new LynxGrid(this);
     m_grid->setObjectName(QStringLiteral("LynxGrid1"));
     m_grid->setMinimumHeight(200);
-    m_grid->SetFullRowSelect(true);
-    m_grid->SetTrackEdits(true);
-    m_grid->SetFocusRectMode(GridFocusMode::Cell);
+    m_grid->setFullRowSelect(true);
+    m_grid->setTrackEdits(true);
+    m_grid->setFocusRectMode(GridFocusMode::Cell);
     // The column widths are the catalogue's classic pixel widths; a slightly
     // smaller face lets the short headings ("Genre", "Type") fit them.
     QFont gridFont = m_grid->font();
     gridFont.setPointSizeF(qMax(8.0, gridFont.pointSizeF() - 1));
-    m_grid->SetFont(gridFont);
+    m_grid->setFont(gridFont);
     outer->addWidget(m_grid, 1);
 
     // The play bar comes here, under the grid and as wide as it.
@@ -273,9 +284,9 @@ void FrmStations::buildControls()
     m_cboRating->hide();
 
     // The grid hands answers back through references: these must stay direct connections.
-    connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::LynxGrid1_RequestEdit, Qt::DirectConnection);
-    connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::LynxGrid1_RequestUpdate, Qt::DirectConnection);
-    connect(m_grid, &LynxGrid::CellUpdated, this, &FrmStations::LynxGrid1_CellUpdated);
+    connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::gridRequestEdit, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::gridRequestUpdate, Qt::DirectConnection);
+    connect(m_grid, &LynxGrid::CellUpdated, this, &FrmStations::gridCellUpdated);
 
     // The grid's width is read when the columns are made: give it its real size first.
     outer->activate();
@@ -286,22 +297,22 @@ void FrmStations::connectCommands()
     const auto clicked = [this](const char *name, auto slot) {
         connect(findChild<SchemeButton *>(QLatin1StringView(name)), &QPushButton::clicked, this, slot);
     };
-    clicked("cmdFilter", &FrmStations::cmdFilter_Click);
-    clicked("cmdSearch", &FrmStations::cmdSearch_Click);
-    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearch_Click);
+    clicked("cmdFilter", &FrmStations::cmdFilterClick);
+    clicked("cmdSearch", &FrmStations::cmdSearchClick);
+    connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearchClick);
     clicked("cmdSearchWww",
-            [this] { m_commands->SearchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
-    clicked("cmdSettings", &FrmStations::cmdSettings_Click);
-    clicked("cmdRecord", [this] { m_commands->Record(); });
-    clicked("cmdListen", [this] { m_commands->Listen(); });
-    clicked("cmdReplay", [this] { m_commands->Replay(); });
-    clicked("cmdCopy", [this] { m_commands->Copy(); });
-    clicked("cmdDel", [this] { m_commands->Delete(); });
-    clicked("cmdInfo", [this] { m_commands->Info(); });
-    clicked("cmdLoadPls", [this] { m_commands->LoadPls(); });
-    clicked("cmdTrim", [this] { m_commands->Trim(); });
-    clicked("cmdSkin", [this] { m_commands->Skin(); });
-    clicked("cmdAbout", [this] { m_commands->About(); });
+            [this] { m_commands->searchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
+    clicked("cmdSettings", &FrmStations::cmdSettingsClick);
+    clicked("cmdRecord", [this] { m_commands->record(); });
+    clicked("cmdListen", [this] { m_commands->listen(); });
+    clicked("cmdReplay", [this] { m_commands->replay(); });
+    clicked("cmdCopy", [this] { m_commands->copy(); });
+    clicked("cmdDel", [this] { m_commands->del(); });
+    clicked("cmdInfo", [this] { m_commands->info(); });
+    clicked("cmdLoadPls", [this] { m_commands->loadPls(); });
+    clicked("cmdTrim", [this] { m_commands->trim(); });
+    clicked("cmdSkin", [this] { m_commands->skin(); });
+    clicked("cmdAbout", [this] { m_commands->about(); });
 }
 
 // Names for screen readers where a control's caption does not say what it is:
@@ -317,21 +328,21 @@ void FrmStations::setAccessibleNames()
     m_grid->setAccessibleName(tr("Stations"));
 }
 
-void FrmStations::ApplyColors()
+void FrmStations::applyColors()
 {
-    const ThemeColors &colors = m_parts.appearance.theme.Colors();
-    setPalette(ThemePalette(colors));
+    const ThemeColors &colors = m_parts.appearance.theme.colors();
+    setPalette(themePalette(colors));
     setAutoFillBackground(true);
-    m_grid->SetThemeColors(colors);
-    m_grid->SetImageList({playIcon(QColor::fromRgba(colors.FocusRect))});
-    m_playBar->SetThemeColors(colors);
+    m_grid->setThemeColors(colors);
+    m_grid->setImageList({playIcon(QColor::fromRgba(colors.focusRect))});
+    m_playBar->setThemeColors(colors);
 }
 
 void FrmStations::createColumns()
 {
     for (int index = 0; index < ColumnCount; ++index) {
-        const ColumnDef &column = Columns[index];
-        const QString heading = QString::fromUtf16(column.heading);
+        const ColumnDef &column = columns[index];
+        const QString heading = tr(column.heading);
         if (index == ColSingle)
             m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
         else if (index == ColOutput)
@@ -339,20 +350,20 @@ void FrmStations::createColumns()
         else
             m_grid->AddColumn(heading, column.width);
     }
-    m_grid->SetColImage(ColPlay, 0);
-    m_grid->SetColImageAlignment(ColPlay, Qt::AlignHCenter);
-    m_grid->SetColImageText(ColPlay, QStringLiteral("Play"));
+    m_grid->setColImage(ColPlay, 0);
+    m_grid->setColImageAlignment(ColPlay, Qt::AlignHCenter);
+    m_grid->setColImageText(ColPlay, tr("Play"));
     m_grid->BindControl(ColRating, m_cboRating);
-    m_grid->SetRedraw(true);
+    m_grid->setRedraw(true);
 }
 
 void FrmStations::fillFilterLists()
 {
-    m_cmbGenre->addItems(GenreEntries);
+    m_cmbGenre->addItems(genreEntries);
     m_cmbCategory->clear();
-    m_cmbCategory->addItems(m_parts.catalogue.Categories.items());
-    m_cmbType->addItems(TypeEntries);
-    m_cmbRating->addItems(RatingEntries);
+    m_cmbCategory->addItems(m_parts.catalogue.categories.items());
+    m_cmbType->addItems(typeEntries);
+    m_cmbRating->addItems(ratingEntries);
 }
 
 int FrmStations::pos(Column column) const
@@ -360,23 +371,23 @@ int FrmStations::pos(Column column) const
     return m_grid->ColPosition(column);
 }
 
-void FrmStations::FillGrid()
+void FrmStations::fillGrid()
 {
     // A refill drops the cells' changed marks, which are what tells the
     // closing step to save: keep their count for it.
-    CommitEdits();
+    commitEdits();
     m_grid->Clear();
-    m_grid->SetRedraw(false);
+    m_grid->setRedraw(false);
 
     const QString &genre = m_parts.filters.genre;
     const QString &category = m_parts.filters.category;
     const QString &type = m_parts.filters.type;
     const bool byRating = !m_parts.filters.rating.isEmpty();
-    const double rating = Convert::LeadingNumber(m_parts.filters.rating);
+    const double rating = Convert::leadingNumber(m_parts.filters.rating);
 
     const Catalogue &catalogue = m_parts.catalogue;
     const Positions at = positions();
-    for (int index = 1; index <= catalogue.StationCount(); ++index) {
+    for (int index = 1; index <= catalogue.stationCount(); ++index) {
         const Station &s = catalogue.at(index);
         if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
             continue;
@@ -389,15 +400,15 @@ void FrmStations::FillGrid()
             continue;
 
         const int row = m_grid->AddItem();
-        m_grid->SetItemData(row, index);
-        fillRow(row, s, at);
+        m_grid->setItemData(row, index);
+        fillCells(row, s, at);
     }
-    m_grid->SetRedraw(true);
+    m_grid->setRedraw(true);
 }
 
-void FrmStations::FillRow(int row, int index)
+void FrmStations::fillRow(int row, int index)
 {
-    fillRow(row, m_parts.catalogue.at(index), positions());
+    fillCells(row, m_parts.catalogue.at(index), positions());
 }
 
 FrmStations::Positions FrmStations::positions() const
@@ -409,10 +420,10 @@ FrmStations::Positions FrmStations::positions() const
 }
 
 // The cells in the record's field order, each under its heading wherever the user dragged it.
-void FrmStations::fillRow(int row, const Station &s, const Positions &at)
+void FrmStations::fillCells(int row, const Station &s, const Positions &at)
 {
     const auto set = [this, row, &at](Column column, const QString &text) {
-        m_grid->SetCellText(row, at[column], text);
+        m_grid->setCellText(row, at[column], text);
     };
     set(ColStation, s.Name);
     set(ColGenre, s.Genre);
@@ -420,8 +431,8 @@ void FrmStations::fillRow(int row, const Station &s, const Positions &at)
     set(ColType, s.Format);
     set(ColCategory, s.Category);
     set(ColOutput, s.OutputFile);
-    set(ColSingle, Convert::BooleanText(s.SingleSong));
-    m_grid->SetCellChecked(row, at[ColSingle], s.SingleSong);
+    set(ColSingle, Convert::booleanText(s.SingleSong));
+    m_grid->setCellChecked(row, at[ColSingle], s.SingleSong);
     set(ColRating, QString::number(s.Rating));
     set(ColLastDate, s.LastDate);
     set(ColSign, s.CallSign);
@@ -429,9 +440,9 @@ void FrmStations::fillRow(int row, const Station &s, const Positions &at)
     set(ColInfoUrl, s.InfoUrl);
 }
 
-void FrmStations::WriteBack(int row, int index)
+void FrmStations::writeBack(int row, int index)
 {
-    if (index < 1 || index > m_parts.catalogue.StationCount())
+    if (index < 1 || index > m_parts.catalogue.stationCount())
         return;
     Station &s = m_parts.catalogue.at(index);
     const auto cell = [this, row](Column column) { return m_grid->CellText(row, pos(column)); };
@@ -443,7 +454,7 @@ void FrmStations::WriteBack(int row, int index)
     s.OutputFile = cell(ColOutput);
     s.SingleSong = m_grid->CellChecked(row, pos(ColSingle));
     try {
-        s.Rating = Convert::LeadingInt32(cell(ColRating));
+        s.Rating = Convert::leadingInt32(cell(ColRating));
     } catch (const AppError &) {
         // A number too large for a rating leaves the stored one as it was.
     }
@@ -453,16 +464,16 @@ void FrmStations::WriteBack(int row, int index)
     s.InfoUrl = cell(ColInfoUrl);
 }
 
-void FrmStations::cmdFilter_Click()
+void FrmStations::cmdFilterClick()
 {
     m_parts.filters.genre = m_cmbGenre->currentText();
     m_parts.filters.category = m_cmbCategory->currentText();
     m_parts.filters.type = m_cmbType->currentText();
     m_parts.filters.rating = m_cmbRating->currentText();
-    FillGrid();
+    fillGrid();
 }
 
-void FrmStations::cmdSearch_Click()
+void FrmStations::cmdSearchClick()
 {
     const QString text = m_txtSearch->text();
     if (text.isEmpty())
@@ -499,18 +510,18 @@ void FrmStations::cmdSearch_Click()
     QGuiApplication::restoreOverrideCursor();
 }
 
-void FrmStations::cmdSettings_Click()
+void FrmStations::cmdSettingsClick()
 {
     if (m_parts.openSettings)
         m_parts.openSettings(this);
 }
 
-void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
+void FrmStations::gridRequestEdit(int row, int col, bool &cancel)
 {
     if (col == pos(ColPlay)) {
         cancel = true;
-        m_player->playKey(PlayKey);
-        m_player->showState(PlayKey);
+        m_player->playKey(playKey);
+        m_player->showState(playKey);
     } else if (col == pos(ColRating)) {
         const QString text = m_grid->CellText(row, col);
         if (text.isEmpty() || text == u"0")
@@ -518,11 +529,11 @@ void FrmStations::LynxGrid1_RequestEdit(int row, int col, bool &cancel)
         else
             m_cboRating->setCurrentIndex(m_cboRating->findText(text));
     } else if (col == pos(ColSingle)) {
-        m_grid->SetCellChanged(row, col, true);
+        m_grid->setCellChanged(row, col, true);
     }
 }
 
-void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &cancel)
+void FrmStations::gridRequestUpdate(int, int col, QString &value, bool &cancel)
 {
     if (col != pos(ColRating))
         return;
@@ -534,12 +545,12 @@ void FrmStations::LynxGrid1_RequestUpdate(int, int col, QString &value, bool &ca
         value = m_cboRating->currentText();
 }
 
-void FrmStations::LynxGrid1_CellUpdated(int row, int)
+void FrmStations::gridCellUpdated(int row, int)
 {
-    WriteBack(row, m_grid->ItemData(row));
+    writeBack(row, m_grid->ItemData(row));
 }
 
-int FrmStations::SweepChangedCells()
+int FrmStations::sweepChangedCells()
 {
     int changed = 0;
     for (int row = 0; row < m_grid->ItemCount(); ++row) {
@@ -548,21 +559,21 @@ int FrmStations::SweepChangedCells()
             if (m_grid->CellChanged(row, col)) {
                 ++changed;
                 rowChanged = true;
-                m_grid->SetCellChanged(row, col, false);
+                m_grid->setCellChanged(row, col, false);
             }
         }
         if (rowChanged)
-            WriteBack(row, m_grid->ItemData(row));
+            writeBack(row, m_grid->ItemData(row));
     }
     return changed;
 }
 
-void FrmStations::CommitEdits()
+void FrmStations::commitEdits()
 {
-    m_sweptEdits += SweepChangedCells();
+    m_sweptEdits += sweepChangedCells();
 }
 
-void FrmStations::ForgetEdits()
+void FrmStations::forgetEdits()
 {
     m_sweptEdits = 0;
     m_grid->Clear();
@@ -575,16 +586,16 @@ void FrmStations::closeEvent(QCloseEvent *event)
         return;
     m_unloaded = true;
     // An edit still open counts like one the user finished.
-    m_grid->CommitEdit();
+    m_grid->commitEdit();
 
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const int changed = SweepChangedCells() + m_sweptEdits;
+    const int changed = sweepChangedCells() + m_sweptEdits;
     QGuiApplication::restoreOverrideCursor();
 
     if (changed > 0)
-        m_parts.catalogue.Dirty = true;
+        m_parts.catalogue.dirty = true;
     // A station check ends, and the recordings started from the list end
     // with it, their files complete.
-    m_commands->Unload();
+    m_commands->unload();
     emit unloaded();
 }

@@ -72,12 +72,12 @@ public:
     FrmStations(Parts parts, StationCommands::Services services, MediaPlayerFactory players,
                 QWidget *parent = nullptr);
 
-    // A new listening window, not yet shown, whose played stations reach StationPlayed.
-    FrmListen *CreateListenWindow() override;
+    // A new listening window, not yet shown, whose played stations reach stationPlayed.
+    FrmListen *createListenWindow() override;
     // A listening window's news: kind 1 means the station of row started to
     // play on date, which becomes its LastDate.
-    void StationPlayed(int kind, int row, const QString &date);
-    StationPlayer &Player() const { return *m_player; }
+    void stationPlayed(int kind, int row, const QString &date);
+    StationPlayer &player() const { return *m_player; }
 
 signals:
     // The window has unloaded: edited cells are back in the catalogue and its
@@ -95,28 +95,28 @@ private:
     void setAccessibleNames();
 
     // StationListHost
-    LynxGrid &Grid() override { return *m_grid; }
-    void FillGrid() override;
-    void WriteBack(int row, int index) override;
-    void FillRow(int row, int index) override;
-    void CommitEdits() override;
-    void ForgetEdits() override;
-    void ApplyColors() override;
+    LynxGrid &grid() override { return *m_grid; }
+    void fillGrid() override;
+    void writeBack(int row, int index) override;
+    void fillRow(int row, int index) override;
+    void commitEdits() override;
+    void forgetEdits() override;
+    void applyColors() override;
 
     // Writes every row with a changed cell back into its station and clears
     // the marks; returns the changed cells.
-    int SweepChangedCells();
+    int sweepChangedCells();
     int pos(Column column) const;
     using Positions = std::array<int, ColumnCount>;
     Positions positions() const;
-    void fillRow(int row, const Station &station, const Positions &at);
+    void fillCells(int row, const Station &station, const Positions &at);
 
-    void cmdFilter_Click();
-    void cmdSearch_Click();
-    void cmdSettings_Click();
-    void LynxGrid1_RequestEdit(int row, int col, bool &cancel);
-    void LynxGrid1_RequestUpdate(int row, int col, QString &value, bool &cancel);
-    void LynxGrid1_CellUpdated(int row, int col);
+    void cmdFilterClick();
+    void cmdSearchClick();
+    void cmdSettingsClick();
+    void gridRequestEdit(int row, int col, bool &cancel);
+    void gridRequestUpdate(int row, int col, QString &value, bool &cancel);
+    void gridCellUpdated(int row, int col);
 
     void buildPlayer();
 

@@ -10,10 +10,10 @@
 
 namespace {
 
-const QString KeyPlay = QStringLiteral("Play");
-const QString KeyStop = QStringLiteral("Stop");
-const QString LookPlay = QStringLiteral("play");
-const QString LookStop = QStringLiteral("stop");
+const QString keyPlay = QStringLiteral("Play");
+const QString keyStop = QStringLiteral("Stop");
+const QString lookPlay = QStringLiteral("play");
+const QString lookStop = QStringLiteral("stop");
 
 } // namespace
 
@@ -31,7 +31,7 @@ StationCheck::StationCheck(Catalogue &catalogue, StationListHost &list, StationP
     connect(m_step, &QTimer::timeout, this, &StationCheck::nextRow);
 }
 
-int StationCheck::RatingFor(int playState, int polls, int pollLimit)
+int StationCheck::ratingFor(int playState, int polls, int pollLimit)
 {
     switch (playState) {
     case MediaPlayer::Playing:
@@ -48,29 +48,29 @@ int StationCheck::RatingFor(int playState, int polls, int pollLimit)
     }
 }
 
-bool StationCheck::Running() const
+bool StationCheck::running() const
 {
     return m_active && m_player.scanning();
 }
 
-void StationCheck::Start(Mode mode)
+void StationCheck::start(Mode mode)
 {
-    Abort();
+    abort();
     m_mode = mode;
-    m_row = qMax(0, m_list.Grid().Row());
+    m_row = qMax(0, m_list.grid().Row());
     m_active = true;
     m_player.setScanning(true);
     nextRow();
 }
 
-void StationCheck::Stop()
+void StationCheck::stop()
 {
     m_player.setScanning(false);
-    m_player.playKey(KeyStop);
-    m_player.showState(LookStop);
+    m_player.playKey(keyStop);
+    m_player.showState(lookStop);
 }
 
-void StationCheck::Abort()
+void StationCheck::abort()
 {
     if (m_active)
         finish();
@@ -78,7 +78,7 @@ void StationCheck::Abort()
 
 void StationCheck::nextRow()
 {
-    LynxGrid &grid = m_list.Grid();
+    LynxGrid &grid = m_list.grid();
     // The count is read at every row, so rows removed meanwhile end the
     // check early. The last step is one past the last row: the grid ignores
     // a row it does not have, so the current station plays once more and no
@@ -87,35 +87,35 @@ void StationCheck::nextRow()
         finish();
         return;
     }
-    m_player.showState(LookStop);
+    m_player.showState(lookStop);
     m_player.stopPlayback();
     if (!m_player.scanning()) {
         finish();
         return;
     }
-    grid.SetItemSelected(m_row - 1, false);
+    grid.setItemSelected(m_row - 1, false);
     grid.GotoCell(m_row, 0);
     grid.RefreshView();
     m_index = grid.ItemData(m_row);
-    m_player.playKey(KeyPlay);
-    m_player.showState(LookPlay);
+    m_player.playKey(keyPlay);
+    m_player.showState(lookPlay);
     m_polls = 0;
     m_poll->start();
 }
 
 void StationCheck::poll()
 {
-    const int rating = RatingFor(m_player.playState(), ++m_polls, m_timing.pollLimit);
+    const int rating = ratingFor(m_player.playState(), ++m_polls, m_timing.pollLimit);
     if (rating == 0)
         return;
     m_poll->stop();
     // The rows may have been refilled or emptied while the station was tried:
     // the rating goes to the station tried, and its row only when it still shows it.
-    if (m_index >= 1 && m_index <= m_catalogue.StationCount()) {
+    if (m_index >= 1 && m_index <= m_catalogue.stationCount()) {
         m_catalogue.at(m_index).Rating = rating;
-        const LynxGrid &grid = m_list.Grid();
+        const LynxGrid &grid = m_list.grid();
         if (m_row < grid.ItemCount() && grid.ItemData(m_row) == m_index)
-            m_list.FillRow(m_row, m_index);
+            m_list.fillRow(m_row, m_index);
     }
     if (m_mode == Mode::FindNext && rating >= RatingBuffering) {
         finish();
@@ -131,5 +131,5 @@ void StationCheck::finish()
     m_poll->stop();
     m_step->stop();
     m_player.setScanning(false);
-    emit Finished();
+    emit finished();
 }

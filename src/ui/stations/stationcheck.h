@@ -42,21 +42,21 @@ public:
 
     // The rating a look at the player gives after polls looks (counting this
     // one), or 0 while the station is still to be waited for.
-    static int RatingFor(int playState, int polls, int pollLimit);
+    static int ratingFor(int playState, int polls, int pollLimit);
 
     // True while the scan flag is set.
-    bool Running() const;
+    bool running() const;
     // Starts at the current row (row 0 when there is none). A check that was
     // told to stop but still waits on its row is dropped first.
-    void Start(Mode mode);
+    void start(Mode mode);
     // The second click: clears the scan flag and stops the player; the check
     // ends at its next row.
-    void Stop();
+    void stop();
     // Ends the check now, rating nothing more: the window is going.
-    void Abort();
+    void abort();
 
 signals:
-    void Finished();
+    void finished();
 
 private:
     void nextRow();

@@ -28,7 +28,7 @@
 namespace {
 
 // The click has finished by the time the tick opens the window.
-constexpr int TimerInterval = 10;
+constexpr int timerInterval = 10;
 
 // A control of the recorder window by its name.
 template <typename T> T &control(QWidget &window, const char *name)
@@ -46,24 +46,50 @@ StationCommands::StationCommands(Catalogue &catalogue, Appearance &appearance, c
                                  Services services, QWidget *owner)
     : QObject(owner), m_catalogue(catalogue), m_appearance(appearance), m_trimTool(trimTool),
       m_installFolder(std::move(installFolder)), m_list(list), m_services(std::move(services)), m_owner(owner),
-      TimerRecord(new QTimer(this)), TimerListen(new QTimer(this)),
+      m_TimerRecord(new QTimer(this)), m_TimerListen(new QTimer(this)),
       m_check(new StationCheck(catalogue, list, player, m_services.checkTiming, this))
 {
-    const std::pair<QTimer *, const char *> timers[] = {{TimerRecord, "TimerRecord"},
-                                                        {TimerListen, "TimerListen"}};
+    const std::pair<QTimer *, const char *> timers[] = {{m_TimerRecord, "TimerRecord"},
+                                                        {m_TimerListen, "TimerListen"}};
     for (const auto &[timer, name] : timers) {
         timer->setObjectName(QLatin1StringView(name));
         timer->setSingleShot(true);
-        timer->setInterval(TimerInterval);
+        timer->setInterval(timerInterval);
     }
-    connect(TimerRecord, &QTimer::timeout, this, &StationCommands::TimerRecord_Timer);
-    connect(TimerListen, &QTimer::timeout, this, &StationCommands::TimerListen_Timer);
+    connect(m_TimerRecord, &QTimer::timeout, this, &StationCommands::timerRecordTick);
+    connect(m_TimerListen, &QTimer::timeout, this, &StationCommands::timerListenTick);
 }
 
-QString StationCommands::FileTitle(const QString &path)
+QString StationCommands::fileTitle(const QString &path)
 {
     const qsizetype cut = qMax(path.lastIndexOf(u'\\'), path.lastIndexOf(u'/'));
     return path.mid(cut + 1);
+}
+
+QString StationCommands::recordNoStation()
+{
+    return tr("Select a Station in the list below to Record.");
+}
+
+QString StationCommands::listenNoStation()
+{
+    return tr("Select a Station in the list below to Listen.");
+}
+
+QString StationCommands::deleteQuestion(const QString &station)
+{
+    return tr("Do you wish to delete the Station: %1").arg(station);
+}
+
+QString StationCommands::deleteAllQuestion()
+{
+    return tr("Do you want to Delete ALL stations?");
+}
+
+QString StationCommands::trimNotStarted(const QString &command)
+{
+    return tr("The MP3 trimming tool could not be started:\n%1\n\nIts command line is set under Settings.")
+        .arg(command);
 }
 
 int StationCommands::runModal(QDialog &dialog) const
@@ -73,31 +99,31 @@ int StationCommands::runModal(QDialog &dialog) const
 
 QString StationCommands::currentCell(int column) const
 {
-    const LynxGrid &grid = m_list.Grid();
+    const LynxGrid &grid = m_list.grid();
     return grid.CellText(grid.Row(), grid.ColPosition(column));
 }
 
 int StationCommands::selectedRow(const QString &noStation) const
 {
-    const int row = m_list.Grid().Row();
+    const int row = m_list.grid().Row();
     if (row < 0)
-        m_services.prompt.message(noStation, AppInfo::Title, Prompt::Icon::Information);
+        m_services.prompt.message(noStation, AppInfo::title, Prompt::Icon::Information);
     return row;
 }
 
-void StationCommands::Record()
+void StationCommands::record()
 {
-    const int row = selectedRow(RecordNoStation);
+    const int row = selectedRow(recordNoStation());
     if (row < 0)
         return;
-    m_list.WriteBack(row, m_list.Grid().ItemData(row));
-    TimerRecord->start();
+    m_list.writeBack(row, m_list.grid().ItemData(row));
+    m_TimerRecord->start();
 }
 
-void StationCommands::TimerRecord_Timer()
+void StationCommands::timerRecordTick()
 {
-    TimerRecord->stop();
-    const LynxGrid &grid = m_list.Grid();
+    m_TimerRecord->stop();
+    const LynxGrid &grid = m_list.grid();
     const int row = grid.Row();
     const QString address = row >= 0 ? currentCell(FrmStations::ColStreamUrl) : QString();
     if (address.isEmpty())
@@ -115,42 +141,42 @@ void StationCommands::TimerRecord_Timer()
     window->show();
 }
 
-void StationCommands::Listen()
+void StationCommands::listen()
 {
-    const int row = selectedRow(ListenNoStation);
+    const int row = selectedRow(listenNoStation());
     if (row < 0)
         return;
-    const int index = m_list.Grid().ItemData(row);
+    const int index = m_list.grid().ItemData(row);
     if (index < 1)
         return;
-    m_list.WriteBack(row, index);
+    m_list.writeBack(row, index);
     m_listenTag = currentCell(FrmStations::ColStreamUrl);
     m_listenRow = row;
-    TimerListen->start();
+    m_TimerListen->start();
 }
 
-void StationCommands::Replay()
+void StationCommands::replay()
 {
-    const QString path = m_services.prompt.chooseOpenFile(tr("Replay a Recording"), AppPaths::RecordingsFolder(),
-                                                       RecordingFilter);
+    const QString path = m_services.prompt.chooseOpenFile(
+        tr("Replay a Recording"), AppPaths::recordingsFolder(), tr("MP3 files (*.mp3);;All files (*)"));
     if (path.isEmpty())
         return;
     m_listenTag = path;
-    TimerListen->start();
+    m_TimerListen->start();
 }
 
-void StationCommands::TimerListen_Timer()
+void StationCommands::timerListenTick()
 {
-    TimerListen->stop();
+    m_TimerListen->stop();
     if (m_listenTag.isEmpty())
         return;
-    FrmListen *window = m_list.CreateListenWindow();
+    FrmListen *window = m_list.createListenWindow();
     window->ListenRow = m_listenRow;
     window->ListenUrl = m_listenTag;
     if (m_listenRow < 0) {
-        window->ListenTitle = FileTitle(m_listenTag);
+        window->ListenTitle = fileTitle(m_listenTag);
     } else {
-        const LynxGrid &grid = m_list.Grid();
+        const LynxGrid &grid = m_list.grid();
         window->ListenTitle = grid.CellText(m_listenRow, grid.ColPosition(FrmStations::ColStation));
     }
     window->show();
@@ -158,12 +184,12 @@ void StationCommands::TimerListen_Timer()
     m_listenRow = -1;
 }
 
-void StationCommands::Unload()
+void StationCommands::unload()
 {
-    m_check->Abort();
+    m_check->abort();
     // A click still waiting for its tick opens nothing once the list is gone.
-    TimerRecord->stop();
-    TimerListen->stop();
+    m_TimerRecord->stop();
+    m_TimerListen->stop();
     const QList<QPointer<QWidget>> opened = std::exchange(m_recorders, {});
     for (auto window = opened.crbegin(); window != opened.crend(); ++window) {
         if (*window)
@@ -171,142 +197,144 @@ void StationCommands::Unload()
     }
 }
 
-void StationCommands::Copy()
+void StationCommands::copy()
 {
-    if (m_services.keys.IsDown(ModifierKeys::LeftShift))
-        ImportPlaylist();
+    if (m_services.keys.isDown(ModifierKeys::LeftShift))
+        importPlaylist();
     else
-        CopyStation();
+        copyStation();
 }
 
-void StationCommands::CopyStation()
+void StationCommands::copyStation()
 {
-    LynxGrid &grid = m_list.Grid();
+    LynxGrid &grid = m_list.grid();
     const int from = grid.Row();
     if (from < 0)
         return;
-    grid.SetRedraw(false);
-    const int index = m_catalogue.Append(Station());
+    grid.setRedraw(false);
+    const int index = m_catalogue.append(Station());
     const int row = grid.AddItem();
-    grid.SetItemData(row, index);
-    m_list.WriteBack(from, index);
-    m_list.FillRow(row, index);
+    grid.setItemData(row, index);
+    m_list.writeBack(from, index);
+    m_list.fillRow(row, index);
     grid.GotoCell(row, 0);
-    m_catalogue.Dirty = true;
-    grid.SetRedraw(true);
+    m_catalogue.dirty = true;
+    grid.setRedraw(true);
 }
 
-void StationCommands::Delete()
+void StationCommands::del()
 {
-    if (m_services.keys.IsDown(ModifierKeys::RightShift))
-        DeleteAll();
+    if (m_services.keys.isDown(ModifierKeys::RightShift))
+        deleteAll();
     else
-        DeleteStation();
+        deleteStation();
 }
 
-void StationCommands::DeleteStation()
+void StationCommands::deleteStation()
 {
-    LynxGrid &grid = m_list.Grid();
+    LynxGrid &grid = m_list.grid();
     const int row = grid.Row();
     const int index = grid.ItemData(row);
-    if (row < 0 || index < 1 || index > m_catalogue.StationCount())
+    if (row < 0 || index < 1 || index > m_catalogue.stationCount())
         return;
     Station &station = m_catalogue.at(index);
-    if (!m_services.prompt.askYesNo(DeleteQuestion + station.Name, AppInfo::Title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning))
         return;
     // The record stays in the array; the catalogue writer leaves it out.
     station.Deleted = true;
     grid.RemoveItem(row);
     grid.RefreshView();
-    m_catalogue.Dirty = true;
+    m_catalogue.dirty = true;
 }
 
-void StationCommands::DeleteAll()
+void StationCommands::deleteAll()
 {
-    if (!m_services.prompt.askYesNo(DeleteAllQuestion, AppInfo::Title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning))
         return;
-    m_catalogue.RemoveAll();
+    m_catalogue.removeAll();
     // The emptied list marks nothing changed on purpose, and edits of the
     // stations just removed must not mark it either: closing then leaves the
     // file as it was, unless another change was made.
-    m_list.ForgetEdits();
-    m_list.FillGrid();
+    m_list.forgetEdits();
+    m_list.fillGrid();
 }
 
-void StationCommands::Info()
+void StationCommands::info()
 {
-    if (m_check->Running()) {
-        m_check->Stop();
+    if (m_check->running()) {
+        m_check->stop();
         return;
     }
-    if (m_services.keys.IsDown(ModifierKeys::LeftShift)) {
-        m_check->Start(StationCheck::Mode::CheckAll);
+    if (m_services.keys.isDown(ModifierKeys::LeftShift)) {
+        m_check->start(StationCheck::Mode::CheckAll);
         return;
     }
-    if (m_services.keys.IsDown(ModifierKeys::LeftControl)) {
-        m_check->Start(StationCheck::Mode::FindNext);
+    if (m_services.keys.isDown(ModifierKeys::LeftControl)) {
+        m_check->start(StationCheck::Mode::FindNext);
         return;
     }
     const QString address = currentCell(FrmStations::ColInfoUrl);
     if (address.size() > 1)
-        m_services.shell.OpenDocument(address);
+        m_services.shell.openDocument(address);
 }
 
-void StationCommands::LoadPls()
+void StationCommands::loadPls()
 {
-    ImportPlaylist();
+    importPlaylist();
 }
 
-void StationCommands::ImportPlaylist()
+void StationCommands::importPlaylist()
 {
-    const QString path = m_services.prompt.chooseOpenFile(tr("Load PLS"), QString(), PlaylistFilter);
+    const QString path =
+        m_services.prompt.chooseOpenFile(tr("Load PLS"), QString(), tr("Playlists (*.pls);;All files (*)"));
     if (path.isEmpty())
         return;
     const QFileInfo file(path);
     // The import saves and reloads the catalogue, which renumbers it: every
     // edit goes into the records first, and the grid's rows are dropped after.
-    m_list.CommitEdits();
+    m_list.commitEdits();
     try {
-        m_catalogue.ImportFolder(file.absolutePath(), file.fileName(), true, m_services.prompt,
-                                       AppInfo::Title);
-        m_list.ForgetEdits();
+        m_catalogue.importFolder(file.absolutePath(), file.fileName(), true, m_services.prompt,
+                                       AppInfo::title);
+        m_list.forgetEdits();
     } catch (const AppError &e) {
-        m_services.prompt.message(ImportNotSaved + e.description(), AppInfo::Title, Prompt::Icon::Critical);
+        m_services.prompt.message(tr("The station list could not be saved: %1").arg(e.description()),
+                                  AppInfo::title, Prompt::Icon::Critical);
     }
     QCoreApplication::processEvents();
-    m_list.FillGrid();
+    m_list.fillGrid();
 }
 
-void StationCommands::Trim()
+void StationCommands::trim()
 {
-    const QString path =
-        m_services.prompt.chooseOpenFile(tr("Trim a Recording"), AppPaths::RecordingsFolder(), RecordingFilter);
+    const QString path = m_services.prompt.chooseOpenFile(
+        tr("Trim a Recording"), AppPaths::recordingsFolder(), tr("MP3 files (*.mp3);;All files (*)"));
     if (path.isEmpty())
         return;
     const QString quoted = u'"' + path + u'"';
     QString command = m_trimTool.command;
     command.replace(QStringLiteral("%APP%"), m_installFolder);
     command.replace(QStringLiteral("%MP3FILE%"), quoted);
-    if (!m_services.shell.StartCommand(command))
-        m_services.prompt.message(TrimNotStarted.arg(command), AppInfo::Title, Prompt::Icon::Warning);
+    if (!m_services.shell.startCommand(command))
+        m_services.prompt.message(trimNotStarted(command), AppInfo::title, Prompt::Icon::Warning);
 }
 
-void StationCommands::Skin()
+void StationCommands::skin()
 {
-    const auto redraw = [this] { m_list.ApplyColors(); };
+    const auto redraw = [this] { m_list.applyColors(); };
     const auto run = [this](QDialog &dialog) { return runModal(dialog); };
-    SkinCommand(m_appearance.skin, m_appearance.theme).Run(m_owner, redraw, run);
+    SkinCommand(m_appearance.skin, m_appearance.theme).run(m_owner, redraw, run);
 }
 
-void StationCommands::About()
+void StationCommands::about()
 {
     frmAbout dialog(m_services.shell, m_owner);
     runModal(dialog);
 }
 
-void StationCommands::SearchWww(const QString &text, const QString &genre)
+void StationCommands::searchWww(const QString &text, const QString &genre)
 {
-    const QString address = WebSearch::SearchAddress(WebSearch::DirectoryHost(), text, genre);
+    const QString address = WebSearch::searchAddress(WebSearch::directoryHost(), text, genre);
     if (!address.isEmpty())
-        m_services.shell.OpenDocument(address);
+        m_services.shell.openDocument(address);
 }

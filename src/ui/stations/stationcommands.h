@@ -27,23 +27,23 @@ class StationListHost
 public:
     virtual ~StationListHost() = default;
 
-    virtual LynxGrid &Grid() = 0;
+    virtual LynxGrid &grid() = 0;
     // Rebuilds the grid from the catalogue through the filters; edits of the
     // old rows are kept for the closing step.
-    virtual void FillGrid() = 0;
+    virtual void fillGrid() = 0;
     // Writes a grid row into the station record at index.
-    virtual void WriteBack(int row, int index) = 0;
+    virtual void writeBack(int row, int index) = 0;
     // Sets a grid row's cells from the station record at index.
-    virtual void FillRow(int row, int index) = 0;
+    virtual void fillRow(int row, int index) = 0;
     // Writes every edited row back into its station now, so that a save holds it.
-    virtual void CommitEdits() = 0;
+    virtual void commitEdits() = 0;
     // Drops the edits the list keeps for the closing step: their stations
     // have been saved, or are gone.
-    virtual void ForgetEdits() = 0;
+    virtual void forgetEdits() = 0;
     // A new listening window, not yet shown, that reports played stations to the list.
-    virtual FrmListen *CreateListenWindow() = 0;
+    virtual FrmListen *createListenWindow() = 0;
     // Takes the colour theme's colours again, after the theme changed.
-    virtual void ApplyColors() = 0;
+    virtual void applyColors() = 0;
 };
 
 // The main window's commands on the current station or the whole catalogue:
@@ -69,18 +69,12 @@ public:
         std::function<int(QDialog &)> runModal = {};
     };
 
-    static inline const QString RecordNoStation =
-        QStringLiteral("Select a Station in the list below to Record.");
-    static inline const QString ListenNoStation =
-        QStringLiteral("Select a Station in the list below to Listen.");
-    static inline const QString DeleteQuestion = QStringLiteral("Do you wish to delete the Station: ");
-    static inline const QString DeleteAllQuestion = QStringLiteral("Do you want to Delete ALL stations?");
-    static inline const QString TrimNotStarted =
-        QStringLiteral("The MP3 trimming tool could not be started:\n%1\n\n"
-                       "Its command line is set under Settings.");
-    static inline const QString ImportNotSaved = QStringLiteral("The station list could not be saved: ");
-    static inline const QString PlaylistFilter = QStringLiteral("Playlists (*.pls);;All files (*)");
-    static inline const QString RecordingFilter = QStringLiteral("MP3 files (*.mp3);;All files (*)");
+    // What the commands say to the user.
+    static QString recordNoStation();
+    static QString listenNoStation();
+    static QString deleteQuestion(const QString &station);
+    static QString deleteAllQuestion();
+    static QString trimNotStarted(const QString &command);
 
     // player is the main window's own, which the station check drives.
     StationCommands(Catalogue &catalogue, Appearance &appearance, const TrimTool &trimTool, QString installFolder,
@@ -88,37 +82,37 @@ public:
 
     // The listening window's title for a file: the part after the last "\"
     // or "/" (paths on this system use the latter).
-    static QString FileTitle(const QString &path);
+    static QString fileTitle(const QString &path);
 
-    void Record();
-    void Listen();
-    void Replay();
+    void record();
+    void listen();
+    void replay();
     // Left Shift held: playlist import.
-    void Copy();
+    void copy();
     // Right Shift held: delete all stations.
-    void Delete();
+    void del();
     // Left Shift: checks every station from the current one; left Ctrl: finds
     // the next station that plays. A click while a check runs stops it.
-    void Info();
-    void LoadPls();
-    void Trim();
-    void Skin();
-    void About();
-    void SearchWww(const QString &text, const QString &genre);
+    void info();
+    void loadPls();
+    void trim();
+    void skin();
+    void about();
+    void searchWww(const QString &text, const QString &genre);
 
     // The list is going: ends a station check, and closes the recorder
     // windows Record opened, newest first, each completing its file. A Record
     // or Listen click whose window has not opened yet opens none.
-    void Unload();
+    void unload();
 
 private:
-    void TimerRecord_Timer();
-    void TimerListen_Timer();
+    void timerRecordTick();
+    void timerListenTick();
     int runModal(QDialog &dialog) const;
-    void CopyStation();
-    void DeleteStation();
-    void DeleteAll();
-    void ImportPlaylist();
+    void copyStation();
+    void deleteStation();
+    void deleteAll();
+    void importPlaylist();
     QString currentCell(int column) const;
     // The current row; with none, -1 after showing noStation.
     int selectedRow(const QString &noStation) const;
@@ -130,8 +124,8 @@ private:
     StationListHost &m_list;
     Services m_services;
     QWidget *m_owner;
-    QTimer *TimerRecord;
-    QTimer *TimerListen;
+    QTimer *m_TimerRecord;
+    QTimer *m_TimerListen;
     // TimerListen's Tag: the address or file the tick opens.
     QString m_listenTag;
     // The grid row Listen plays; below 0 for a file chosen by Replay.

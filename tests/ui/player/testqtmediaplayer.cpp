@@ -40,7 +40,7 @@ class QtPlayerTest : public ProfileTest
 protected:
     static void SetUpTestSuite()
     {
-        missing = IcecastStation::Missing();
+        missing = IcecastStation::missing();
         if (!missing.isEmpty())
             return;
         station = new IcecastStation;

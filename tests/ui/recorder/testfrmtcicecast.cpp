@@ -27,7 +27,7 @@ class RecorderAgainstIcecast : public ProfileTest
 protected:
     void SetUp() override
     {
-        if (const QString missing = IcecastStation::Missing(); !missing.isEmpty())
+        if (const QString missing = IcecastStation::missing(); !missing.isEmpty())
             GTEST_SKIP() << missing.toStdString();
         // No burst on connect: a burst would place titles by the time of sending, not by the audio.
         const QString failed = station.start(false);
@@ -76,11 +76,11 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
     EXPECT_EQ(label("lbGenre")->text(), u"Speech"_s);
     QStringList expected;
     for (const QString &title : seen) {
-        EXPECT_TRUE(IcecastStation::Titles().contains(title)) << title.toStdString();
+        EXPECT_TRUE(IcecastStation::titles().contains(title)) << title.toStdString();
         expected.append(u"Ice_"_s + title + u".mp3"_s);
     }
     expected.sort();
-    const QDir recordings(AppPaths::RecordingsFolder());
+    const QDir recordings(AppPaths::recordingsFolder());
     EXPECT_EQ(recordings.entryList(QDir::Files, QDir::Name), expected);
     for (const QString &name : expected) {
         const auto [code, output] =

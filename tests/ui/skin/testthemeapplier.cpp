@@ -39,10 +39,10 @@ QColor pixel(QWidget *widget, QPoint at)
 
 class ThemeTest : public ::testing::Test
 {
-protected:
+public:
     ThemeTest()
     {
-        themes.SetListener(&applier);
+        themes.setListener(&applier);
         auto *layout = new QHBoxLayout(&window);
         bar->setValue(100);
         (new QHBoxLayout(frame))->addWidget(new QLabel(u"Inside"_s));
@@ -62,11 +62,11 @@ protected:
             EXPECT_TRUE(QTest::qWaitFor([&] { return counter.paints.value(control) > 0; }))
                 << control->metaObject()->className();
         EXPECT_EQ(pixel(bar, bar->rect().center() + QPoint(bar->width() / 3, 0)),
-                  QColor::fromRgba(colors.ProgressBar));
-        EXPECT_EQ(pixel(frame, frame->PanelRect().center()), QColor::fromRgba(colors.BackAlt));
-        EXPECT_EQ(pixel(button, QPoint(8, button->height() / 2)), QColor::fromRgba(colors.BackFixed));
-        EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(colors.Window));
-        EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipText), QColor::fromRgba(colors.ForeEdit));
+                  QColor::fromRgba(colors.progressBar));
+        EXPECT_EQ(pixel(frame, frame->panelRect().center()), QColor::fromRgba(colors.backAlt));
+        EXPECT_EQ(pixel(button, QPoint(8, button->height() / 2)), QColor::fromRgba(colors.backFixed));
+        EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(colors.window));
+        EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipText), QColor::fromRgba(colors.foreEdit));
     }
     ThemeApplier applier;
     cSkinParam themes;
@@ -81,28 +81,28 @@ TEST_F(ThemeTest, AThemeChangeRedrawsEveryControlAndEveryWindow)
 {
     for (const int theme : {cSkinParam::BlackNight, cSkinParam::PaleBlue, cSkinParam::BlackNight}) {
         counter.paints.clear();
-        themes.SetTheme(theme);
-        expectDrawnIn(themes.Colors());
+        themes.setTheme(theme);
+        expectDrawnIn(themes.colors());
     }
     // Windows opened later take the theme too.
     QDialog dialog;
     SchemeButton later(u"Later"_s, &dialog);
     dialog.show();
-    EXPECT_EQ(dialog.palette().color(QPalette::Window), QColor::fromRgba(themes.Colors().Window));
-    EXPECT_EQ(pixel(&later, QPoint(8, later.height() / 2)), QColor::fromRgba(themes.Colors().BackFixed));
+    EXPECT_EQ(dialog.palette().color(QPalette::Window), QColor::fromRgba(themes.colors().window));
+    EXPECT_EQ(pixel(&later, QPoint(8, later.height() / 2)), QColor::fromRgba(themes.colors().backFixed));
 }
 
 TEST_F(ThemeTest, AnUnknownThemeIsKeptButChangesNoColour)
 {
-    themes.SetTheme(cSkinParam::PaleBlue);
+    themes.setTheme(cSkinParam::PaleBlue);
     QCoreApplication::processEvents();
     counter.paints.clear();
-    themes.SetTheme(7);
-    EXPECT_EQ(themes.ThemeIndex(), 7);
-    EXPECT_EQ(themes.Colors().Window, Themes::paleBlue().Window);
+    themes.setTheme(7);
+    EXPECT_EQ(themes.themeIndex(), 7);
+    EXPECT_EQ(themes.colors().window, Themes::paleBlue().window);
     QCoreApplication::processEvents();
     EXPECT_TRUE(counter.paints.isEmpty());
-    EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(themes.Colors().Window));
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor::fromRgba(themes.colors().window));
 }
 
 } // namespace

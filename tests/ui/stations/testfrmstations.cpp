@@ -1,6 +1,5 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
-#include "base/settingsstore.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
 #include "controls/slider.h"
@@ -27,7 +26,7 @@ TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
 {
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_GE(grid->ColWidth(Col::ColOutput), 400) << "as wide as the grid";
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     EXPECT_EQ(shown(Col::ColRating), u"3,0,5,2,3"_s);
     QString single;
     for (int row = 0; row < 5; ++row) {
@@ -60,7 +59,7 @@ TEST_F(StationsTest, FiltersKeepTheirCaseRules)
                 {"", "", "MP3", "", u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s},
                 {"", "", "", "3", u"Rock One,Rockabilly"_s},
                 {"Rock", "", "MP3", "3", u"Rock One"_s},
-                {"", "", "", "", AllFive}};
+                {"", "", "", "", allFive}};
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.genre) + '/' + row.category + '/' + row.type + '/' + row.rating);
         filter(row.genre, row.category, row.type, row.rating);
@@ -120,7 +119,7 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     EXPECT_EQ(cboRating->currentIndex(), -1);
     cboRating->setCurrentIndex(4);
     QTest::keyClick(cboRating, Qt::Key_Return);
-    EXPECT_FALSE(grid->IsEditing());
+    EXPECT_FALSE(grid->isEditing());
     EXPECT_EQ(grid->CellText(1, pos(Col::ColRating)), u"5"_s);
     EXPECT_EQ(state->catalogue.at(2).Rating, 5);
     EXPECT_TRUE(grid->CellChanged(1, pos(Col::ColRating)));
@@ -132,10 +131,10 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     // edit as an update) keeps a rating it cannot show, and an unset one.
     for (const auto &[rating, text] : {std::pair{7, "7"}, {0, "0"}}) {
         state->catalogue.at(4).Rating = rating;
-        grid->SetCellText(3, pos(Col::ColRating), QLatin1StringView(text));
+        grid->setCellText(3, pos(Col::ColRating), QLatin1StringView(text));
         ASSERT_TRUE(grid->EditCell(3, pos(Col::ColRating)));
         EXPECT_EQ(cboRating->currentIndex(), -1);
-        EXPECT_FALSE(grid->CommitEdit());
+        EXPECT_FALSE(grid->commitEdit());
         EXPECT_EQ(grid->CellText(3, pos(Col::ColRating)), QLatin1StringView(text));
         EXPECT_EQ(state->catalogue.at(4).Rating, rating);
         EXPECT_FALSE(grid->CellChanged(3, pos(Col::ColRating)));
@@ -147,10 +146,10 @@ TEST_F(StationsTest, CellEditorsWriteBackAndMarkTheCellChanged)
     EXPECT_TRUE(state->catalogue.at(3).SingleSong);
     // The play handle only cancels the edit while there is no player.
     EXPECT_FALSE(grid->EditCell(0, pos(Col::ColPlay)));
-    EXPECT_FALSE(grid->IsEditing());
+    EXPECT_FALSE(grid->isEditing());
 }
 
-TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
+TEST_F(StationsTest, EditingThenClosingWritesTheCatalogue)
 {
     ASSERT_NO_FATAL_FAILURE(open());
     filter("Jazz", "", "OGG", "");
@@ -158,19 +157,16 @@ TEST_F(StationsTest, EditingThenClosingWritesTheCatalogueAndStoresTheFilters)
     editText(0, Col::ColStation, u"Jazz Corner"_s);
     // A cell changed without a finished edit still reaches the file through the unload sweep,
     // and a rating that is no number is stored as 0.
-    grid->SetCellText(0, pos(Col::ColRating), u"x4"_s);
-    grid->SetCellChanged(0, pos(Col::ColRating), true);
-    grid->SetCellText(0, pos(Col::ColSign), u"A|B"_s);
-    grid->SetCellChanged(0, pos(Col::ColSign), true);
+    grid->setCellText(0, pos(Col::ColRating), u"x4"_s);
+    grid->setCellChanged(0, pos(Col::ColRating), true);
+    grid->setCellText(0, pos(Col::ColSign), u"A|B"_s);
+    grid->setCellChanged(0, pos(Col::ColSign), true);
     window->close();
     EXPECT_TRUE(windows.ended);
-    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the closing step";
+    EXPECT_FALSE(state->catalogue.dirty) << "saved by the closing step";
     const QString file = catalogueText();
     EXPECT_TRUE(file.contains(u"Jazz Corner|Jazz|128|ogg|Lounge"_s));
     EXPECT_TRUE(file.contains(u"|False|0||A|B|"_s)) << "the typed separator goes into the file as it stands";
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptGenre), u"Jazz"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptType), u"OGG"_s);
-    EXPECT_EQ(SettingsStore::GetSetting(SettingsStore::OptCategory), QString());
 }
 
 TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
@@ -181,11 +177,11 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
     window->close();
     EXPECT_EQ(TempProfile::readFile(cataloguePath()), before);
     EXPECT_FALSE(QFile::exists(cataloguePath() + u".bck"_s));
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
     editText(2, Col::ColStation, u"Jazz Corner"_s);
     filter("Talk", "", "", "");
-    EXPECT_FALSE(state->catalogue.Dirty) << "a refill marks nothing itself; the edit counts at closing";
+    EXPECT_FALSE(state->catalogue.dirty) << "a refill marks nothing itself; the edit counts at closing";
     window->close();
     EXPECT_TRUE(catalogueText().contains(u"\nJazz Corner|Jazz|"_s));
 }
@@ -193,12 +189,12 @@ TEST_F(StationsTest, ClosingWritesOnlyWhenSomethingChangedEvenBeforeARefill)
 TEST_F(StationsTest, ARefillPutsEachFieldUnderItsHeadingAfterAColumnMove)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    grid->SetColPosition(Col::ColGenre, 9);
-    grid->SetColPosition(Col::ColStation, 0);
+    grid->setColPosition(Col::ColGenre, 9);
+    grid->setColPosition(Col::ColStation, 0);
     filter("", "", "", "");
     ASSERT_EQ(grid->ColHeading(pos(Col::ColGenre)), u"Genre"_s);
     ASSERT_EQ(grid->ColHeading(pos(Col::ColStation)), u"Station"_s);
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     EXPECT_EQ(shown(Col::ColGenre), u"Rock,Classic rock,Jazz,Talk,Country"_s);
     // Editing a moved column writes back the right field.
     editText(4, Col::ColGenre, u"Rockabilly"_s);

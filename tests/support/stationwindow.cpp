@@ -1,4 +1,4 @@
-#include "ui/stations/stationwindow.h"
+#include "support/stationwindow.h"
 
 #include "base/appinfo.h"
 #include "controls/lynxgrid.h"
@@ -13,15 +13,15 @@
 
 using namespace Qt::StringLiterals;
 
-const QString StationWindowTest::Catalogue5 =
+const QString StationWindowTest::catalogue5 =
     u"Rock One|Rock|128|mp3|Rock|.\\%STATION%.mp3|True|3|||http://127.0.0.1:8000/a|i\r\n"
     "Classic Hits|Classic rock|128|MP3|Hard rock|o|False|0|||http://127.0.0.1:8000/b|i\r\n"
     "Jazz Cafe|Jazz|128|ogg|Lounge|o|False|5|||http://127.0.0.1:8000/c|i\r\n"
     "Talk Radio|Talk|128|mp3|News|o|True|2|||http://127.0.0.1:8000/d|i\r\n"
     "Rockabilly|Country|128|mp3|Oldies|o|False|3|||http://127.0.0.1:8000/e|i\r\n"_s;
-const QString StationWindowTest::AllFive = u"Rock One,Classic Hits,Jazz Cafe,Talk Radio,Rockabilly"_s;
+const QString StationWindowTest::allFive = u"Rock One,Classic Hits,Jazz Cafe,Talk Radio,Rockabilly"_s;
 
-bool BrowserlessShell::OpenDocument(const QString &address)
+bool BrowserlessShell::openDocument(const QString &address)
 {
     opened.append(address);
     return true;
@@ -30,7 +30,7 @@ bool BrowserlessShell::OpenDocument(const QString &address)
 void StationWindowTest::SetUp()
 {
     QCoreApplication::instance()->installEventFilter(&keys);
-    writeCatalogue(Catalogue5);
+    writeCatalogue(catalogue5);
 }
 
 void StationWindowTest::TearDown()
@@ -47,7 +47,7 @@ void StationWindowTest::writeCatalogue(const QString &stations)
                            TempProfile::utf16File(u"2.1\r\n|\r\n# versions\r\n# format\r\n"_s + stations));
     window.reset();
     state = std::make_unique<ProgramParts>(profile.installFolder(), prompt);
-    state->catalogue.Load(prompt, AppInfo::Title);
+    state->catalogue.load(prompt, AppInfo::title);
 }
 
 QString StationWindowTest::catalogueText() const
@@ -67,7 +67,7 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
     window = std::make_unique<FrmStations>(StationWindowParts(*state), std::move(services),
                                            factory ? factory : scripted);
     startup = std::make_unique<Startup>(*state, windows);
-    QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->Close(); });
+    QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->close(); });
     window->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     grid = window->findChild<LynxGrid *>(u"LynxGrid1"_s);
@@ -76,9 +76,9 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
 
 void StationWindowTest::click(const char *button, quint32 heldKey)
 {
-    const bool control = heldKey == LeftControlKey;
+    const bool control = heldKey == leftControlKey;
     // The keys' X key codes on an evdev keyboard.
-    const quint32 keycode = heldKey == LeftShiftKey ? 50 : heldKey == RightShiftKey ? 62 : 37;
+    const quint32 keycode = heldKey == leftShiftKey ? 50 : heldKey == rightShiftKey ? 62 : 37;
     const Qt::KeyboardModifiers held = heldKey == 0 ? Qt::NoModifier
                                        : control    ? Qt::ControlModifier
                                                     : Qt::ShiftModifier;

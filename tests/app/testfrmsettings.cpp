@@ -1,0 +1,51 @@
+#include "app/frmsettings.h"
+
+#include "base/settingsstore.h"
+#include "base/trimtool.h"
+#include "support/tempprofile.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using FrmSettingsTest = ProfileTest;
+
+TEST_F(FrmSettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWithoutWriting)
+{
+    TrimTool trim{u"mytool %MP3FILE%"_s};
+    {
+        FrmSettings dialog(trim);
+        auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->text(), u"mytool %MP3FILE%"_s);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdSearch"_s), Qt::LeftButton);
+        EXPECT_EQ(text->text(), TrimTool::defaultCommand);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdCancel"_s), Qt::LeftButton);
+        EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    }
+    // Restoring wrote at once: cancelling afterwards keeps the default.
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), TrimTool::defaultCommand);
+    {
+        FrmSettings dialog(trim);
+        auto *text = dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s);
+        text->setText(u"x"_s);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    }
+    EXPECT_EQ(trim.command, u"x"_s);
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), u"x"_s);
+    {
+        FrmSettings dialog(trim);
+        dialog.findChild<QLineEdit *>(u"txtTrimMP3"_s)->setText(u"changed"_s);
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    }
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), u"x"_s);
+}
+
+} // namespace
