@@ -52,7 +52,7 @@ struct PlayingWindow
                                                       station->url() + QStringLiteral("|i\r\n")));
         state.catalogue.load(prompt, AppInfo::title);
         window = std::make_unique<FrmStations>(stationWindowParts(state),
-                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
+                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::create);
         window->show();
         QCoreApplication::processEvents();
         window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"))->setRow(0);

@@ -140,7 +140,7 @@ void BM_TwentyRecordings(benchmark::State &state)
         double least = -1;
         for (const auto &window : windows)
             least =
-                least < 0 ? window->Stream().BytesTotal() : std::min(least, window->Stream().BytesTotal());
+                least < 0 ? window->stream().BytesTotal() : std::min(least, window->stream().BytesTotal());
         state.counters["cpu_per_stream_pct"] = cpu / elapsed / Streams * 100;
         state.counters["rss_first_kb"] = firstKb;
         state.counters["rss_growth_per_recording_kb"] = (allKb - firstKb) / (Streams - 1);
@@ -175,13 +175,13 @@ void BM_OneRecordingUnderPressure(benchmark::State &state)
         // A flood fills the disk fast: a few hundred megabytes tell enough.
         runFor(10000, [&] {
             peak = std::max(peak, (processMegabytes("VmRSS:") * 1024));
-            return !window->Recording() || window->Stream().BytesTotal() > 300e6;
+            return !window->Recording() || window->stream().BytesTotal() > 300e6;
         });
         state.SetIterationTime(double(wall.elapsed()) / 1000);
         state.counters["peak_rss_growth_kb"] = peak - before;
-        state.counters["peak_receive_buffer_kb"] = window->Stream().peakBuffer() / 1024;
-        state.counters["peak_header_kb"] = double(window->recorder().connection().PeakHeader()) / 1024;
-        state.counters["recorded_mb"] = window->Stream().BytesTotal() / 1e6;
+        state.counters["peak_receive_buffer_kb"] = window->stream().peakBuffer() / 1024;
+        state.counters["peak_header_kb"] = double(window->recorder().connection().peakHeader()) / 1024;
+        state.counters["recorded_mb"] = window->stream().BytesTotal() / 1e6;
         state.counters["ended_by_itself"] = window->Recording() ? 0 : 1;
         if (window->Recording())
             window->findChild<QPushButton *>(QStringLiteral("cmdRecord"))->click();

@@ -77,7 +77,7 @@ struct MainWindow
         // Loaded from the file, so that every field is its own string as in real use.
         state.catalogue.load(prompt, AppInfo::title);
         window = std::make_unique<FrmStations>(stationWindowParts(state),
-                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::Create);
+                                               StationCommands::Services{prompt, shell, keys, {}}, QtMediaPlayer::create);
         window->show();
         QCoreApplication::processEvents();
         grid = window->findChild<LynxGrid *>(QStringLiteral("LynxGrid1"));

@@ -51,7 +51,7 @@ void QtAppWindows::loadMainWindow()
         .keys = m_keys,
         .newRecorderWindow = [this] { return newRecorderWindow(); },
     };
-    auto *window = new FrmStations(stationWindowParts(m_parts), std::move(services), QtMediaPlayer::Create);
+    auto *window = new FrmStations(stationWindowParts(m_parts), std::move(services), QtMediaPlayer::create);
     window->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)

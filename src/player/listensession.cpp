@@ -14,9 +14,9 @@ ListenSession::ListenSession(const LaunchOptions &launch, MediaPlayer &player, Q
     : QObject(parent), m_launch(launch), MPlayer(player), m_fileDL(new FileDL(this))
 {
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
-    connect(&MPlayer, &MediaPlayer::PlayStateChange, this, &ListenSession::MPlayer_PlayStateChange);
-    connect(m_fileDL, &FileDL::DownloadComplete, this, &ListenSession::FileDL_DownloadComplete);
-    connect(m_fileDL, &FileDL::DownloadError, this, &ListenSession::FileDL_DownloadError);
+    connect(&MPlayer, &MediaPlayer::PlayStateChange, this, &ListenSession::mPlayerPlayStateChange);
+    connect(m_fileDL, &FileDL::DownloadComplete, this, &ListenSession::fileDLDownloadComplete);
+    connect(m_fileDL, &FileDL::DownloadError, this, &ListenSession::fileDLDownloadError);
 }
 
 void ListenSession::play(const QString &url, const QString &title, int row)
@@ -66,7 +66,7 @@ void ListenSession::FetchPlaylist()
     m_fileDL->BeginDownload(QUrl::fromUserInput(address), TagPlaying);
 }
 
-void ListenSession::FileDL_DownloadComplete(const QString &key, const QByteArray &body)
+void ListenSession::fileDLDownloadComplete(const QString &key, const QByteArray &body)
 {
     if (key != TagPlaying || m_closing)
         return;
@@ -80,14 +80,14 @@ void ListenSession::FileDL_DownloadComplete(const QString &key, const QByteArray
     startPlayback(stream);
 }
 
-void ListenSession::FileDL_DownloadError(const QString &key, int statusCode, const QString &statusText)
+void ListenSession::fileDLDownloadError(const QString &key, int statusCode, const QString &statusText)
 {
     if (key != TagPlaying || m_closing)
         return;
     emit captionChanged(tr("PLS error: %1: %2").arg(QString::number(statusCode), statusText));
 }
 
-void ListenSession::MPlayer_PlayStateChange(int state)
+void ListenSession::mPlayerPlayStateChange(int state)
 {
     if (m_closing || m_failed)
         return;

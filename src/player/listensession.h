@@ -60,9 +60,9 @@ private:
     void FetchPlaylist();
     void pauseWarmUp();
 
-    void MPlayer_PlayStateChange(int state);
-    void FileDL_DownloadComplete(const QString &key, const QByteArray &body);
-    void FileDL_DownloadError(const QString &key, int statusCode, const QString &statusText);
+    void mPlayerPlayStateChange(int state);
+    void fileDLDownloadComplete(const QString &key, const QByteArray &body);
+    void fileDLDownloadError(const QString &key, int statusCode, const QString &statusText);
 
     const LaunchOptions &m_launch;
     MediaPlayer &MPlayer;

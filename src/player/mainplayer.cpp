@@ -26,14 +26,14 @@ MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &p
     setObjectName(QStringLiteral("MainPlayer"));
     FileDLMain->setObjectName(QStringLiteral("FileDLMain"));
 
-    connect(&wmp1, &MediaPlayer::PlayStateChange, this, &MainPlayer::wmp1_PlayStateChange);
-    connect(FileDLMain, &FileDL::DownloadComplete, this, &MainPlayer::FileDLMain_DownloadComplete);
-    connect(FileDLMain, &FileDL::DownloadError, this, &MainPlayer::FileDLMain_DownloadError);
+    connect(&wmp1, &MediaPlayer::PlayStateChange, this, &MainPlayer::wmp1PlayStateChange);
+    connect(FileDLMain, &FileDL::DownloadComplete, this, &MainPlayer::fileDLMainDownloadComplete);
+    connect(FileDLMain, &FileDL::DownloadError, this, &MainPlayer::fileDLMainDownloadError);
 }
 
 void MainPlayer::playKey(const QString &key)
 {
-    m_trace.Trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
+    m_trace.trace(QStringLiteral("PlayBar1: Key = ") + key + QStringLiteral(", wmp1.Status=") +
                   wmp1.status());
     if (key == KeyPlay)
         play();
@@ -155,7 +155,7 @@ void MainPlayer::tellPlayState()
         emit playStateChanged(state);
 }
 
-void MainPlayer::wmp1_PlayStateChange(int state)
+void MainPlayer::wmp1PlayStateChange(int state)
 {
     switch (state) {
     case MediaPlayer::Stopped:
@@ -185,7 +185,7 @@ void MainPlayer::wmp1_PlayStateChange(int state)
     tellPlayState();
 }
 
-void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArray &body)
+void MainPlayer::fileDLMainDownloadComplete(const QString &key, const QByteArray &body)
 {
     if (key != TagPlaying)
         return;
@@ -202,7 +202,7 @@ void MainPlayer::FileDLMain_DownloadComplete(const QString &key, const QByteArra
     tellPlayState();
 }
 
-void MainPlayer::FileDLMain_DownloadError(const QString &key, int statusCode, const QString &statusText)
+void MainPlayer::fileDLMainDownloadError(const QString &key, int statusCode, const QString &statusText)
 {
     if (key == TagPlaying) {
         m_fetching = false;

@@ -70,9 +70,9 @@ private:
     void cancelFetch();
     void tellPlayState();
 
-    void wmp1_PlayStateChange(int state);
-    void FileDLMain_DownloadComplete(const QString &key, const QByteArray &body);
-    void FileDLMain_DownloadError(const QString &key, int statusCode, const QString &statusText);
+    void wmp1PlayStateChange(int state);
+    void fileDLMainDownloadComplete(const QString &key, const QByteArray &body);
+    void fileDLMainDownloadError(const QString &key, int statusCode, const QString &statusText);
 
     const PlayerTexts m_texts;
     TraceHook m_trace;

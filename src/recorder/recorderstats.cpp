@@ -43,9 +43,9 @@ QString storedSizeText(double bytesTotal)
 {
     if (bytesTotal >= 950000)
         return QCoreApplication::translate("RecorderStats", "%1 MB")
-            .arg(numberText(Convert::RoundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100));
+            .arg(numberText(Convert::roundHalfEven(bytesTotal / 1024 / 1024 * 100) / 100));
     return QCoreApplication::translate("RecorderStats", "%1 KB")
-        .arg(numberText(Convert::RoundHalfEven(bytesTotal / 1024 * 100) / 100));
+        .arg(numberText(Convert::roundHalfEven(bytesTotal / 1024 * 100) / 100));
 }
 
 std::optional<qint32> elapsedSeconds(double bytesTotal, qint16 bitrate)

@@ -39,7 +39,7 @@ public:
     // Statistics: cache flushes that reached a file and the bytes they wrote.
     // Block writes are 32 bits so a recording of days cannot overflow them.
     qint32 blockWrites() const { return m_blockWrites; }
-    double BytesWritten() const { return m_bytesWritten; }
+    double bytesWritten() const { return m_bytesWritten; }
     // What a new recording starts from: both counters zero, no error.
     void resetCounters();
     // Why the output cannot go on: the first open or write that failed; empty while none has.

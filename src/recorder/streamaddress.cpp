@@ -23,7 +23,7 @@ quint16 portNumber(QStringView text)
 
 } // namespace
 
-QString StreamAddress::Url() const
+QString StreamAddress::url() const
 {
     return (Secure ? QStringLiteral("https://") : QStringLiteral("http://")) + Host + u':' +
            QString::number(Port) + Path;

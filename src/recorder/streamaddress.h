@@ -13,7 +13,7 @@ struct StreamAddress
     bool Secure = false;
 
     // The address as a URL again, for resolving a redirect against it.
-    QString Url() const;
+    QString url() const;
 };
 
 // Splits a station address into host, port and path:

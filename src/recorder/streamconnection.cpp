@@ -89,27 +89,27 @@ void StreamConnection::useSocket(bool secure)
 
 StreamConnection::~StreamConnection()
 {
-    Close();
+    close();
 }
 
-const QTcpSocket &StreamConnection::Socket() const
+const QTcpSocket &StreamConnection::socket() const
 {
     return *m_socket;
 }
 
-void StreamConnection::Open(const StreamAddress &address)
+void StreamConnection::open(const StreamAddress &address)
 {
-    Close();
+    close();
     m_origin = address;
     m_established = false;
     m_try = 0;
     m_redirects = 0;
     m_peakHeader = 0;
-    emit statusChanged(QStringLiteral("Connecting to: ") + address.Url());
+    emit statusChanged(QStringLiteral("Connecting to: ") + address.url());
     connectTo(address);
 }
 
-void StreamConnection::Close()
+void StreamConnection::close()
 {
     m_phase = Phase::Idle;
     m_stall.stop();
@@ -202,7 +202,7 @@ void StreamConnection::redirect(const QByteArray &location)
         lost(QStringLiteral("Radio Station redirected more than %1 times.").arg(MaxRedirects));
         return;
     }
-    const QUrl next = QUrl(m_target.Url()).resolved(QUrl(QString::fromLatin1(location), QUrl::TolerantMode));
+    const QUrl next = QUrl(m_target.url()).resolved(QUrl(QString::fromLatin1(location), QUrl::TolerantMode));
     const QString scheme = next.scheme().toLower();
     if (location.isEmpty() || next.host().isEmpty() || (scheme != u"http" && scheme != u"https")) {
         lost(QStringLiteral("Radio Station redirected to an address that cannot be recorded: ") +
@@ -218,7 +218,7 @@ void StreamConnection::redirect(const QByteArray &location)
         address.Path = QStringLiteral("/");
     if (next.hasQuery())
         address.Path += u'?' + next.query(QUrl::FullyEncoded);
-    emit statusChanged(QStringLiteral("Redirected to: ") + address.Url());
+    emit statusChanged(QStringLiteral("Redirected to: ") + address.url());
     connectTo(address);
 }
 

@@ -64,14 +64,14 @@ public:
 
     // Connects to the address and sends the request; any earlier connection
     // is closed first.
-    void Open(const StreamAddress &address);
+    void open(const StreamAddress &address);
     // Ends the connection without a signal: the recording was stopped.
-    void Close();
+    void close();
 
     // The socket ("WS"), for whoever watches the connection.
-    const QTcpSocket &Socket() const;
+    const QTcpSocket &socket() const;
     // The largest answer header held while waiting for its end.
-    qsizetype PeakHeader() const { return m_peakHeader; }
+    qsizetype peakHeader() const { return m_peakHeader; }
 
 signals:
     // What the window shows while connecting, redirected or reconnecting.

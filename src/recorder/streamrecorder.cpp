@@ -111,7 +111,7 @@ void StreamRecorder::StartRecording(const QString &address)
 QString StreamRecorder::BuildFileName() const
 {
     return ::BuildFileName(m_settings.saveTemplate, m_settings.station, m_options.now(),
-                           AppPaths::RecordingsFolder());
+                           AppPaths::recordingsFolder());
 }
 
 bool StreamRecorder::StopOverwrite()
@@ -122,7 +122,7 @@ bool StreamRecorder::StopOverwrite()
     existing.close();
     if (m_options.launchMode)
         return false;
-    return !m_prompt.askYesNo(tr("Warning! This file already exists. Overwrite it?"), AppInfo::Title,
+    return !m_prompt.askYesNo(tr("Warning! This file already exists. Overwrite it?"), AppInfo::title,
                               Prompt::Icon::Warning);
 }
 
@@ -136,13 +136,13 @@ bool StreamRecorder::StartStream(const QString &address)
         return false;
     }
     m_stream.reset();
-    m_connection->Open(target);
+    m_connection->open(target);
     return true;
 }
 
 void StreamRecorder::EndStream()
 {
-    m_connection->Close();
+    m_connection->close();
     m_stream.flushRest();
     Cleanup();
 }
@@ -200,11 +200,11 @@ void StreamRecorder::FetchPlaylist(const QString &address, const QString &tag)
 {
     QString url = address;
     try {
-        if (Playlist::IsDirectoryReference(address)) {
-            url = Playlist::PlaylistServiceAddress(Playlist::DirectoryNumber(address));
+        if (Playlist::isDirectoryReference(address)) {
+            url = Playlist::playlistServiceAddress(Playlist::directoryNumber(address));
             const QString service = qEnvironmentVariable(PlaylistServiceVariable);
             if (!service.isEmpty())
-                url.replace(0, Playlist::ServiceHost.size(), service);
+                url.replace(0, Playlist::serviceHost.size(), service);
         }
     } catch (const AppError &error) {
         onDownloadError(tag, error.number(), error.description());
@@ -218,7 +218,7 @@ void StreamRecorder::onDownloadComplete(const QString &key, const QByteArray &bo
     if (key != TagRecording)
         return;
     const QString address =
-        Playlist::UsableAddress(Playlist::ChooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
+        Playlist::usableAddress(Playlist::chooseStreamFromPlaylist(QString::fromLocal8Bit(body)));
     if (address.isEmpty()) {
         stopWithFailure(StopReason::Kind::Unreachable, tr("PLS contains no valid stream url"));
         return;
@@ -243,7 +243,7 @@ void StreamRecorder::checkLimit()
     const std::optional<qint32> elapsed =
         RecorderStats::elapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
     const std::optional<int> percent =
-        RecorderStats::limitProgress(limit.kind, limit.value, elapsed, m_output.BytesWritten());
+        RecorderStats::limitProgress(limit.kind, limit.value, elapsed, m_output.bytesWritten());
     if (!percent)
         return;
     emit limitProgress(*percent);
@@ -288,7 +288,7 @@ RecorderStats::Counters StreamRecorder::counters() const
         .headerText = m_stream.HeaderText(),
         .diskCache = m_output.DiskCache().size(),
         .blockWrites = m_output.blockWrites(),
-        .bytesWritten = m_output.BytesWritten(),
+        .bytesWritten = m_output.bytesWritten(),
     };
 }
 

@@ -55,7 +55,7 @@ TEST_F(RecordingOutputTest, CacheGoesOutPast64000BytesOrOnFlush)
     EXPECT_EQ(out.blockWrites(), 1);
     out.WriteToDisk("cd", true);
     EXPECT_EQ(out.blockWrites(), 2);
-    EXPECT_EQ(out.BytesWritten(), 64003);
+    EXPECT_EQ(out.bytesWritten(), 64003);
     out.setWriteEnabled(false);
     out.WriteToDisk("dropped", true);
     out.CloseFile();

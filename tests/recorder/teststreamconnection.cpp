@@ -25,7 +25,7 @@ protected:
         QObject::connect(&connection, &StreamConnection::statusChanged, &connection,
                          [this](const QString &text) { statuses << text; });
     }
-    void open(const QString &url) { connection.Open(ParseAddress(url)); }
+    void open(const QString &url) { connection.open(ParseAddress(url)); }
     // Waits for the connection to give up; its reason, or "(still going)".
     QString failure()
     {
@@ -78,8 +78,8 @@ TEST_F(StreamConnectionTest, RedirectsAreFollowedWithTheSameRequest)
             ASSERT_TRUE(receivedAtLeast(8000));
             EXPECT_TRUE(received.startsWith("ICY 200 OK\r\n"));
             EXPECT_EQ(row.target->sent(clients).request, BuildRequest(ParseAddress(row.request)));
-            EXPECT_TRUE(statuses.contains(u"Redirected to: "_s + ParseAddress(row.request).Url()));
-            connection.Close();
+            EXPECT_TRUE(statuses.contains(u"Redirected to: "_s + ParseAddress(row.request).url()));
+            connection.close();
         } else {
             EXPECT_EQ(failure(), row.reason);
         }
@@ -104,7 +104,7 @@ TEST_F(StreamConnectionTest, CertificatesAreCheckedAgainstTheTrustedAuthorities)
         if (row.problem.isEmpty()) {
             ASSERT_TRUE(receivedAtLeast(8000));
             EXPECT_EQ(server.sent(0).audio.left(1000), received.mid(received.indexOf("\r\n\r\n") + 4, 1000));
-            connection.Close();
+            connection.close();
         } else {
             const QString reason = failure();
             EXPECT_TRUE(reason.startsWith(u"Secure connection refused: "_s)) << reason.toStdString();

@@ -100,7 +100,7 @@ protected:
             Wait));
         return consumed;
     }
-    static QString recordings() { return AppPaths::RecordingsFolder(); }
+    static QString recordings() { return AppPaths::recordingsFolder(); }
     static QByteArray recorded(const QString &name) { return TempProfile::readFile(recordings() + name); }
     static QStringList recordedNames() { return QDir(recordings()).entryList(QDir::Files, QDir::Name); }
     ScriptedPrompt prompt;
@@ -283,7 +283,7 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
         if (row.fault != None) {
             EXPECT_EQ(recorded(u"Loop.mp3"_s), QByteArray()) << "only audio goes to the file";
         }
-        EXPECT_LE(recorder->connection().PeakHeader(),
+        EXPECT_LE(recorder->connection().peakHeader(),
                   StreamConnection::MaxHeader + StreamConnection::ReadAhead);
     }
     EXPECT_EQ(finished, 0) << "only a launched recording finishes on a failure";
@@ -446,7 +446,7 @@ TEST_F(StreamRecorderTest, StopDuringTheConnectWaitEndsTheAttempt)
     make(u"./%STATION%.mp3"_s, true);
     settings.address = u"127.0.0.1:"_s + QString::number(stalled.serverPort()) + u'/';
     start();
-    const auto &socket = recorder->connection().Socket();
+    const auto &socket = recorder->connection().socket();
     ASSERT_TRUE(waitUntil([&] { return socket.state() == QAbstractSocket::ConnectingState; }, Wait));
     recorder->stop();
     EXPECT_FALSE(recorder->Recording());

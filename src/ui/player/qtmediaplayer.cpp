@@ -32,7 +32,7 @@ QtMediaPlayer::~QtMediaPlayer()
     m_player->disconnect(this);
 }
 
-PlayerView *QtMediaPlayer::Create(QWidget *owner)
+PlayerView *QtMediaPlayer::create(QWidget *owner)
 {
     auto *video = new QVideoWidget;
     return new PlayerView(new QtMediaPlayer(*video), video, owner);

@@ -27,7 +27,7 @@ public:
     ~QtMediaPlayer() override;
 
     // A player with a view of its own that belongs to owner.
-    static PlayerView *Create(QWidget *owner);
+    static PlayerView *create(QWidget *owner);
 
     QString URL() const override { return m_url; }
     void setURL(const QString &url) override;

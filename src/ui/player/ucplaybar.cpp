@@ -143,7 +143,7 @@ QString ucPlayBar::Caption() const
     return lbPlayBar->text();
 }
 
-void ucPlayBar::SetCaption(const QString &caption)
+void ucPlayBar::setCaption(const QString &caption)
 {
     lbPlayBar->setText(caption);
 }

@@ -27,7 +27,7 @@ public:
     explicit ucPlayBar(QWidget *parent = nullptr);
 
     QString Caption() const;
-    void SetCaption(const QString &caption);
+    void setCaption(const QString &caption);
     // "stop" or "play" in any letter case sets that look; other texts change
     // nothing. Raises no event.
     void SetState(const QString &state);

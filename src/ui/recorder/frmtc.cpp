@@ -84,12 +84,12 @@ QString FrmTC::captionStop()
 
 void FrmTC::wireControls()
 {
-    connect(cmdRecord, &QPushButton::clicked, this, &FrmTC::cmdRecord_Click);
+    connect(cmdRecord, &QPushButton::clicked, this, &FrmTC::cmdRecordClick);
     // Toggled, not clicked: assistive tools toggle a checkable button.
-    connect(cmdMonitor, &QPushButton::toggled, this, &FrmTC::cmdMonitor_Toggled);
-    connect(cmdSchedule, &QPushButton::clicked, this, &FrmTC::cmdSchedule_Click);
+    connect(cmdMonitor, &QPushButton::toggled, this, &FrmTC::cmdMonitorToggled);
+    connect(cmdSchedule, &QPushButton::clicked, this, &FrmTC::cmdScheduleClick);
     connect(cmdStations, &QPushButton::clicked, this, &FrmTC::stationsRequested);
-    connect(btSave, &QPushButton::clicked, this, &FrmTC::btSave_Click);
+    connect(btSave, &QPushButton::clicked, this, &FrmTC::btSaveClick);
     connect(btShow, &QPushButton::clicked, this, [this] { switchMetaView(m_recorder->counters()); });
     // At most one power action: checking one box clears the other.
     connect(ChkHibernate, &QCheckBox::toggled, this, [this](bool on) {
@@ -106,7 +106,7 @@ void FrmTC::wireControls()
     connect(txtScanSong, &QLineEdit::textChanged, this, &FrmTC::handOverSettings);
     connect(tmrStats, &QTimer::timeout, this, [this] { showStatistics(m_recorder->counters()); });
     connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_recorder->counters()); });
-    connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunch_Timer);
+    connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunchTick);
 }
 
 void FrmTC::wireRecorder()
@@ -169,7 +169,7 @@ void FrmTC::SetMode(bool enabled)
     btSave->setEnabled(enabled);
 }
 
-void FrmTC::cmdRecord_Click()
+void FrmTC::cmdRecordClick()
 {
     if (m_recorder->Recording()) {
         m_recorder->stop();
@@ -180,7 +180,7 @@ void FrmTC::cmdRecord_Click()
 }
 
 // The recording as set up here, repeated by a task an hour from now.
-void FrmTC::cmdSchedule_Click()
+void FrmTC::cmdScheduleClick()
 {
     RecordingInputs inputs;
     inputs.station = LblStation->text();
@@ -197,7 +197,7 @@ void FrmTC::cmdSchedule_Click()
 }
 
 
-void FrmTC::cmdMonitor_Toggled(bool shown)
+void FrmTC::cmdMonitorToggled(bool shown)
 {
     m_monitorShown = shown;
     // The layout's minimum size follows the panel at once, so the resize is
@@ -218,7 +218,7 @@ void FrmTC::cmdMonitor_Toggled(bool shown)
     }
 }
 
-void FrmTC::btSave_Click()
+void FrmTC::btSaveClick()
 {
     const QString path = m_hooks.chooseSavePath(this, txtSave->text());
     if (!path.isEmpty())
@@ -226,7 +226,7 @@ void FrmTC::btSave_Click()
 }
 
 
-void FrmTC::tmrLaunch_Timer()
+void FrmTC::tmrLaunchTick()
 {
     tmrLaunch->stop();
     cmdRecord->click();

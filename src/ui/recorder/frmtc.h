@@ -49,8 +49,8 @@ public:
 
     const StreamRecorder &recorder() const { return *m_recorder; }
     bool Recording() const { return m_recorder->Recording(); }
-    const IcyStream &Stream() const { return m_recorder->stream(); }
-    const RecordingOutput &Output() const { return m_recorder->output(); }
+    const IcyStream &stream() const { return m_recorder->stream(); }
+    const RecordingOutput &output() const { return m_recorder->output(); }
 
     void SetMode(bool enabled);
 
@@ -70,11 +70,11 @@ private:
     // The inputs the recording reads while it runs go over as they change.
     void handOverSettings();
 
-    void cmdRecord_Click();
-    void cmdMonitor_Toggled(bool shown);
-    void cmdSchedule_Click();
-    void btSave_Click();
-    void tmrLaunch_Timer();
+    void cmdRecordClick();
+    void cmdMonitorToggled(bool shown);
+    void cmdScheduleClick();
+    void btSaveClick();
+    void tmrLaunchTick();
 
     const LaunchOptions &m_launch;
     Hooks m_hooks;

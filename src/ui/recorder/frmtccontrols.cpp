@@ -150,7 +150,7 @@ RecordingSettings FrmTCControls::recordingSettings() const
     const int selected = optBreak[0]->isChecked() ? 0 : optBreak[1]->isChecked() ? 1 : -1;
     if (selected >= 0) {
         settings.limit = {selected == 0 ? RecorderStats::Limit::Minutes : RecorderStats::Limit::Megabytes,
-                          Convert::LeadingNumber(txtBreak[selected]->text())};
+                          Convert::leadingNumber(txtBreak[selected]->text())};
     }
     using enum RecordingSettings::PowerAction;
     settings.powerAction = ChkShutDown->isChecked() ? ShutDown : ChkHibernate->isChecked() ? Hibernate : None;
@@ -206,7 +206,7 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addWidget(buildStatus());
 
     auto *record = named(new SchemeButton(captionRecord()), QStringLiteral("cmdRecord"));
-    record->SetAccent(true);
+    record->setAccent(true);
     cmdRecord = record;
     cmdRecord->setDefault(true);
     cmdRecord->setMinimumWidth(110);

@@ -165,7 +165,7 @@ void FrmStations::buildPlayer()
         this);
     connect(m_playBar, &ucPlayBar::Click, player, &MainPlayer::playKey);
     connect(m_playBar, &ucPlayBar::Volume, player, &MainPlayer::setVolume);
-    connect(player, &MainPlayer::captionChanged, m_playBar, &ucPlayBar::SetCaption);
+    connect(player, &MainPlayer::captionChanged, m_playBar, &ucPlayBar::setCaption);
     connect(player, &MainPlayer::lookChanged, m_playBar, &ucPlayBar::SetState);
     connect(player, &MainPlayer::streamChanged, m_playBar,
             [bar = m_playBar](const QString &stream) { bar->setToolTip(tr("Stream: %1").arg(stream)); });

@@ -72,7 +72,7 @@ protected:
 
     std::unique_ptr<FrmListen> listenWindow(int row, const QString &url, const QString &title = u"Ice"_s)
     {
-        auto window = std::make_unique<FrmListen>(launch, Themes::blackNight(), QtMediaPlayer::Create);
+        auto window = std::make_unique<FrmListen>(launch, Themes::blackNight(), QtMediaPlayer::create);
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->ListenRow = row;
         window->ListenUrl = url;
@@ -164,7 +164,7 @@ TEST_F(QtPlayerTest, AListeningWindowPlaysAPlaylistsStreamOrARecordingAndReports
 TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)
 {
     TempProfile::writeFile(profile.installFolder() + u"/miniTC.avi"_s, IcyServer::dataFile(u"miniTC.avi"_s));
-    FrmListen window(launch, Themes::blackNight(), QtMediaPlayer::Create);
+    FrmListen window(launch, Themes::blackNight(), QtMediaPlayer::create);
     window.ListenRow = ListenSession::WarmUpRow;
     window.ListenUrl = profile.installFolder() + u"/miniTC.avi"_s;
     window.Play();

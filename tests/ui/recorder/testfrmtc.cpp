@@ -94,7 +94,7 @@ protected:
         for (const char *input : {"txtStream", "txtSave", "txtBreak0", "txtBreak1"})
             EXPECT_TRUE(edit(input)->isEnabled()) << input;
     }
-    static QString recordings() { return AppPaths::RecordingsFolder(); }
+    static QString recordings() { return AppPaths::recordingsFolder(); }
     ScriptedPrompt prompt;
     LaunchOptions launch;
     FakePowerControl power;

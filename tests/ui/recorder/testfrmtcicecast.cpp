@@ -65,7 +65,7 @@ TEST_F(RecorderAgainstIcecast, SingleSongRecordingSplitsAtEachTitleAndEveryFileD
             const QString title = label("lbSong")->text();
             if (!title.isEmpty() && (seen.isEmpty() || seen.last() != title))
                 seen.append(title);
-            if (seen.size() < 3 || window.Stream().receiveBufferLength() > window.Stream().MetaInterval())
+            if (seen.size() < 3 || window.stream().receiveBufferLength() > window.stream().MetaInterval())
                 return false;
             record->click();
             return true;

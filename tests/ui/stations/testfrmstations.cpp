@@ -221,7 +221,7 @@ TEST_F(StationsTest, ThePlayBarAndThePlayCellDriveTheHiddenPlayerOfTheCurrentRow
     };
     const auto playingLook = [&] { return button("cmdDSPause")->x() == ucPlayBar::ShownLeft; };
     EXPECT_FALSE(child<PlayerView>("wmp1")->isVisible()) << "wmp1 is kept out of sight";
-    grid->SetRow(0);
+    grid->setRow(0);
     button("cmdDSPlay")->click();
     EXPECT_EQ(wmp1->URL(), u"http://127.0.0.1:9/direct"_s);
     wmp1->enter(MediaPlayer::Playing);
@@ -232,12 +232,12 @@ TEST_F(StationsTest, ThePlayBarAndThePlayCellDriveTheHiddenPlayerOfTheCurrentRow
     EXPECT_TRUE(wmp1->mute());
     wmp1->enter(MediaPlayer::Stopped);
     EXPECT_FALSE(playingLook()) << "stopped by the player";
-    grid->SetRow(2);
+    grid->setRow(2);
     button("cmdDSPlay")->click();
     EXPECT_TRUE(waitUntil([&] { return wmp1->URL() == u"http://one.test/s"; }, 5000));
     EXPECT_EQ(bar->toolTip(), u"Stream: http://one.test/s"_s);
     // The play cell is no edit; it leaves the playing look even when nothing could start.
-    grid->SetRow(1);
+    grid->setRow(1);
     EXPECT_FALSE(grid->EditCell(1, pos(Col::ColPlay)));
     EXPECT_EQ(bar->Caption(), u"Not StreamUrl Defined for: & No Address"_s);
     EXPECT_TRUE(playingLook());
@@ -253,11 +253,11 @@ TEST_F(StationsTest, ThePlayBarAndThePlayCellDriveTheHiddenPlayerOfTheCurrentRow
 TEST_F(StationsTest, AStationPlayingInAListeningWindowGetsTodaysDate)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    state->catalogue.Dirty = false;
-    window->StationPlayed(2, 2, u"2030-01-01"_s);
-    window->StationPlayed(ListenSession::PlayedKind, 99, u"2030-01-01"_s);
-    EXPECT_FALSE(state->catalogue.Dirty) << "other kinds and rows change nothing";
-    FrmListen *listen = window->CreateListenWindow();
+    state->catalogue.dirty = false;
+    window->stationPlayed(2, 2, u"2030-01-01"_s);
+    window->stationPlayed(ListenSession::PlayedKind, 99, u"2030-01-01"_s);
+    EXPECT_FALSE(state->catalogue.dirty) << "other kinds and rows change nothing";
+    FrmListen *listen = window->createListenWindow();
     listen->ListenRow = 2;
     listen->ListenUrl = u"http://127.0.0.1:9/direct"_s;
     listen->Play();
@@ -265,7 +265,7 @@ TEST_F(StationsTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     const QString today = QDate::currentDate().toString(Qt::ISODate);
     EXPECT_EQ(state->catalogue.at(3).LastDate, today);
     EXPECT_EQ(grid->CellText(2, pos(Col::ColLastDate)), today);
-    EXPECT_TRUE(state->catalogue.Dirty);
+    EXPECT_TRUE(state->catalogue.dirty);
     listen->close();
 }
 

@@ -183,7 +183,7 @@ TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
                        .arg(server.url(u"/sample.mp3"_s)));
     // Three seconds for the station that never answers, time enough for the others.
     checkTiming = {100, 30};
-    ASSERT_NO_FATAL_FAILURE(open(QtMediaPlayer::Create));
+    ASSERT_NO_FATAL_FAILURE(open(QtMediaPlayer::create));
     auto *check = window->findChild<StationCheck *>();
     QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(0, 1);

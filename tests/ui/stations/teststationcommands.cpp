@@ -155,12 +155,12 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     ASSERT_EQ(recorders().size(), 1);
     QPointer<FrmTC> recorder = recorders().at(0);
     recorder->findChild<QPushButton *>(u"cmdRecord"_s)->click();
-    ASSERT_TRUE(waitUntil([&] { return recorder->Stream().BytesTotal() >= 4.0 * server.metaInt; }, wait));
+    ASSERT_TRUE(waitUntil([&] { return recorder->stream().BytesTotal() >= 4.0 * server.metaInt; }, wait));
     window->close();
     ASSERT_FALSE(recorder.isNull()) << "closed, not yet deleted";
     EXPECT_FALSE(recorder->Recording());
     const QByteArray written = TempProfile::readFile(AppPaths::recordingsFolder() + u"Loop_rec.mp3"_s);
-    EXPECT_EQ(written.size(), qint64(recorder->Output().BytesWritten()));
+    EXPECT_EQ(written.size(), qint64(recorder->output().bytesWritten()));
     EXPECT_GE(written.size(), 4 * server.metaInt);
     EXPECT_TRUE(written.startsWith(server.sent(0).audio.left(server.metaInt)));
 }
@@ -293,7 +293,7 @@ TEST_F(CommandsTest, ListenAndReplayOpenAListeningWindowWhenTheirTimerTicks)
     prompt.files = {recording};
     FrmListen *file = listen("cmdReplay");
     ASSERT_NE(file, nullptr);
-    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::RecordingsFolder()));
+    EXPECT_EQ(prompt.fileFolders, QStringList(2, AppPaths::recordingsFolder()));
     EXPECT_EQ(file->ListenRow, ListenSession::FileRow);
     EXPECT_EQ(file->windowTitle(), u"Playing: Jazz Cafe_take 1.mp3"_s);
     EXPECT_EQ(file->MPlayer().URL(), recording);
