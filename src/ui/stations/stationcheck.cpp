@@ -39,9 +39,6 @@ int StationCheck::ratingFor(int playState, int polls, int pollLimit)
     case MediaPlayer::Buffering:
         return RatingBuffering;
     case MediaPlayer::Stopped:
-    // The player gives up on an address it cannot open at Ready: the same
-    // end as falling back to Stopped.
-    case MediaPlayer::Ready:
         return RatingStopped;
     default:
         return polls >= pollLimit ? RatingNoAnswer : 0;

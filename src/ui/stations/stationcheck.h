@@ -9,7 +9,8 @@ class StationPlayer;
 
 // Plays the stations of the list one after another in the main window's
 // player and rates each by what the player reached: 4 playing, 3 buffering,
-// 2 stopped (or given up), 1 nothing within the poll limit. It runs on
+// 2 stopped, 1 anything else within the poll limit (a player that gave up on
+// an address it cannot open sits at Ready, and that is rated 1). It runs on
 // timers, so the window stays usable while it waits; the player's scan flag
 // is set while it runs, and clearing it (the play bar's Stop, a second click)
 // ends the check at its next row. Ratings go straight into the records

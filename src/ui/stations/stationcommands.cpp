@@ -261,16 +261,13 @@ void StationCommands::deleteAll()
 
 void StationCommands::info()
 {
-    if (m_check->running()) {
-        m_check->stop();
-        return;
-    }
-    if (m_services.keys.isDown(ModifierKeys::LeftShift)) {
-        m_check->start(StationCheck::Mode::CheckAll);
-        return;
-    }
-    if (m_services.keys.isDown(ModifierKeys::LeftControl)) {
-        m_check->start(StationCheck::Mode::FindNext);
+    // Only the check's own variants stop a running check; a plain click opens the page.
+    const bool checkAll = m_services.keys.isDown(ModifierKeys::LeftShift);
+    if (checkAll || m_services.keys.isDown(ModifierKeys::LeftControl)) {
+        if (m_check->running())
+            m_check->stop();
+        else
+            m_check->start(checkAll ? StationCheck::Mode::CheckAll : StationCheck::Mode::FindNext);
         return;
     }
     const QString address = currentCell(FrmStations::ColInfoUrl);

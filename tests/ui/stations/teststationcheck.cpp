@@ -23,10 +23,10 @@ TEST(StationCheckRating, APollRatesWhatThePlayerReached)
     const struct
     {
         int state, polls, rating;
-    } rows[] = {{MediaPlayer::Playing, 1, 4},         {MediaPlayer::Buffering, 7, 3},
-                {MediaPlayer::Stopped, 1, 2},         {MediaPlayer::Ready, 2, 2},
-                {MediaPlayer::Transitioning, 100, 0}, {MediaPlayer::Waiting, 101, 1},
-                {MediaPlayer::Playing, 101, 4},       {MediaPlayer::Undefined, 102, 1}};
+    } rows[] = {
+        {MediaPlayer::Playing, 1, 4},   {MediaPlayer::Buffering, 7, 3}, {MediaPlayer::Stopped, 1, 2},
+        {MediaPlayer::Ready, 2, 0},     {MediaPlayer::Ready, 101, 1},   {MediaPlayer::Transitioning, 100, 0},
+        {MediaPlayer::Waiting, 101, 1}, {MediaPlayer::Playing, 101, 4}, {MediaPlayer::Undefined, 102, 1}};
     for (const auto &row : rows)
         EXPECT_EQ(StationCheck::ratingFor(row.state, row.polls, 101), row.rating)
             << row.state << "/" << row.polls;
@@ -43,7 +43,7 @@ public:
                        "Buffers|Pop|128|mp3||o|False|5|||http://s/buffer|i\r\n"
                        "Stops|Pop|128|mp3||o|False|5|||http://s/stop|i\r\n"
                        "Fails|Pop|128|mp3||o|False|5|||http://s/fail|i\r\n"
-                       "Silent|Pop|128|mp3||o|False|5|||http://s/never|i\r\n"
+                       "Silent|Pop|128|mp3||o|False|5|||http://s/never|http://i/silent\r\n"
                        "No Address|Pop|128|mp3||o|False|5||||i\r\n"
                        "Plays|Pop|128|mp3||o|False|5|||http://s/play|i\r\n"_s);
         ASSERT_NO_FATAL_FAILURE(open());
@@ -94,8 +94,9 @@ public:
 TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEnd)
 {
     runCheck(1, leftShiftKey);
-    EXPECT_EQ(ratings(), u"5,3,2,2,1,2,4"_s);
-    EXPECT_EQ(shown(Col::ColRating), u"5,3,2,2,1,2,4"_s);
+    // A station the player gave up on (Ready) is rated as one that never answered.
+    EXPECT_EQ(ratings(), u"5,3,2,1,1,2,4"_s);
+    EXPECT_EQ(shown(Col::ColRating), u"5,3,2,1,1,2,4"_s);
     // The last station is played once more: the grid has no row past the end.
     EXPECT_EQ(played(), u"buffer,stop,fail,never,play,play"_s);
     EXPECT_FALSE(state->catalogue.dirty);
@@ -106,7 +107,7 @@ TEST_F(CheckTest, LeftShiftRatesEveryStationFromTheCurrentOneAndOneStepPastTheEn
 TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
 {
     runCheck(2, leftControlKey);
-    EXPECT_EQ(ratings(), u"5,5,2,2,1,2,4"_s);
+    EXPECT_EQ(ratings(), u"5,5,2,1,1,2,4"_s);
     EXPECT_EQ(played(), u"stop,fail,never,play"_s);
     EXPECT_EQ(grid->Row(), 6);
     EXPECT_EQ(wmp1->playState(), MediaPlayer::Playing);
@@ -115,20 +116,23 @@ TEST_F(CheckTest, LeftCtrlStopsAtTheFirstStationThatPlaysAndLeavesItPlaying)
     EXPECT_EQ(played(), u"buffer"_s);
 }
 
-TEST_F(CheckTest, ASecondClickStopsTheCheckAtItsNextRow)
+TEST_F(CheckTest, ASecondCheckClickStopsTheCheckAtItsNextRowAPlainClickOpensThePage)
 {
     QSignalSpy finished(check, &StationCheck::finished);
     grid->GotoCell(4, 1);
     click("cmdInfo", leftShiftKey);
     ASSERT_TRUE(check->running());
     click("cmdInfo");
+    EXPECT_TRUE(check->running());
+    EXPECT_EQ(shell.opened, QStringList{u"http://i/silent"_s});
+    click("cmdInfo", leftControlKey);
     EXPECT_FALSE(window->player().scanning());
     EXPECT_EQ(wmp1->URL(), QString());
     ASSERT_TRUE(finished.wait(wait));
     EXPECT_EQ(played(), u"never"_s);
     // The station tried when the player was stopped is rated as stopped; the rest is untouched.
     EXPECT_EQ(ratings(), u"5,5,5,5,2,5,5"_s);
-    EXPECT_TRUE(shell.opened.isEmpty()) << "the click only stopped the check";
+    EXPECT_EQ(shell.opened.size(), 1) << "the check's click only stopped the check";
     // So does the play bar's Stop; a new check may start while the old one still waits.
     click("cmdInfo", leftShiftKey);
     window->player().playKey(u"Stop"_s);
@@ -190,9 +194,10 @@ TEST_F(StationWindowTest, TheCheckRatesLoopbackStationsThroughTheRealPlayer)
     click("cmdInfo", leftShiftKey);
     ASSERT_TRUE(finished.wait(4 * wait));
     EXPECT_EQ(state->catalogue.at(1).Rating, StationCheck::RatingNoAnswer);
-    EXPECT_EQ(state->catalogue.at(2).Rating, StationCheck::RatingStopped);
+    // Refused: the player gives up at Ready, which is no answer either.
+    EXPECT_EQ(state->catalogue.at(2).Rating, StationCheck::RatingNoAnswer);
     EXPECT_GE(state->catalogue.at(3).Rating, StationCheck::RatingBuffering);
-    EXPECT_EQ(shown(Col::ColRating).section(u',', 0, 1), u"1,2"_s);
+    EXPECT_EQ(shown(Col::ColRating).section(u',', 0, 1), u"1,1"_s);
 }
 
 } // namespace
