@@ -106,6 +106,10 @@ bool MainPlayer::startCurrentStation()
     const Station *station = m_currentStation();
     if (!station)
         return false;
+    // A playlist still on its way belongs to the station before: it would
+    // replace this one's address under this one's name.
+    if (m_fetching)
+        cancelFetch();
     m_playingAddress = station->StreamURL;
     m_playingName = station->Name;
     wmp1.clearPlaylist();

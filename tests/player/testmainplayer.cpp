@@ -177,6 +177,13 @@ TEST_F(MainPlayerTest, APlaylistOnItsWayOutlastsAStaleStopButNotAStopOrSilence)
     EXPECT_TRUE(waitUntil([&] { return wmp1.URL() == u"http://one.test/s"; }, 5000));
     EXPECT_EQ(caption(), u"Scanning for: Listed FM"_s);
     EXPECT_EQ(told(states), u"9,1"_s) << "preparing while fetched, then wmp1's own state";
+    // Another station started while the playlist is on its way: the playlist is dropped.
+    player.stopPlayback();
+    press(Listed);
+    press(Direct);
+    EXPECT_NE(player.playState(), MediaPlayer::Transitioning) << "no fetch left to replace the address";
+    EXPECT_EQ(wmp1.URL(), u"http://127.0.0.1:9/direct"_s);
+    EXPECT_EQ(caption(), u"Connecting to: Direct FM"_s);
     // Silenced while the playlist is on its way: nothing starts after.
     press(Listed);
     wmp1.log.clear();
