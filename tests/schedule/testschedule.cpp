@@ -125,6 +125,7 @@ TEST_F(ScheduleTest, TypeSpecificPropertiesBelongToOneTypeAndSixteenBitsOverflow
     }
     try {
         trigger(TriggerRecord::Weekly)->Daily_Interval();
+        ADD_FAILURE() << "a weekly trigger gave a daily interval";
     } catch (const AppError &error) {
         EXPECT_EQ(error.description(), u"Invalid trigger type"_s);
     }

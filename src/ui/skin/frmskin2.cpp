@@ -72,10 +72,10 @@ FrmSkin2::FrmSkin2(const QString &installFolder, const QString &currentSkinFile,
 void FrmSkin2::fillSkinList(const QString &currentSkinFile)
 {
     m_List1->addItem(noSkin());
-    // The file system's own order; the filter never lists "." and "..".
+    // The file system's own order, hidden files left out; the filter never
+    // lists "." and "..".
     const QStringList files =
-        QDir(m_installFolder)
-            .entryList({QStringLiteral("*.urf")}, QDir::Files | QDir::Hidden, QDir::Unsorted);
+        QDir(m_installFolder).entryList({QStringLiteral("*.urf")}, QDir::Files, QDir::Unsorted);
     m_List1->addItems(files);
 
     const QFileInfo current(currentSkinFile);

@@ -26,8 +26,8 @@ void SkinCommand::apply(int theme, const QString &skinName, const std::function<
     m_theme.setTheme(theme);
     if (redraw)
         redraw();
-    if (skinName == FrmSkin2::noSkin())
+    if (skinName.isEmpty() || skinName == FrmSkin2::noSkin())
         m_skin.skinOff();
-    else if (!skinName.isEmpty())
+    else
         m_skin.startSkinWithFile(m_skin.installFolder() + u'/' + skinName);
 }

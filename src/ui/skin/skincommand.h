@@ -24,7 +24,8 @@ public:
              const std::function<int(QDialog &)> &runModal = {});
 
     // The part after the dialog: skinName is a file in the installation
-    // folder, FrmSkin2::noSkin(), or empty to leave the skin as it is.
+    // folder to start; FrmSkin2::noSkin(), or empty when nothing was chosen,
+    // turns skinning off.
     void apply(int theme, const QString &skinName, const std::function<void()> &redraw);
 
 private:

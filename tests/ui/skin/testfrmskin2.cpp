@@ -35,6 +35,7 @@ public:
         SkinFiles::installEngine(folder(), SkinFiles::Engine::Built);
         for (const char *name : {"Zelvane.urf", "Ledovec.urf"})
             QFile::copy(SkinFiles::shipped(name), folder() + u'/' + QLatin1StringView(name));
+        ASSERT_TRUE(QFile::copy(SkinFiles::shipped("Zelvane.urf"), folder() + u"/.Hidden.urf"_s));
         TempProfile::writeFile(folder() + u"/notes.txt"_s, "not a skin");
         QDir().mkpath(folder() + u"/folder.urf"_s);
     }
@@ -58,7 +59,7 @@ TEST_F(ChooserTest, ListsNoSkinThenTheSkinFilesAndSelectsTheStoredTheme)
     ASSERT_FALSE(skins.isEmpty());
     EXPECT_EQ(skins.takeFirst(), u"{no skin}"_s);
     skins.sort();
-    EXPECT_EQ(skins, QStringList({u"Ledovec.urf"_s, u"Zelvane.urf"_s}));
+    EXPECT_EQ(skins, QStringList({u"Ledovec.urf"_s, u"Zelvane.urf"_s})) << "hidden files are left out";
     EXPECT_EQ(dialog->chosenSkin(), u"{no skin}"_s);
     // The chooser's own default is 0; out of range counts as no choice.
     for (const auto &[stored, index] : {std::pair{"", 0}, {"1", 1}, {"0", 0}, {"7", 0}}) {

@@ -34,8 +34,16 @@ public:
     bool run(const std::function<void(FrmSkin2 *)> &answer)
     {
         QTimer::singleShot(0, &mainWindow, [&answer] {
-            auto *dialog = qobject_cast<FrmSkin2 *>(QApplication::activeModalWidget());
-            ASSERT_TRUE(dialog);
+            FrmSkin2 *dialog = nullptr;
+            for (QWidget *window : QApplication::topLevelWidgets())
+                dialog = dialog ? dialog : qobject_cast<FrmSkin2 *>(window);
+            // Whatever is wrong, the chooser's loop must end, or the test would hang.
+            if (!dialog || QApplication::activeModalWidget() != dialog) {
+                ADD_FAILURE() << "the chooser is not the modal window";
+                if (dialog)
+                    dialog->reject();
+                return;
+            }
             answer(dialog);
         });
         return SkinCommand(skin, themes).run(&mainWindow, [this] {
@@ -77,6 +85,16 @@ TEST_F(SkinCommandTest, TheChoiceIsAppliedUnlessCancelled)
     EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinFile), folder() + u"/Ledovec.urf"_s);
     EXPECT_TRUE(run([](FrmSkin2 *dialog) {
         dialog->findChild<QListWidget *>(u"List1"_s)->setCurrentRow(0);
+        dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();
+    }));
+    EXPECT_FALSE(skin.skinRunning());
+    EXPECT_EQ(SettingsStore::getSetting(SettingsStore::AppSkinOn), u"False"_s);
+    // Nothing chosen in the list turns skinning off as well.
+    skin.startSkinWithFile(folder() + u"/Ledovec.urf"_s);
+    ASSERT_TRUE(skin.skinRunning());
+    EXPECT_TRUE(run([](FrmSkin2 *dialog) {
+        dialog->findChild<QListWidget *>(u"List1"_s)->setCurrentRow(-1);
+        EXPECT_EQ(dialog->chosenSkin(), QString());
         dialog->findChild<QPushButton *>(u"cmdOk"_s)->click();
     }));
     EXPECT_FALSE(skin.skinRunning());
