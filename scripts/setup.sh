@@ -24,6 +24,8 @@ packages=(
   librsvg2-bin desktop-file-utils dpkg-dev file
   # screenshots and readable text under a virtual display
   xvfb xauth fonts-dejavu-core
+  # the modifier keys asked of the X server; the tests press keys through XTEST
+  libxcb1-dev libxcb-xtest0-dev
 )
 
 missing=()

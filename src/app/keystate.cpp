@@ -1,7 +1,13 @@
 #include "app/keystate.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <memory>
 
 namespace {
 
@@ -19,19 +25,46 @@ constexpr quint32 scanShiftL = 0x2a;
 constexpr quint32 scanShiftR = 0x36;
 constexpr quint32 scanControlL = 0x1d;
 
+template <typename Reply> using ReplyPtr = std::unique_ptr<Reply, decltype(&std::free)>;
+
+template <typename Reply> ReplyPtr<Reply> owned(Reply *reply)
+{
+    return ReplyPtr<Reply>(reply, &std::free);
+}
+
+KeyState::WindowSystemQuery platformQuery()
+{
+    const QString platform = QGuiApplication::platformName();
+    if (platform == u"xcb") {
+        if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
+            xcb_connection_t *connection = x11->connection();
+            return [connection](const KeyState::Held &) { return KeyState::queryX11(connection); };
+        }
+    }
+    if (platform.startsWith(u"wayland")) {
+        return [](const KeyState::Held &tracked) {
+            return std::optional(KeyState::fromModifiers(QGuiApplication::queryKeyboardModifiers(), tracked));
+        };
+    }
+    return {};
+}
+
 } // namespace
 
-KeyState::KeyState(QObject *parent) : QObject(parent) {}
+KeyState::KeyState(QObject *parent) : KeyState(platformQuery(), parent) {}
+
+KeyState::KeyState(WindowSystemQuery query, QObject *parent) : QObject(parent), m_query(std::move(query)) {}
 
 bool KeyState::isDown(Key key) const
 {
+    const Held held = (m_query ? m_query(m_tracked) : std::nullopt).value_or(m_tracked);
     switch (key) {
     case LeftShift:
-        return m_leftShift;
+        return held.leftShift;
     case RightShift:
-        return m_rightShift;
+        return held.rightShift;
     case LeftControl:
-        return m_leftControl;
+        return held.leftControl;
     }
     return false;
 }
@@ -56,6 +89,59 @@ int KeyState::nativeKey(quint32 nativeScanCode, quint32 nativeVirtualKey)
     }
 }
 
+std::optional<KeyState::Held> KeyState::queryX11(xcb_connection_t *connection)
+{
+    if (!connection || xcb_connection_has_error(connection))
+        return std::nullopt;
+    const xcb_setup_t *setup = xcb_get_setup(connection);
+    const xcb_keycode_t first = setup->min_keycode;
+    const int count = setup->max_keycode - first + 1;
+    const xcb_get_keyboard_mapping_cookie_t mappingAsked =
+        xcb_get_keyboard_mapping(connection, first, quint8(count));
+    const xcb_query_keymap_cookie_t keymapAsked = xcb_query_keymap(connection);
+    const auto mapping = owned(xcb_get_keyboard_mapping_reply(connection, mappingAsked, nullptr));
+    const auto keymap = owned(xcb_query_keymap_reply(connection, keymapAsked, nullptr));
+    if (!mapping || !keymap)
+        return std::nullopt;
+    // Each key code has keysyms_per_keycode symbols; a held key counts by any of them.
+    const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    const int perCode = mapping->keysyms_per_keycode;
+    if (xcb_get_keyboard_mapping_keysyms_length(mapping.get()) < count * perCode)
+        return std::nullopt;
+    Held held;
+    for (int code = first; code < first + count; ++code) {
+        if (!(keymap->keys[code / 8] & (1 << (code % 8))))
+            continue;
+        for (int level = 0; level < perCode; ++level) {
+            switch (symbols[(code - first) * perCode + level]) {
+            case xkShiftL:
+                held.leftShift = true;
+                break;
+            case xkShiftR:
+                held.rightShift = true;
+                break;
+            case xkControlL:
+                held.leftControl = true;
+                break;
+            default:
+                break;
+            }
+        }
+    }
+    return held;
+}
+
+KeyState::Held KeyState::fromModifiers(Qt::KeyboardModifiers modifiers, const Held &tracked)
+{
+    Held held;
+    if (modifiers & Qt::ShiftModifier) {
+        held.rightShift = tracked.rightShift;
+        held.leftShift = tracked.leftShift || !tracked.rightShift;
+    }
+    held.leftControl = bool(modifiers & Qt::ControlModifier);
+    return held;
+}
+
 bool KeyState::eventFilter(QObject *watched, QEvent *event)
 {
     switch (event->type()) {
@@ -78,13 +164,13 @@ void KeyState::track(const QKeyEvent &event)
     const bool down = event.type() == QEvent::KeyPress;
     switch (nativeKey(event.nativeScanCode(), event.nativeVirtualKey())) {
     case LeftShift:
-        m_leftShift = down;
+        m_tracked.leftShift = down;
         break;
     case RightShift:
-        m_rightShift = down;
+        m_tracked.rightShift = down;
         break;
     case LeftControl:
-        m_leftControl = down;
+        m_tracked.leftControl = down;
         break;
     default:
         // Qt reports a modifier key's own event without its modifier, so
@@ -100,7 +186,7 @@ void KeyState::track(const QKeyEvent &event)
 void KeyState::forgetReleased(Qt::KeyboardModifiers modifiers)
 {
     if (!(modifiers & Qt::ShiftModifier))
-        m_leftShift = m_rightShift = false;
+        m_tracked.leftShift = m_tracked.rightShift = false;
     if (!(modifiers & Qt::ControlModifier))
-        m_leftControl = false;
+        m_tracked.leftControl = false;
 }
