@@ -70,11 +70,11 @@ QString RecordingScheduler::BuildScheduleCommandLine() const
     return line;
 }
 
-std::shared_ptr<Task> RecordingScheduler::registerTask(Schedule &schedule) const
+std::shared_ptr<Task> RecordingScheduler::registerTask(Schedule &schedule, const QString &name) const
 {
     std::shared_ptr<Task> task;
     try {
-        task = schedule.CreateTask(BuildTaskName());
+        task = schedule.CreateTask(name);
     } catch (const AppError &) {
         return nullptr;
     }
@@ -110,10 +110,18 @@ void RecordingScheduler::scheduleRecording(TaskService &service, TaskEditor *edi
                                            const std::function<void()> &openScheduledTasks) const
 {
     Schedule schedule(service, editor);
-    const std::shared_ptr<Task> task = registerTask(schedule);
+    // The clock may pass a minute while the dialog is open: the name is taken once.
+    const QString name = BuildTaskName();
+    const std::shared_ptr<Task> task = registerTask(schedule, name);
     if (!task)
         return;
-    tolerate([&] { task->ShowProperties(owner); });
+    bool kept = true;
+    tolerate([&] { kept = task->ShowProperties(owner); });
+    // A user who cancels gets no recording: the task made by this click goes again.
+    if (!kept) {
+        tolerate([&] { service.remove(name); });
+        return;
+    }
     if (prompt.askYesNo(QCoreApplication::translate("RecordingScheduler", "Do you wish open Task Scheduler?"),
                         AppInfo::title, Prompt::Icon::Question))
         tolerate(openScheduledTasks);

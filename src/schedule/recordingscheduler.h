@@ -43,13 +43,14 @@ public:
 
     // The whole click. Ends silently when the task cannot be created (a task
     // of that name exists); after that every failing step is skipped. The
-    // task dialog opens over the owner; a Yes to the question then calls
+    // task dialog opens over the owner: Cancel there deletes the task just
+    // made and ends the click; after OK a Yes to the question calls
     // openScheduledTasks.
     void scheduleRecording(TaskService &service, TaskEditor *editor, QObject *owner, Prompt &prompt,
                            const std::function<void()> &openScheduledTasks) const;
-    // Creating and saving the task: the part before the dialog. Null when
-    // creation failed.
-    std::shared_ptr<Task> registerTask(Schedule &schedule) const;
+    // Creating and saving the task under name: the part before the dialog.
+    // Null when creation failed.
+    std::shared_ptr<Task> registerTask(Schedule &schedule, const QString &name) const;
 
 private:
     RecordingInputs m_inputs;

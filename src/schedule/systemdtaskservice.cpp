@@ -4,10 +4,11 @@
 #include "schedule/unitfile.h"
 #include "schedule/unitnames.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
+#include <QPointer>
 #include <QSaveFile>
 #include <QSysInfo>
 #include <QTimeZone>
@@ -84,6 +85,13 @@ QDateTime timestamp(const QString &value)
     return utc.isValid() ? utc.toLocalTime() : QDateTime();
 }
 
+// QSaveFile writes beside the file under its name and 7 more characters,
+// which the file system's limit of 255 bytes must leave room for too.
+constexpr int saveFileMargin = 7;
+
+// A service left without its timer this long ago is no save in progress.
+constexpr qint64 orphanAgeSeconds = 60;
+
 } // namespace
 
 QString SystemdTaskService::userUnitFolder()
@@ -94,8 +102,20 @@ QString SystemdTaskService::userUnitFolder()
     return config + QStringLiteral("/systemd/user");
 }
 
-SystemdTaskService::SystemdTaskService(QString unitFolder, Systemctl &systemctl)
-    : m_folder(std::move(unitFolder)), m_systemctl(systemctl)
+QStringList SystemdTaskService::sessionDisplay()
+{
+    QStringList display;
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY"}) {
+        const QString value = qEnvironmentVariable(name);
+        if (!value.isEmpty() && !hasControlCharacters(value))
+            display.append(QLatin1StringView(name) + u'=' + value);
+    }
+    return display;
+}
+
+SystemdTaskService::SystemdTaskService(QString unitFolder, Systemctl &systemctl, QStringList display,
+                                       QObject *parent)
+    : QObject(parent), m_folder(std::move(unitFolder)), m_systemctl(systemctl), m_display(std::move(display))
 {
 }
 
@@ -120,13 +140,10 @@ QString SystemdTaskService::unitBase(const QString &name)
     if (hasControlCharacters(name))
         throw TaskErrors::badTaskName(name,
                                       AppError::tr("it holds line breaks or other control characters."));
-    const QString base = UnitNames::escape(name);
     if (QString::fromUtf8(name.toUtf8()) != name)
         throw TaskErrors::badTaskName(name,
                                       AppError::tr("it holds characters that cannot be written as UTF-8."));
-    if (base.size() + serviceSuffix.size() > UnitNames::maxUnitName)
-        throw TaskErrors::badTaskName(name, AppError::tr("it is too long for a systemd unit name."));
-    return base;
+    return UnitNames::fitted(name, UnitNames::maxUnitName - int(serviceSuffix.size()) - saveFileMargin);
 }
 
 TaskUnits::Paths SystemdTaskService::pathsFor(const QString &name) const
@@ -136,23 +153,61 @@ TaskUnits::Paths SystemdTaskService::pathsFor(const QString &name) const
             m_folder + QStringLiteral("/timers.target.wants/") + base + timerSuffix};
 }
 
+std::optional<QString> SystemdTaskService::taskNameOf(const QString &base) const
+{
+    if (const std::optional<QString> name = UnitNames::unescape(base))
+        return name;
+    if (!UnitNames::isShortened(base))
+        return std::nullopt;
+    // A shortened file name: the task's name is inside, and must lead back to the file.
+    const std::optional<QString> name = TaskUnits::storedName(readAll(m_folder + u'/' + base + timerSuffix));
+    try {
+        if (name && unitBase(*name) == base)
+            return name;
+    } catch (const AppError &) {
+    }
+    return std::nullopt;
+}
+
 QStringList SystemdTaskService::taskNames()
 {
     m_reachable.reset();
+    m_runStates.clear();
+    removeOrphans();
     QStringList names;
     const QStringList timers = QDir(m_folder).entryList({u'*' + timerSuffix}, QDir::Files, QDir::Name);
     for (const QString &timer : timers) {
         const QString base = timer.chopped(timerSuffix.size());
-        const std::optional<QString> name = UnitNames::unescape(base);
+        const std::optional<QString> name = taskNameOf(base);
         if (name && QFileInfo::exists(m_folder + u'/' + base + serviceSuffix))
             names.append(*name);
     }
+    m_listed = names;
     return names;
+}
+
+void SystemdTaskService::removeOrphans() const
+{
+    const QDateTime settled = QDateTime::currentDateTime().addSecs(-orphanAgeSeconds);
+    const QFileInfoList services =
+        QDir(m_folder).entryInfoList({u'*' + serviceSuffix}, QDir::Files | QDir::Hidden, QDir::Name);
+    for (const QFileInfo &service : services) {
+        const QString timer =
+            m_folder + u'/' + service.fileName().chopped(serviceSuffix.size()) + timerSuffix;
+        if (!exists(timer) && service.lastModified() < settled && !service.isSymLink() &&
+            UnitFile::parse(readAll(service.filePath())))
+            QFile::remove(service.filePath());
+    }
 }
 
 TaskDefinition SystemdTaskService::newWorkItem(const QString &name)
 {
     const TaskUnits::Paths paths = pathsFor(name);
+    // A service of ours without its timer is what a failed save left: it
+    // does not keep the name from being used.
+    if (!exists(paths.timer) && exists(paths.service) && !QFileInfo(paths.service).isSymLink() &&
+        UnitFile::parse(readAll(paths.service)))
+        QFile::remove(paths.service);
     if (exists(paths.timer) || exists(paths.service))
         throw TaskErrors::taskExists(name);
     return {};
@@ -167,6 +222,9 @@ TaskDefinition SystemdTaskService::activate(const QString &name)
 {
     const TaskUnits::Paths paths = pathsFor(name);
     if (!QFileInfo::exists(paths.timer) || !QFileInfo::exists(paths.service))
+        throw TaskErrors::taskNotFound(name);
+    const std::optional<QString> stored = TaskUnits::storedName(readAll(paths.timer));
+    if (stored && *stored != name)
         throw TaskErrors::taskNotFound(name);
     std::optional<TaskDefinition> definition = readOwn(paths);
     if (!definition)
@@ -189,6 +247,10 @@ void SystemdTaskService::save(const QString &name, const TaskDefinition &definit
     checkText(TextField::Creator, definition.creator);
     checkText(TextField::WorkingDirectory, definition.workingDirectory);
     checkText(TextField::Account, definition.account);
+    const TaskUnits::Context context{QDate::currentDate(), m_display};
+    // A task that would never run as set is not saved as if it would.
+    if (const QString why = TaskUnits::refusal(definition, context.today); !why.isEmpty())
+        throw TaskErrors::refused(why);
     const TaskUnits::Paths paths = pathsFor(name);
     // Files of the same name that the program did not write stay as they are.
     for (const QString &path : {paths.timer, paths.service}) {
@@ -197,17 +259,28 @@ void SystemdTaskService::save(const QString &name, const TaskDefinition &definit
     }
     if (!QDir().mkpath(m_folder))
         throw AppError::pathFileAccess(m_folder);
-    writeFile(paths.service, TaskUnits::serviceFile(name, definition, paths));
-    writeFile(paths.timer, TaskUnits::timerFile(name, definition));
+    const bool known = exists(paths.timer);
+    writeFile(paths.service, TaskUnits::serviceFile(name, definition, paths, context));
+    try {
+        writeFile(paths.timer, TaskUnits::timerFile(name, definition, context));
+    } catch (const AppError &) {
+        if (!known)
+            QFile::remove(paths.service);
+        throw;
+    }
 
-    const bool starts = TaskUnits::startable(definition) && !(definition.flags & TaskFlags::Disabled);
+    const bool starts =
+        TaskUnits::startable(definition, context.today) && !(definition.flags & TaskFlags::Disabled);
     if (starts)
         link(paths);
     else
         unlink(paths);
+    // A new task that cannot start yet (the first, empty save) is nothing the manager needs to hear of.
+    if (!starts && !known)
+        return;
     const QString timer = QFileInfo(paths.timer).fileName();
-    if (call({QStringLiteral("daemon-reload")}).reached)
-        call({starts ? QStringLiteral("restart") : QStringLiteral("stop"), timer});
+    ask({QStringLiteral("daemon-reload")});
+    ask({starts ? QStringLiteral("restart") : QStringLiteral("stop"), timer});
 }
 
 void SystemdTaskService::link(const TaskUnits::Paths &paths) const
@@ -238,13 +311,14 @@ void SystemdTaskService::remove(const QString &name)
         if (!ownOrAbsent(path))
             throw TaskErrors::notOurs(path);
     }
-    call({QStringLiteral("stop"), QFileInfo(paths.timer).fileName()});
     unlink(paths);
     for (const QString &path : {paths.timer, paths.service}) {
         if (exists(path) && !QFile::remove(path))
             throw AppError::pathFileAccess(path);
     }
-    call({QStringLiteral("daemon-reload")});
+    // The manager still has the timer loaded: stop it, then let it forget both.
+    ask({QStringLiteral("stop"), QFileInfo(paths.timer).fileName()});
+    ask({QStringLiteral("daemon-reload")});
 }
 
 void SystemdTaskService::checkText(TextField field, const QString &value) const
@@ -265,79 +339,105 @@ QString SystemdTaskService::fileName(const QString &name) const
     return pathsFor(name).service;
 }
 
-Systemctl::Result SystemdTaskService::call(const QStringList &arguments)
+void SystemdTaskService::ask(const QStringList &arguments, const Systemctl::Done &then)
 {
     if (m_reachable == false)
-        return {};
-    Systemctl::Result result = m_systemctl.run(arguments);
-    m_reachable = result.reached;
-    return result;
+        return;
+    m_systemctl.call(arguments, [self = QPointer(this), then](const Systemctl::Result &result) {
+        if (!self)
+            return;
+        self->m_reachable = result.reached;
+        if (then)
+            then(result);
+    });
 }
 
 bool SystemdTaskService::isRunning()
 {
-    if (!m_reachable)
-        call({QStringLiteral("show"), QStringLiteral("--property=Version")});
     return m_reachable.value_or(false);
-}
-
-void SystemdTaskService::requireManager()
-{
-    if (!isRunning())
-        throw TaskErrors::serviceNotRunning();
 }
 
 TaskRunState SystemdTaskService::runState(const QString &name)
 {
-    const TaskUnits::Paths paths = pathsFor(name);
-    if (!isRunning())
-        return {};
-    const Systemctl::Result shown =
-        call({QStringLiteral("show"), QStringLiteral("--timestamp=unix"),
-              QStringLiteral("--property=ActiveState,NextElapseUSecRealtime,LastTriggerUSec,"
-                             "ExecMainStartTimestamp,ExecMainStatus"),
-              QStringLiteral("--"), QFileInfo(paths.timer).fileName(), QFileInfo(paths.service).fileName()});
-    const QList<QHash<QString, QString>> blocks = showBlocks(shown.output);
-    if (!shown.reached || shown.exitCode != 0 || blocks.size() < 2)
-        return {};
-    const QHash<QString, QString> &timer = blocks[0];
-    const QHash<QString, QString> &service = blocks[1];
+    return m_runStates.value(name);
+}
 
-    TaskRunState state;
-    state.exitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
-    state.nextRun = timestamp(timer.value(QStringLiteral("NextElapseUSecRealtime")));
-    state.lastRun = timestamp(service.value(QStringLiteral("ExecMainStartTimestamp")));
-    if (state.lastRun.isNull())
-        state.lastRun = timestamp(timer.value(QStringLiteral("LastTriggerUSec")));
-    const std::optional<TaskDefinition> stored = readOwn(paths);
-    const QString active = service.value(QStringLiteral("ActiveState"));
-    if (active == u"active" || active == u"activating" || active == u"deactivating" || active == u"reloading")
-        state.status = TaskStatus::Running;
-    else if (stored && (stored->flags & TaskFlags::Disabled))
-        state.status = TaskStatus::Disabled;
-    else if (!state.nextRun.isNull())
-        state.status = state.lastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
-    else
-        state.status = state.lastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
-    return state;
+void SystemdTaskService::queryRunStates()
+{
+    const QStringList names = m_listed;
+    QStringList arguments{QStringLiteral("show")};
+    if (names.isEmpty()) {
+        arguments.append(QStringLiteral("--property=Version"));
+    } else {
+        arguments += {QStringLiteral("--timestamp=unix"),
+                      QStringLiteral("--property=ActiveState,NextElapseUSecRealtime,LastTriggerUSec,"
+                                     "ExecMainStartTimestamp,ExecMainStatus"),
+                      QStringLiteral("--")};
+        for (const QString &name : names) {
+            const TaskUnits::Paths paths = pathsFor(name);
+            arguments += {QFileInfo(paths.timer).fileName(), QFileInfo(paths.service).fileName()};
+        }
+    }
+    if (m_reachable == false) {
+        emit runStatesKnown();
+        return;
+    }
+    ask(arguments, [this, names](const Systemctl::Result &shown) {
+        showRunStates(names, shown);
+        emit runStatesKnown();
+    });
+}
+
+// `systemctl show` answers with one block per unit, the timer and then the
+// service of each task.
+void SystemdTaskService::showRunStates(const QStringList &names, const Systemctl::Result &shown)
+{
+    m_runStates.clear();
+    const QList<QHash<QString, QString>> blocks = showBlocks(shown.output);
+    if (!shown.reached || shown.exitCode != 0 || blocks.size() < 2 * names.size())
+        return;
+    for (qsizetype i = 0; i < names.size(); ++i) {
+        const QHash<QString, QString> &timer = blocks[2 * i];
+        const QHash<QString, QString> &service = blocks[2 * i + 1];
+        TaskRunState state;
+        state.exitCode = service.value(QStringLiteral("ExecMainStatus")).toInt();
+        state.nextRun = timestamp(timer.value(QStringLiteral("NextElapseUSecRealtime")));
+        state.lastRun = timestamp(service.value(QStringLiteral("ExecMainStartTimestamp")));
+        if (state.lastRun.isNull())
+            state.lastRun = timestamp(timer.value(QStringLiteral("LastTriggerUSec")));
+        const std::optional<TaskDefinition> stored = readOwn(pathsFor(names[i]));
+        const QString active = service.value(QStringLiteral("ActiveState"));
+        if (active == u"active" || active == u"activating" || active == u"deactivating" ||
+            active == u"reloading")
+            state.status = TaskStatus::Running;
+        else if (stored && (stored->flags & TaskFlags::Disabled))
+            state.status = TaskStatus::Disabled;
+        else if (!state.nextRun.isNull())
+            state.status = state.lastRun.isNull() ? TaskStatus::HasNotRun : TaskStatus::Ready;
+        else
+            state.status = state.lastRun.isNull() ? TaskStatus::NotScheduled : TaskStatus::NoMoreRuns;
+        m_runStates.insert(names[i], state);
+    }
 }
 
 void SystemdTaskService::run(const QString &name)
 {
-    controlService(QStringLiteral("start"), name);
+    activate(name);
+    if (m_reachable == false)
+        throw TaskErrors::serviceNotRunning();
+    ask({QStringLiteral("start"), QStringLiteral("--no-block"),
+         QFileInfo(pathsFor(name).service).fileName()});
 }
 
 void SystemdTaskService::terminate(const QString &name)
 {
-    controlService(QStringLiteral("stop"), name);
+    activate(name);
+    if (m_reachable == false)
+        throw TaskErrors::serviceNotRunning();
+    ask({QStringLiteral("stop"), QStringLiteral("--no-block"), QFileInfo(pathsFor(name).service).fileName()});
 }
 
-void SystemdTaskService::controlService(const QString &verb, const QString &name)
+bool SystemdTaskService::showsWindow(const TaskDefinition &definition) const
 {
-    activate(name);
-    requireManager();
-    const Systemctl::Result result =
-        call({verb, QStringLiteral("--no-block"), QFileInfo(pathsFor(name).service).fileName()});
-    if (result.exitCode != 0)
-        throw TaskErrors::refused(QString::fromUtf8(result.error).trimmed());
+    return TaskUnits::showsWindow(definition, m_display);
 }

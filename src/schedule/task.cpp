@@ -69,16 +69,16 @@ void Task::SetCreator(const QString &creator)
     setText(TaskService::TextField::Creator, &TaskDefinition::creator, creator);
 }
 
-void Task::openEditor(QObject *owner)
+bool Task::openEditor(QObject *owner)
 {
     if (!m_item->editor)
         throw TaskErrors::refused(AppError::tr("There is no property sheet to show the task in."));
-    m_item->editor->editTask(*this, owner);
+    return m_item->editor->editTask(*this, owner);
 }
 
-void Task::Edit(QObject *owner)
+bool Task::Edit(QObject *owner)
 {
-    openEditor(owner);
+    return openEditor(owner);
 }
 
 int Task::ErrorRetryCount() const
@@ -201,9 +201,9 @@ void Task::SetAccountInfo(const QString &account, const std::optional<QString> &
     setText(TaskService::TextField::Account, &TaskDefinition::account, account);
 }
 
-void Task::ShowProperties(QObject *owner)
+bool Task::ShowProperties(QObject *owner)
 {
-    openEditor(owner);
+    return openEditor(owner);
 }
 
 qint32 Task::Status() const
@@ -229,4 +229,9 @@ QString Task::WorkingDirectory() const
 void Task::SetWorkingDirectory(const QString &folder)
 {
     setText(TaskService::TextField::WorkingDirectory, &TaskDefinition::workingDirectory, folder);
+}
+
+bool Task::showsWindow() const
+{
+    return m_item->service.showsWindow(m_item->definition);
 }

@@ -13,8 +13,9 @@ struct WorkItem;
 
 // One scheduled task. Properties read and change the task as it stands in
 // memory; Save writes it to the store. Run-time facts (status, exit code,
-// last and next run) are asked of the service at every read. Failures of the
-// store or the service reach the caller as they are.
+// last and next run) are read from the service at every read, as the service
+// last heard them. Failures of the store or the service reach the caller as
+// they are.
 class Task
 {
 public:
@@ -30,8 +31,9 @@ public:
     void SetComment(const QString &comment);
     QString Creator() const;
     void SetCreator(const QString &creator);
-    // Opens the task's property sheet over the owner and returns when it closes.
-    void Edit(QObject *owner);
+    // Opens the task's property sheet over the owner and returns when it
+    // closes: true when the user confirmed it.
+    bool Edit(QObject *owner);
     int ErrorRetryCount() const;
     void SetErrorRetryCount(int count);
     int ErrorRetryInterval() const;
@@ -61,20 +63,22 @@ public:
     // User timers run as their owner, so no password is ever kept: a password
     // other than a null or empty one is refused.
     void SetAccountInfo(const QString &account, const std::optional<QString> &password);
-    void ShowProperties(QObject *owner);
+    bool ShowProperties(QObject *owner);
     qint32 Status() const;
     QString StatusText() const;
     void Terminate();
     std::shared_ptr<::Triggers> Triggers() const { return m_triggers; }
     QString WorkingDirectory() const;
     void SetWorkingDirectory(const QString &folder);
+    // Whether the task, when started, shows its window to the user.
+    bool showsWindow() const;
 
 private:
     friend class Schedule;
     explicit Task(std::shared_ptr<WorkItem> item);
 
     void setText(TaskService::TextField field, QString TaskDefinition::*member, const QString &value);
-    void openEditor(QObject *owner);
+    bool openEditor(QObject *owner);
 
     std::shared_ptr<WorkItem> m_item;
     std::shared_ptr<::Triggers> m_triggers;

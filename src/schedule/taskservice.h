@@ -110,18 +110,24 @@ public:
     // Where the task is stored.
     virtual QString fileName(const QString &name) const = 0;
 
-    // Whether the service that starts tasks can be reached at all.
+    // Whether the service that starts tasks can be reached at all, as far as
+    // the store knows without waiting for it.
     virtual bool isRunning() = 0;
+    // The run facts as the store last heard them; it never waits for them.
     virtual TaskRunState runState(const QString &name) = 0;
     virtual void run(const QString &name) = 0;
     virtual void terminate(const QString &name) = 0;
+    // Whether a started task shows its window to the user; a recording that
+    // does not runs unseen until its stop condition.
+    virtual bool showsWindow(const TaskDefinition &definition) const = 0;
 };
 
 // The task's property sheet: shows the task for editing and returns when it
-// is closed. Changes the user confirms are saved to the store.
+// is closed, true when the user confirmed it. Changes the user confirms are
+// saved to the store.
 class TaskEditor
 {
 public:
     virtual ~TaskEditor() = default;
-    virtual void editTask(Task &task, QObject *owner) = 0;
+    virtual bool editTask(Task &task, QObject *owner) = 0;
 };

@@ -1,9 +1,12 @@
 #include "schedule/taskunits.h"
 
+#include "base/apperror.h"
 #include "schedule/oncalendar.h"
 #include "schedule/unitfile.h"
 
 #include <QDir>
+
+#include <QSet>
 
 #include <array>
 #include <tuple>
@@ -25,6 +28,7 @@ const QString keyFlags = QStringLiteral("X-Tunecatch-Flags");
 const QString keyIdleWait = QStringLiteral("X-Tunecatch-IdleWait");
 const QString keyErrorRetry = QStringLiteral("X-Tunecatch-ErrorRetry");
 const QString keyTrigger = QStringLiteral("X-Tunecatch-Trigger");
+const QString keyName = QStringLiteral("X-Tunecatch-Name");
 
 struct NiceLevel
 {
@@ -54,10 +58,24 @@ QStringList arguments(const QString &commandLine)
     return commandLine.isEmpty() ? QStringList() : commandLine.split(u' ');
 }
 
-void addDescription(UnitFile &file, const QString &comment)
+// The [Unit] section both files start with: the name and the comment.
+void addUnitSection(UnitFile &file, const QString &name, const QString &comment)
 {
+    file.section(unit);
     if (!comment.isEmpty())
         file.add(QStringLiteral("Description"), UnitText::escapeSpecifiers(comment));
+    file.add(keyName, UnitText::encodeValue(name));
+}
+
+// The triggers that start the task, that is those with a calendar.
+QList<TriggerRecord> startingTriggers(const TaskDefinition &definition, QDate today)
+{
+    QList<TriggerRecord> starting;
+    for (const TriggerRecord &trigger : definition.triggers) {
+        if (!onCalendarsFor(trigger, today).isEmpty())
+            starting.append(trigger);
+    }
+    return starting;
 }
 
 QString pair(int a, int b)
@@ -174,41 +192,66 @@ QString TaskUnits::programPath(const TaskDefinition &definition)
     return QDir::cleanPath(definition.workingDirectory + u'/' + name);
 }
 
-bool TaskUnits::startable(const TaskDefinition &definition)
+bool TaskUnits::startable(const TaskDefinition &definition, QDate today)
 {
-    if (definition.applicationName.isEmpty())
-        return false;
-    for (const TriggerRecord &trigger : definition.triggers) {
-        if (onCalendarFor(trigger))
-            return true;
-    }
-    return false;
+    return !definition.applicationName.isEmpty() && !startingTriggers(definition, today).isEmpty();
 }
 
-bool TaskUnits::runsOnlyOnce(const TaskDefinition &definition)
+bool TaskUnits::runsOnlyOnce(const TaskDefinition &definition, QDate today)
 {
-    int starts = 0;
-    for (const TriggerRecord &trigger : definition.triggers) {
-        if (!onCalendarFor(trigger))
-            continue;
-        if (trigger.type() != TriggerRecord::Once || ++starts > 1)
-            return false;
-    }
-    return true;
+    const QList<TriggerRecord> starting = startingTriggers(definition, today);
+    return starting.size() <= 1 && (starting.isEmpty() || starting.first().type() == TriggerRecord::Once);
 }
 
-QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &definition)
+QString TaskUnits::refusal(const TaskDefinition &definition, QDate today)
+{
+    for (const TriggerRecord &trigger : definition.triggers) {
+        const bool calendarType =
+            trigger.type() >= TriggerRecord::Once && trigger.type() <= TriggerRecord::MonthlyDow;
+        if (calendarType && !(trigger.longWord(TriggerRecord::Flags) & TriggerRecord::FlagDisabled)) {
+            if (const QString problem = trigger.problem(); !problem.isEmpty())
+                return problem;
+        }
+    }
+    const QList<TriggerRecord> starting = startingTriggers(definition, today);
+    QSet<int> delays;
+    for (const TriggerRecord &trigger : starting) {
+        if (trigger.longWord(TriggerRecord::Duration) != 0 || trigger.longWord(TriggerRecord::Interval) != 0)
+            return AppError::tr("A recording cannot be repeated every few minutes: give each start a trigger "
+                                "of its own, and the recording its stop condition.");
+        if (intervalCondition(trigger) && starting.size() > 1)
+            return AppError::tr("A recording that repeats every few days or weeks can have no other start "
+                                "times.");
+        delays.insert(trigger.word(TriggerRecord::RandomInterval));
+    }
+    if (delays.size() > 1)
+        return AppError::tr("All start times of one recording must have the same random delay.");
+    return {};
+}
+
+bool TaskUnits::showsWindow(const TaskDefinition &definition, const QStringList &display)
+{
+    return (definition.flags & TaskFlags::Interactive) && !display.isEmpty();
+}
+
+QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &definition, const Context &context)
 {
     UnitFile file(header(name));
-    file.section(unit);
-    addDescription(file, definition.comment);
+    addUnitSection(file, name, definition.comment);
     file.section(Timer);
     for (const TriggerRecord &trigger : definition.triggers) {
-        if (const std::optional<QString> calendar = onCalendarFor(trigger))
-            file.add(QStringLiteral("OnCalendar"), *calendar);
+        for (const QString &calendar : onCalendarsFor(trigger, context.today))
+            file.add(QStringLiteral("OnCalendar"), calendar);
     }
     // A recording should begin on the minute, not whenever systemd finds convenient.
     file.add(QStringLiteral("AccuracySec"), QStringLiteral("1s"));
+    // The starting triggers share one delay (refusal sees to it).
+    const QList<TriggerRecord> starting = startingTriggers(definition, context.today);
+    if (!starting.isEmpty() && starting.first().word(TriggerRecord::RandomInterval) > 0) {
+        file.add(QStringLiteral("RandomizedDelaySec"),
+                 QString::number(starting.first().word(TriggerRecord::RandomInterval)) +
+                     QStringLiteral("min"));
+    }
     for (const TriggerRecord &trigger : definition.triggers)
         file.add(keyTrigger, QString::fromLatin1(trigger.bytes().toHex()));
     file.section(install);
@@ -216,23 +259,38 @@ QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &defin
     return file.bytes();
 }
 
-QByteArray TaskUnits::serviceFile(const QString &name, const TaskDefinition &definition, const Paths &paths)
+QByteArray TaskUnits::serviceFile(const QString &name, const TaskDefinition &definition, const Paths &paths,
+                                  const Context &context)
 {
     UnitFile file(header(name));
-    file.section(unit);
-    addDescription(file, definition.comment);
+    addUnitSection(file, name, definition.comment);
     file.section(service);
     file.add(QStringLiteral("Type"), QStringLiteral("exec"));
     if (!definition.workingDirectory.isEmpty())
         file.add(QStringLiteral("WorkingDirectory"), UnitText::escapeSpecifiers(definition.workingDirectory));
+    // The user's service manager may know no display: an interactive
+    // recording is given the one of the session that scheduled it.
+    if (showsWindow(definition, context.display))
+        file.add(QStringLiteral("Environment"), UnitText::environmentLine(context.display));
+    const QList<TriggerRecord> starting = startingTriggers(definition, context.today);
+    if (starting.size() == 1) {
+        if (const std::optional<QStringList> condition = intervalCondition(starting.first()))
+            file.add(QStringLiteral("ExecCondition"),
+                     UnitText::execLine(condition->first(), condition->mid(1)));
+    }
     const QString program = programPath(definition);
     if (!program.isEmpty())
         file.add(QStringLiteral("ExecStart"), UnitText::execLine(program, arguments(definition.parameters)));
-    if ((definition.flags & TaskFlags::DeleteWhenDone) && runsOnlyOnce(definition)) {
+    if ((definition.flags & TaskFlags::DeleteWhenDone) && runsOnlyOnce(definition, context.today)) {
         file.add(
             QStringLiteral("ExecStopPost"),
             UnitText::execLine(QStringLiteral("/bin/rm"), {QStringLiteral("-f"), QStringLiteral("--"),
                                                            paths.timer, paths.service, paths.wantsLink}));
+        // Without a reload the manager keeps the removed units loaded.
+        file.add(QStringLiteral("ExecStopPost"),
+                 UnitText::execLine(QStringLiteral("systemctl"),
+                                    {QStringLiteral("--user"), QStringLiteral("--no-block"),
+                                     QStringLiteral("daemon-reload")}));
     }
     file.add(QStringLiteral("RuntimeMaxSec"), definition.maxRunTime == -1
                                                   ? QStringLiteral("infinity")
@@ -278,4 +336,13 @@ std::optional<TaskDefinition> TaskUnits::read(const QByteArray &timer, const QBy
         definition->triggers.append(*record);
     }
     return definition;
+}
+
+std::optional<QString> TaskUnits::storedName(const QByteArray &unitFile)
+{
+    const std::optional<UnitFile> file = UnitFile::parse(unitFile);
+    if (!file)
+        return std::nullopt;
+    const QString value = file->value(unit, keyName);
+    return value.isNull() ? std::nullopt : UnitText::decodeValue(value);
 }

@@ -1,5 +1,6 @@
 #include "schedule/triggerrecord.h"
 
+#include <QDate>
 #include <QStringList>
 
 namespace {
@@ -87,6 +88,58 @@ void TriggerRecord::setLongWord(Field field, qint32 value)
     auto bits = quint32(value);
     for (size_t i = 0; i < 4; ++i, bits >>= 8)
         m_bytes[at + i] = static_cast<unsigned char>(bits & 0xFF);
+}
+
+QString TriggerRecord::problem() const
+{
+    const QDate begin(word(BeginYear), word(BeginMonth), word(BeginDay));
+    const QDate end(word(EndYear), word(EndMonth), word(EndDay));
+    const auto typeWord = [this](Field field) { return quint32(quint16(word(field))); };
+    if (type() < Once || type() > AtLogon)
+        return tr("The trigger's type %1 is unknown.").arg(type());
+    if (!begin.isValid())
+        return tr("The begin day %1-%2-%3 does not exist.")
+            .arg(word(BeginYear))
+            .arg(twoDigits(word(BeginMonth)), twoDigits(word(BeginDay)));
+    if ((longWord(Flags) & FlagHasEndDate) && (!end.isValid() || end < begin))
+        return tr("The end day %1-%2-%3 does not exist or comes before the begin day.")
+            .arg(word(EndYear))
+            .arg(twoDigits(word(EndMonth)), twoDigits(word(EndDay)));
+    if (word(StartHour) < 0 || word(StartHour) > 23 || word(StartMinute) < 0 || word(StartMinute) > 59)
+        return tr("The start time %1:%2 does not exist.")
+            .arg(word(StartHour))
+            .arg(twoDigits(word(StartMinute)));
+    if (longWord(Duration) < 0 || longWord(Interval) < 0 ||
+        (longWord(Interval) > 0 && longWord(Interval) >= longWord(Duration)))
+        return tr("A repetition needs an interval shorter than its duration.");
+    if (word(RandomInterval) < 0)
+        return tr("The random delay cannot be below zero.");
+    switch (type()) {
+    case Daily:
+    case Weekly:
+        if (word(TypeWord0) < 1)
+            return tr("A trigger repeats every one or more days or weeks.");
+        if (type() == Weekly && (typeWord(TypeWord1) == 0 || typeWord(TypeWord1) > 0x7F))
+            return tr("Choose at least one day of the week, and days of the week only.");
+        break;
+    case MonthlyDate:
+        if (longWord(TypeWord0) == 0 || (quint32(longWord(TypeWord0)) >> 31))
+            return tr("Choose at least one day of the month, and days 1 to 31 only.");
+        if (typeWord(TypeWord2) == 0 || typeWord(TypeWord2) > 0xFFF)
+            return tr("Choose at least one month, and months 1 to 12 only.");
+        break;
+    case MonthlyDow:
+        if (word(TypeWord0) < 1 || word(TypeWord0) > 5)
+            return tr("The week of the month is the first to the fourth, or the last.");
+        if (typeWord(TypeWord1) == 0 || typeWord(TypeWord1) > 0x7F)
+            return tr("Choose at least one day of the week, and days of the week only.");
+        if (typeWord(TypeWord2) == 0 || typeWord(TypeWord2) > 0xFFF)
+            return tr("Choose at least one month, and months 1 to 12 only.");
+        break;
+    default:
+        break;
+    }
+    return {};
 }
 
 QString describeTrigger(const TriggerRecord &record)

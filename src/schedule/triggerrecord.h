@@ -71,6 +71,10 @@ public:
     void setLongWord(Field field, qint32 value);
 
     qint32 type() const { return longWord(TriggerType); }
+    // Why a scheduler would refuse the record: a day or a time that does not
+    // exist, an empty choice of days, weeks or months, an interval below one,
+    // an unknown type. Empty when it would take it.
+    QString problem() const;
 
     bool operator==(const TriggerRecord &other) const = default;
 

@@ -202,6 +202,17 @@ std::optional<QStringList> UnitText::splitExecLine(const QString &line)
     return words;
 }
 
+QString UnitText::environmentLine(const QStringList &assignments)
+{
+    QStringList quoted;
+    for (QString assignment : assignments) {
+        assignment.replace(u'\\', QStringLiteral("\\\\"));
+        assignment.replace(u'"', QStringLiteral("\\\""));
+        quoted.append(escapeSpecifiers(u'"' + assignment + u'"'));
+    }
+    return quoted.join(u' ');
+}
+
 QString UnitText::encodeValue(const QString &text)
 {
     return QString::fromLatin1(text.toUtf8().toPercentEncoding());

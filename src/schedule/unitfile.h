@@ -58,6 +58,9 @@ QString execLine(const QString &program, const QStringList &arguments);
 // The words of a line execLine made, the program first; nothing for any other text.
 std::optional<QStringList> splitExecLine(const QString &line);
 
+// An Environment= line setting each "NAME=value" assignment as it stands.
+QString environmentLine(const QStringList &assignments);
+
 // Exact text for the program's own keys, which systemd leaves alone.
 QString encodeValue(const QString &text);
 std::optional<QString> decodeValue(const QString &text);

@@ -1,6 +1,8 @@
 #include "schedule/unitnames.h"
 
 #include <QByteArray>
+#include <QCryptographicHash>
+#include <QStringView>
 
 namespace {
 
@@ -20,23 +22,55 @@ int hexValue(char c)
     return -1;
 }
 
-} // namespace
-
-QString UnitNames::escape(const QString &name)
+QString escapeBytes(const QByteArray &bytes, bool atStart)
 {
-    const QByteArray bytes = name.toUtf8();
     QString escaped;
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const char c = bytes[i];
         if (c == '/')
             escaped += u'-';
-        else if (keptAsIs(c, i == 0))
+        else if (keptAsIs(c, atStart && i == 0))
             escaped += QLatin1Char(c);
         else
             escaped +=
                 QStringLiteral("\\x%1").arg(uint(static_cast<unsigned char>(c)), 2, 16, QLatin1Char('0'));
     }
     return escaped;
+}
+
+const QString shortMark = QStringLiteral("\\x_");
+
+} // namespace
+
+QString UnitNames::escape(const QString &name)
+{
+    return escapeBytes(name.toUtf8(), true);
+}
+
+QString UnitNames::fitted(const QString &name, int room)
+{
+    const QString escaped = escape(name);
+    if (escaped.size() <= room)
+        return escaped;
+    const QString mark =
+        shortMark + QString::fromLatin1(
+                        QCryptographicHash::hash(name.toUtf8(), QCryptographicHash::Sha256).toHex().left(16));
+    QString cut;
+    for (qsizetype at = 0; at < name.size();) {
+        // One character: a surrogate pair stays whole.
+        const qsizetype length = name[at].isHighSurrogate() && at + 1 < name.size() ? 2 : 1;
+        const QString piece = escapeBytes(QStringView(name).sliced(at, length).toUtf8(), at == 0);
+        if (cut.size() + piece.size() + mark.size() > room)
+            break;
+        cut += piece;
+        at += length;
+    }
+    return cut + mark;
+}
+
+bool UnitNames::isShortened(const QString &unitName)
+{
+    return unitName.contains(shortMark);
 }
 
 std::optional<QString> UnitNames::unescape(const QString &unitName)

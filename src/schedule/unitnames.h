@@ -16,4 +16,11 @@ QString escape(const QString &name);
 // The task name for a unit name Escape made; nothing for any other text.
 std::optional<QString> unescape(const QString &unitName);
 
+// The unit name for a task, at most room characters long: the escaped name
+// when it fits, else the escaped name cut after a whole character and marked
+// with a hash of the whole name. The mark starts with "\x_", which Escape
+// never writes, so a shortened name never reads back as another task's.
+QString fitted(const QString &name, int room);
+bool isShortened(const QString &unitName);
+
 } // namespace UnitNames

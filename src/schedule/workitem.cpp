@@ -43,6 +43,9 @@ void WorkItem::setTrigger(int index, const TriggerRecord &record)
 {
     if (index < 0 || index >= triggerCount())
         throw TaskErrors::subscriptOutOfRange();
+    // Refused here, as a scheduler refuses it, rather than saved and never run.
+    if (const QString problem = record.problem(); !problem.isEmpty())
+        throw TaskErrors::refused(problem);
     definition.triggers[index] = record;
 }
 

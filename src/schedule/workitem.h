@@ -15,7 +15,8 @@ struct WorkItem
     TaskDefinition definition;
 
     // The triggers by zero-based index, as a store's trigger interface offers
-    // them; an index outside the list fails.
+    // them; an index outside the list fails, and so does setting a record
+    // with values no scheduler takes (TriggerRecord::problem).
     int triggerCount() const;
     int CreateTrigger();
     TriggerRecord GetTrigger(int index) const;

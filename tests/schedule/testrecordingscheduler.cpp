@@ -131,6 +131,17 @@ TEST_F(Registering, ASecondClickInTheSameMinuteEndsSilently)
     EXPECT_TRUE(editor.owners.isEmpty());
 }
 
+TEST_F(Registering, CancelInTheDialogDeletesTheTaskJustMadeAndEndsTheClick)
+{
+    editor.confirmed = false;
+    prompt.answers = {true};
+    click(QTime(20, 15));
+    EXPECT_EQ(editor.owners.size(), 1);
+    EXPECT_TRUE(service.tasks.isEmpty()) << "no recording for a user who cancelled";
+    EXPECT_TRUE(prompt.shown.isEmpty());
+    EXPECT_EQ(opened, 0);
+}
+
 TEST_F(Registering, AStepTheStoreRefusesIsSkippedAndTheRestIsSaved)
 {
     service.refused.insert(TaskService::TextField::Comment, u"Recording from Jazz24"_s);

@@ -1,12 +1,12 @@
 // The scheduler classes over a task store in memory.
 #include "base/apperror.h"
-#include "support/errornumber.h"
-#include "support/memorytaskservice.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
 #include "schedule/taskerrors.h"
 #include "schedule/trigger.h"
 #include "schedule/triggers.h"
+#include "support/errornumber.h"
+#include "support/memorytaskservice.h"
 
 #include <gtest/gtest.h>
 
@@ -28,6 +28,17 @@ QByteArray record(std::initializer_list<quint32> words16, std::initializer_list<
     return bytes;
 }
 
+TriggerRecord onceAt2115()
+{
+    TriggerRecord trigger;
+    trigger.setWord(TriggerRecord::BeginYear, 2031);
+    trigger.setWord(TriggerRecord::BeginMonth, 1);
+    trigger.setWord(TriggerRecord::BeginDay, 31);
+    trigger.setWord(TriggerRecord::StartHour, 21);
+    trigger.setWord(TriggerRecord::StartMinute, 15);
+    return trigger;
+}
+
 class ScheduleTest : public ::testing::Test
 {
 public:
@@ -36,8 +47,9 @@ public:
     {
         TaskDefinition definition;
         for (int i = 0; i < triggers; ++i) {
-            TriggerRecord trigger;
+            TriggerRecord trigger = onceAt2115();
             trigger.setWord(TriggerRecord::StartHour, qint16(i + 1));
+            trigger.setWord(TriggerRecord::StartMinute, 0);
             definition.triggers.append(trigger);
         }
         service.save(name, definition);
@@ -254,6 +266,66 @@ TEST_F(ScheduleTest, RemovingATriggerLeavesTheOthersWithTheirOldIndexUntilUpdate
     EXPECT_EQ(triggers->item(1)->StartTime(), QTime(2, 0));
     task->Save();
     EXPECT_EQ(service.tasks.value(u"two"_s).triggers.size(), 1);
+}
+
+TEST_F(ScheduleTest, ATriggerWithValuesNoSchedulerTakesIsRefusedAndTheTaskKeepsItsOld)
+{
+    using R = TriggerRecord;
+    const auto typed = [](qint32 type, qint16 word0, qint16 word1, qint16 word2) {
+        TriggerRecord t = onceAt2115();
+        t.setLongWord(R::TriggerType, type);
+        t.setWord(R::TypeWord0, word0);
+        t.setWord(R::TypeWord1, word1);
+        t.setWord(R::TypeWord2, word2);
+        return t;
+    };
+    const auto changed = [](TriggerRecord t, R::Field field, qint32 value, bool wide = false) {
+        wide ? t.setLongWord(field, value) : t.setWord(field, qint16(value));
+        return t;
+    };
+    TriggerRecord ended = changed(onceAt2115(), R::Flags, R::FlagHasEndDate, true);
+    ended = changed(changed(changed(ended, R::EndYear, 2031), R::EndMonth, 1), R::EndDay, 30);
+    const struct
+    {
+        const char *what;
+        TriggerRecord record;
+        bool taken;
+    } rows[] = {{"once at 21:15", onceAt2115(), true},
+                {"month 13", changed(onceAt2115(), R::BeginMonth, 13), false},
+                {"February 30", changed(changed(onceAt2115(), R::BeginMonth, 2), R::BeginDay, 30), false},
+                {"hour 25", changed(onceAt2115(), R::StartHour, 25), false},
+                {"minute 60", changed(onceAt2115(), R::StartMinute, 60), false},
+                {"end before begin", ended, false},
+                {"end before begin, no end date", changed(ended, R::Flags, 0, true), true},
+                {"type 9", changed(onceAt2115(), R::TriggerType, 9, true), false},
+                {"interval not below duration",
+                 changed(changed(onceAt2115(), R::Duration, 30, true), R::Interval, 30, true), false},
+                {"random below zero", changed(onceAt2115(), R::RandomInterval, -1), false},
+                {"every 0 days", typed(R::Daily, 0, 0, 0), false},
+                {"every 2 weeks on no day", typed(R::Weekly, 2, 0, 0), false},
+                {"every 2 weeks on Sunday", typed(R::Weekly, 2, 1, 0), true},
+                {"day 32", typed(R::MonthlyDate, 0, qint16(0x8000), 0xFFF), false},
+                {"no month", typed(R::MonthlyDate, 1, 0, 0), false},
+                {"month 13 in the mask", typed(R::MonthlyDate, 1, 0, 0x1FFF), false},
+                {"sixth week", typed(R::MonthlyDow, 6, 1, 0xFFF), false},
+                {"last Monday of every month", typed(R::MonthlyDow, 5, 2, 0xFFF), true},
+                {"idle", typed(R::OnIdle, 0, 0, 0), true}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        TaskDefinition definition;
+        definition.triggers = {row.record};
+        service.save(u"bad"_s, definition);
+        schedule.Refresh();
+        const std::shared_ptr<Task> task = schedule.Job(u"bad"_s);
+        const std::shared_ptr<Trigger> trigger = task->Triggers()->item(1);
+        EXPECT_EQ(errorNumber([&] { trigger->Update(); }), row.taken ? 0 : int(AppError::InvalidArgument));
+        EXPECT_EQ(row.record.problem().isEmpty(), row.taken) << row.record.problem().toStdString();
+        const TriggerRecord before = changed(onceAt2115(), R::StartHour, 3);
+        service.tasks[u"bad"_s].triggers = {before};
+        EXPECT_EQ(errorNumber([&] { task->Save(); }), row.taken ? 0 : int(AppError::InvalidArgument));
+        EXPECT_EQ(service.tasks.value(u"bad"_s).triggers.first(), row.taken ? row.record : before)
+            << "a refused save leaves the store as it was";
+    }
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // The systemd store in a temporary unit folder, with systemctl replaced by a
 // recorder of its calls; the units it writes are checked by systemd's own tools.
 #include "base/apperror.h"
-#include "support/errornumber.h"
-#include "support/recordingsystemctl.h"
 #include "schedule/oncalendar.h"
+#include "schedule/recordingscheduler.h"
 #include "schedule/schedule.h"
 #include "schedule/systemdtaskservice.h"
 #include "schedule/task.h"
@@ -11,7 +10,13 @@
 #include "schedule/trigger.h"
 #include "schedule/triggers.h"
 #include "schedule/unitfile.h"
+#include "support/errornumber.h"
+#include "support/eventwait.h"
+#include "support/memorytaskservice.h"
+#include "support/recordingsystemctl.h"
+#include "support/scriptedprompt.h"
 #include "support/tempprofile.h"
+#include "support/usermanager.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,6 +24,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
@@ -70,6 +76,130 @@ QString escaped(const QString &name)
     escape.start(u"systemd-escape"_s, {u"--"_s, name});
     escape.waitForFinished();
     return QString::fromUtf8(escape.readAllStandardOutput()).trimmed();
+}
+
+// When systemd, reading the calendar itself, first starts it (in UTC); null when it cannot.
+QDateTime nextElapse(const QString &calendar)
+{
+    QProcess analyze;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"TZ"_s, u"UTC"_s);
+    analyze.setProcessEnvironment(environment);
+    analyze.start(u"systemd-analyze"_s, {u"calendar"_s, calendar});
+    if (!analyze.waitForFinished(20000) || analyze.exitCode() != 0)
+        return {};
+    const QRegularExpressionMatch next = QRegularExpression(u"Next elapse: \\w+ (\\S+ \\S+) UTC"_s)
+                                             .match(QString::fromUtf8(analyze.readAllStandardOutput()));
+    return next.hasMatch() ? QDateTime::fromString(next.captured(1), u"yyyy-MM-dd HH:mm:ss"_s) : QDateTime();
+}
+
+// The earliest of the calendars; null when one of them does not parse.
+QDateTime firstElapse(const QStringList &calendars)
+{
+    QDateTime first;
+    for (const QString &calendar : calendars) {
+        const QDateTime next = nextElapse(calendar);
+        if (next.isNull())
+            return {};
+        first = first.isNull() ? next : qMin(first, next);
+    }
+    return first;
+}
+
+TriggerRecord beginning(TriggerRecord record, QDate day)
+{
+    record.setWord(TriggerRecord::BeginYear, qint16(day.year()));
+    record.setWord(TriggerRecord::BeginMonth, qint16(day.month()));
+    record.setWord(TriggerRecord::BeginDay, qint16(day.day()));
+    return record;
+}
+
+TriggerRecord ending(TriggerRecord record, QDate day)
+{
+    record.setLongWord(TriggerRecord::Flags, TriggerRecord::FlagHasEndDate);
+    record.setWord(TriggerRecord::EndYear, qint16(day.year()));
+    record.setWord(TriggerRecord::EndMonth, qint16(day.month()));
+    record.setWord(TriggerRecord::EndDay, qint16(day.day()));
+    return record;
+}
+
+TEST(OnCalendar, BeginAndEndDaysBoundTheRepeatsAndSystemdReadsTheBoundsSo)
+{
+    using R = TriggerRecord;
+    const QDate today(2031, 1, 10);
+    const struct
+    {
+        const char *what;
+        TriggerRecord record;
+        QStringList calendars;
+        QDateTime first;
+    } rows[] = {
+        {"Mondays from mid-February",
+         beginning(trigger(R::Weekly, 6, 0, 1, 0x2), QDate(2031, 2, 15)),
+         {u"Mon 2031-02-15..31 06:00:00"_s, u"Mon 2031-03..12-* 06:00:00"_s,
+          u"Mon 2032..2199-*-* 06:00:00"_s},
+         QDateTime(QDate(2031, 2, 17), QTime(6, 0))},
+        {"every day, begun already",
+         beginning(trigger(R::Daily, 6, 0, 1), QDate(2031, 1, 1)),
+         {u"*-*-* 06:00:00"_s},
+         {}},
+        {"every day from 20 January to 5 March",
+         ending(beginning(trigger(R::Daily, 6, 0, 1), QDate(2031, 1, 20)), QDate(2031, 3, 5)),
+         {u"2031-01-20..31 06:00:00"_s, u"2031-02-* 06:00:00"_s, u"2031-03-01..05 06:00:00"_s},
+         QDateTime(QDate(2031, 1, 20), QTime(6, 0))},
+        {"the last Friday from 25 February",
+         beginning(trigger(R::MonthlyDow, 6, 0, 5, 0x20, 0xFFF), QDate(2031, 2, 25)),
+         {u"Fri 2031-02-25..28 06:00:00"_s, u"Fri 2031-03..12~01..07 06:00:00"_s,
+          u"Fri 2032..2199-*~01..07 06:00:00"_s},
+         QDateTime(QDate(2031, 2, 28), QTime(6, 0))},
+        {"the 1st and 15th of January and July from 12 January",
+         beginning(trigger(R::MonthlyDate, 6, 0, qint16(0x4001), 0, 0x41), QDate(2031, 1, 12)),
+         {u"2031-01-15 06:00:00"_s, u"2031-07-01,15 06:00:00"_s, u"2032..2199-01,07-01,15 06:00:00"_s},
+         QDateTime(QDate(2031, 1, 15), QTime(6, 0))},
+        {"ended before today", ending(trigger(R::Daily, 6, 0, 1), QDate(2031, 1, 5)), {}, {}},
+        {"once",
+         trigger(R::Once, 21, 15),
+         {u"2031-01-31 21:15:00"_s},
+         QDateTime(QDate(2031, 1, 31), QTime(21, 15))}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        const QStringList calendars = onCalendarsFor(row.record, today);
+        EXPECT_EQ(calendars, row.calendars);
+        const QDateTime first = firstElapse(calendars);
+        EXPECT_EQ(calendars.isEmpty() || first.isValid(), true) << "systemd cannot read them";
+        if (row.first.isValid()) {
+            EXPECT_EQ(first, row.first);
+        }
+    }
+}
+
+TEST(OnCalendar, EveryFewDaysOrWeeksIsLeftToAConditionCountedFromTheBeginDay)
+{
+    using R = TriggerRecord;
+    const QDate today = QDate::currentDate();
+    const struct
+    {
+        const char *what;
+        TriggerRecord record;
+        bool runsToday;
+    } rows[] = {
+        {"every 2 days from today", beginning(trigger(R::Daily, 6, 0, 2), today), true},
+        {"every 2 days from yesterday", beginning(trigger(R::Daily, 6, 0, 2), today.addDays(-1)), false},
+        {"every 3 days from 6 days ago", beginning(trigger(R::Daily, 6, 0, 3), today.addDays(-6)), true},
+        {"every 2 weeks from this week", beginning(trigger(R::Weekly, 6, 0, 2, 0x7F), today), true},
+        {"every 2 weeks from last week", beginning(trigger(R::Weekly, 6, 0, 2, 0x7F), today.addDays(-7)),
+         false},
+        {"every 2 weeks from 2 weeks ago", beginning(trigger(R::Weekly, 6, 0, 2, 0x7F), today.addDays(-14)),
+         true}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::optional<QStringList> condition = intervalCondition(row.record);
+        ASSERT_TRUE(condition);
+        EXPECT_EQ(onCalendarsFor(row.record, today).size(), 1) << "it runs on the plain calendar";
+        EXPECT_EQ(QProcess::execute(condition->first(), condition->mid(1)) == 0, row.runsToday);
+    }
+    EXPECT_FALSE(intervalCondition(trigger(R::Daily, 6, 0, 1)));
+    EXPECT_FALSE(intervalCondition(trigger(R::MonthlyDow, 6, 0, 2, 0x2, 0xFFF)));
 }
 
 class SystemdStore : public ProfileTest
@@ -148,18 +278,18 @@ TEST_F(SystemdStore, EveryPropertyComesBackExactlyAfterAFreshRefresh)
     odd.deadlineMinutes = -32768;
     odd.maxRunTime = -1;
     odd.priority = TaskPriority::High;
-    odd.triggers = {trigger(TriggerRecord::Daily, 6, 5, 1),
-                    trigger(TriggerRecord::Weekly, 7, 0, 1, 0x22),
-                    trigger(TriggerRecord::MonthlyDate, 8, 0, 1, qint16(0x8000), 0x801),
+    odd.triggers = {trigger(TriggerRecord::Daily, 6, 5, 1), trigger(TriggerRecord::Weekly, 7, 0, 1, 0x22),
+                    trigger(TriggerRecord::MonthlyDate, 8, 0, 1, qint16(0x4000), 0x801),
                     trigger(TriggerRecord::MonthlyDow, 9, 30, 5, 0x7F, 0xFFF),
-                    trigger(TriggerRecord::OnIdle, 0, 0),
-                    trigger(TriggerRecord::Daily, 6, 5, 3)};
+                    trigger(TriggerRecord::OnIdle, 0, 0)};
     odd.triggers[0].setWord(TriggerRecord::Reserved2, 0x1234);
     odd.triggers[1].setLongWord(TriggerRecord::Flags, TriggerRecord::FlagDisabled);
     TaskDefinition relative;
     relative.applicationName = u"tunecatch"_s;
     relative.priority = TaskPriority::Idle;
     relative.maxRunTime = 1;
+    relative.triggers = {trigger(TriggerRecord::Daily, 6, 5, 3)};
+    relative.triggers[0].setWord(TriggerRecord::RandomInterval, 15);
     const std::pair<QString, TaskDefinition> rows[] = {{u"Jazz24_2009-01-31_20-15"_s, recording()},
                                                        {u"Radio Één/2 .x"_s, odd},
                                                        {u".hidden"_s, relative},
@@ -205,7 +335,7 @@ TEST_F(SystemdStore, TheUnitsUseSystemdsOwnSettingsAndPassItsChecks)
     EXPECT_TRUE(unitText(u"weekly"_s, u".service"_s).contains(u"\nRuntimeMaxSec=5400000ms\nNice=19\n"_s));
     QStringList calendars;
     for (const TriggerRecord &record : weekly.triggers)
-        calendars.append(onCalendarFor(record).value_or(QString()));
+        calendars += onCalendarsFor(record, QDate(2031, 2, 1));
     EXPECT_EQ(calendars,
               (QStringList{u"*-*-* 06:05:00"_s, u"Sun,Sat *-*-* 07:00:00"_s, u"*-01,12-01,31 08:00:00"_s,
                            u"Mon *-*~01..07 09:30:00"_s, u"Fri *-01-08..14 09:30:00"_s}));
@@ -228,7 +358,7 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
     }
     EXPECT_EQ(service.taskNames(),
               (QStringList{u"Jazz24_2009-01-31_20-15"_s, u"Radio Één/2"_s, u".x@y\\z"_s}));
-    for (const QString &bad : {QString(), u"line\nbreak"_s, QString(250, u'é')})
+    for (const QString &bad : {QString(), u"line\nbreak"_s})
         EXPECT_EQ(errorNumber([&] { service.newWorkItem(bad); }), AppError::InvalidArgument) << bad.size();
     EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"Radio Één/2"_s); }),
               TaskErrors::FileAlreadyExistsNumber);
@@ -237,6 +367,53 @@ TEST_F(SystemdStore, NamesAreEscapedAsSystemdEscapesThemAndBadOnesAreRefused)
               AppError::InvalidArgument);
     EXPECT_EQ(errorNumber([&] { service.checkText(TaskService::TextField::WorkingDirectory, u"rel/dir"_s); }),
               AppError::InvalidArgument);
+}
+
+// Station names whose escaped form is longer than systemd's 255-byte unit names.
+TEST_F(SystemdStore, LongStationNamesAreScheduledListedAndDeletedUnderAShortenedUnitName)
+{
+    const QString cyrillic = u"Радио"_s.repeated(6);           // 30 letters
+    const QString cjk = u"古典音樂廣播電台東京"_s.repeated(2); // 20 letters
+    RecordingEditor editor;
+    ScriptedPrompt prompt;
+    QObject owner;
+    QStringList names;
+    for (const QString &station : QStringList{cyrillic, cjk, cyrillic + u'!', QString(300, u'x')}) {
+        RecordingInputs inputs;
+        inputs.station = station;
+        inputs.streamAddress = u"http://h/x"_s;
+        const RecordingScheduler scheduler(
+            inputs, [] { return QDateTime(QDate(2031, 1, 31), QTime(20, 15)); }, program);
+        scheduler.scheduleRecording(service, &editor, &owner, prompt, [] {});
+        names.append(scheduler.BuildTaskName());
+        const QString base = SystemdTaskService::unitBase(names.last());
+        EXPECT_LE((base + u".service"_s).toUtf8().size(), 255);
+        EXPECT_TRUE(QFileInfo::exists(unitFolder() + u'/' + base + u".timer"_s)) << "Schedule did nothing";
+    }
+    EXPECT_NE(SystemdTaskService::unitBase(names[0]), SystemdTaskService::unitBase(names[2]))
+        << "names that differ only past the cut keep their own units";
+    QStringList listed = service.taskNames();
+    listed.sort();
+    QStringList expected = names;
+    expected.sort();
+    EXPECT_EQ(listed, expected);
+    for (const QString &name : names) {
+        SCOPED_TRACE(name.toStdString());
+        const std::shared_ptr<Task> task = readBack(name);
+        ASSERT_NE(task, nullptr);
+        EXPECT_EQ(task->Comment(), u"Recording from "_s + name.section(u'_', 0, 0));
+        const QString base = unitFolder() + u'/' + SystemdTaskService::unitBase(name);
+        QProcess verify;
+        verify.setProcessChannelMode(QProcess::MergedChannels);
+        verify.start(u"systemd-analyze"_s,
+                     {u"verify"_s, u"--user"_s, base + u".timer"_s, base + u".service"_s});
+        ASSERT_TRUE(verify.waitForFinished(30000));
+        EXPECT_EQ(verify.exitCode(), 0) << verify.readAll().toStdString();
+    }
+    for (const QString &name : names)
+        service.remove(name);
+    EXPECT_TRUE(service.taskNames().isEmpty());
+    EXPECT_TRUE(QDir(unitFolder()).entryList(QDir::Files).isEmpty());
 }
 
 TEST_F(SystemdStore, FilesChangedByHandOrNotWrittenByTheProgramAreLeftOutAndAlone)
@@ -292,6 +469,10 @@ TEST_F(SystemdStore, ActivationGoesThroughSystemctlAndTheTimerIsLinkedOnlyWhenIt
                                             u"stop --no-block "_s + base + u".service"_s,
                                             u"stop "_s + base + u".timer"_s, u"daemon-reload"_s}));
     EXPECT_TRUE(QDir(unitFolder()).entryList(QDir::Files).isEmpty());
+    // A new task that cannot start yet (the Schedule button's first save) is no news to the manager.
+    systemctl.calls.clear();
+    Schedule(service).CreateTask(u"new"_s);
+    EXPECT_TRUE(systemctl.calls.isEmpty());
 }
 
 TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
@@ -311,42 +492,51 @@ TEST_F(SystemdStore, WithoutAUserManagerTheTaskIsStillSavedAndReportsNothing)
     EXPECT_EQ(readBack(u"offline"_s)->ApplicationName(), program);
 }
 
-TEST_F(SystemdStore, RunFactsAreReadFromSystemctlShow)
+TEST_F(SystemdStore, RunFactsAreReadFromOneSystemctlShowForAllListedTasks)
 {
     service.save(u"shown"_s, recording());
-    // What `systemctl show` prints for the timer, then for the service.
+    service.save(u"zother"_s, recording());
+    // What `systemctl show` prints for a timer, then for its service.
     const auto show = [](const char *next, const char *last, const char *start, int status,
                          const char *active) -> QByteArray {
         return "NextElapseUSecRealtime="_ba + next + "\nLastTriggerUSec=" + last +
                "\nActiveState=active\n\n" + "ExecMainStartTimestamp=" + start +
-               "\nExecMainStatus=" + QByteArray::number(status) + "\nActiveState=" + active + "\n";
+               "\nExecMainStatus=" + QByteArray::number(status) + "\nActiveState=" + active + "\n\n";
     };
     const QDateTime at2115(QDate(2031, 1, 31), QTime(21, 15), QTimeZone::utc());
     const char *const at2115Text = "Fri 2031-01-31 21:15:00 UTC";
     const QDateTime started = QDateTime::fromSecsSinceEpoch(1927487700);
+    const QByteArray other = show("", "", "", 7, "inactive");
     const struct
     {
         QByteArray output;
         qint32 status, exitCode;
         QDateTime last, next;
-    } rows[] = {{show(at2115Text, "", "", 0, "inactive"), TaskStatus::HasNotRun, 0, {}, at2115},
-                {show("", at2115Text, "@1927487700", 0, "active"), TaskStatus::Running, 0, started, {}},
-                {show("", at2115Text, "", 3, "failed"), TaskStatus::NoMoreRuns, 3, at2115, {}},
-                {show("", "", "", 0, "inactive"), TaskStatus::NotScheduled, 0, {}, {}},
-                {"garbage", 0, 0, {}, {}}};
+    } rows[] = {
+        {show(at2115Text, "", "", 0, "inactive") + other, TaskStatus::HasNotRun, 0, {}, at2115},
+        {show("", at2115Text, "@1927487700", 0, "active") + other, TaskStatus::Running, 0, started, {}},
+        {show("", at2115Text, "", 3, "failed") + other, TaskStatus::NoMoreRuns, 3, at2115, {}},
+        {show("", "", "", 0, "inactive") + other, TaskStatus::NotScheduled, 0, {}, {}},
+        {"garbage", 0, 0, {}, {}}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.output.toStdString());
         systemctl.showOutput = row.output;
+        service.taskNames();
+        EXPECT_EQ(service.managerReachable(), std::nullopt) << "a new listing asks again";
+        QSignalSpy known(&service, &SystemdTaskService::runStatesKnown);
+        service.queryRunStates();
+        EXPECT_EQ(known.size(), 1);
         const TaskRunState state = service.runState(u"shown"_s);
         EXPECT_EQ(state.status, row.status);
         EXPECT_EQ(state.exitCode, row.exitCode);
         EXPECT_EQ(state.lastRun, row.last);
         EXPECT_EQ(state.nextRun, row.next);
+        EXPECT_EQ(service.runState(u"zother"_s).exitCode, row.output == "garbage" ? 0 : 7);
     }
-    EXPECT_TRUE(
-        systemctl.calls.contains(u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,"
-                                 "LastTriggerUSec,ExecMainStartTimestamp,ExecMainStatus -- shown.timer "
-                                 "shown.service"_s));
+    EXPECT_EQ(
+        systemctl.calls.last(),
+        u"show --timestamp=unix --property=ActiveState,NextElapseUSecRealtime,LastTriggerUSec,"
+        "ExecMainStartTimestamp,ExecMainStatus -- shown.timer shown.service zother.timer zother.service"_s);
 }
 
 TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhenItStops)
@@ -362,6 +552,9 @@ TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhen
     ASSERT_TRUE(match.hasMatch());
     const std::optional<QStringList> words = UnitText::splitExecLine(match.captured(1));
     ASSERT_TRUE(words);
+    EXPECT_TRUE(unitText(u"once"_s, u".service"_s)
+                    .contains(u"\nExecStopPost=systemctl --user --no-block daemon-reload\n"_s))
+        << "the manager forgets the removed units";
     QProcess rm;
     rm.start(words->first(), words->mid(1));
     ASSERT_TRUE(rm.waitForFinished(10000));
@@ -369,6 +562,185 @@ TEST_F(SystemdStore, AOnceOnlyTaskThatDeletesItselfRemovesExactlyItsOwnFilesWhen
     QStringList left = QDir(unitFolder()).entryList(QDir::Files | QDir::System, QDir::Name);
     left += QDir(unitFolder() + u"/timers.target.wants"_s).entryList(QDir::Files | QDir::System, QDir::Name);
     EXPECT_EQ(left, (QStringList{u"daily.service"_s, u"daily.timer"_s, u"daily.timer"_s}));
+}
+
+TEST_F(SystemdStore, AWeeklyTaskWithABeginDayNextMonthDoesNotRunBeforeIt)
+{
+    const QDate begin = QDate::currentDate().addMonths(1);
+    TaskDefinition weekly = recording();
+    weekly.triggers = {beginning(trigger(TriggerRecord::Weekly, 7, 0, 1, 0x7F), begin)};
+    service.save(u"weekly"_s, weekly);
+    QStringList calendars;
+    for (const QString &line : unitText(u"weekly"_s, u".timer"_s).split(u'\n')) {
+        if (line.startsWith(u"OnCalendar="))
+            calendars.append(line.section(u'=', 1));
+    }
+    EXPECT_EQ(firstElapse(calendars), QDateTime(begin, QTime(7, 0)));
+    expectVerified(u"weekly"_s);
+}
+
+TEST_F(SystemdStore, ATaskTheUnitsCannotRunAsSetIsRefusedAtSaveWithItsReason)
+{
+    using R = TriggerRecord;
+    const auto with = [](TriggerRecord record, R::Field field, qint32 value, bool wide = false) {
+        wide ? record.setLongWord(field, value) : record.setWord(field, qint16(value));
+        return record;
+    };
+    const TriggerRecord once = trigger(R::Once, 21, 15);
+    const TriggerRecord everyOtherDay = trigger(R::Daily, 6, 0, 2);
+    const struct
+    {
+        const char *what;
+        QList<TriggerRecord> triggers;
+        QString refusal; // a part of the reason; empty when saved
+    } rows[] = {{"every 10 minutes for an hour",
+                 {with(with(once, R::Duration, 60, true), R::Interval, 10, true)},
+                 u"every few minutes"_s},
+                {"every other day beside another start", {everyOtherDay, once}, u"every few days or weeks"_s},
+                {"different random delays",
+                 {with(once, R::RandomInterval, 5), with(trigger(R::Daily, 6, 0, 1), R::RandomInterval, 10)},
+                 u"same random delay"_s},
+                {"month 13", {with(once, R::BeginMonth, 13)}, u"does not exist"_s},
+                {"every other day alone", {everyOtherDay}, {}},
+                {"the same random delay",
+                 {with(once, R::RandomInterval, 5), with(trigger(R::Daily, 6, 0, 1), R::RandomInterval, 5)},
+                 {}}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        TaskDefinition definition = recording();
+        definition.triggers = row.triggers;
+        const QString name = QString::fromLatin1(row.what);
+        try {
+            service.save(name, definition);
+            EXPECT_TRUE(row.refusal.isEmpty()) << "saved";
+        } catch (const AppError &error) {
+            EXPECT_EQ(error.number(), AppError::InvalidArgument);
+            EXPECT_TRUE(!row.refusal.isEmpty() && error.description().contains(row.refusal))
+                << error.description().toStdString();
+        }
+        EXPECT_EQ(QFileInfo::exists(unitFolder() + u'/' + escaped(name) + u".timer"_s),
+                  row.refusal.isEmpty());
+    }
+    EXPECT_TRUE(unitText(u"the same random delay"_s, u".timer"_s).contains(u"\nRandomizedDelaySec=5min\n"_s));
+    EXPECT_TRUE(
+        unitText(u"every other day alone"_s, u".service"_s).contains(u"\nExecCondition=/bin/sh -c "_s));
+    expectVerified(u"every other day alone"_s);
+}
+
+TEST_F(SystemdStore, AnInteractiveRecordingGetsTheSessionsDisplay)
+{
+    SystemdTaskService shown(unitFolder(), systemctl, {u"DISPLAY=:77"_s, u"XAUTHORITY=/home/ann/x \"1\""_s});
+    SystemdTaskService displayless(unitFolder(), systemctl, {});
+    TaskDefinition interactive = recording();
+    TaskDefinition unseen = recording();
+    unseen.flags &= ~TaskFlags::Interactive;
+    shown.save(u"interactive"_s, interactive);
+    shown.save(u"unseen"_s, unseen);
+    displayless.save(u"displayless"_s, interactive);
+    EXPECT_TRUE(unitText(u"interactive"_s, u".service"_s)
+                    .contains(u"\nEnvironment=\"DISPLAY=:77\" \"XAUTHORITY=/home/ann/x \\\"1\\\"\"\n"_s));
+    EXPECT_FALSE(unitText(u"unseen"_s, u".service"_s).contains(u"Environment="_s));
+    EXPECT_FALSE(unitText(u"displayless"_s, u".service"_s).contains(u"Environment="_s));
+    EXPECT_TRUE(shown.showsWindow(interactive));
+    EXPECT_FALSE(shown.showsWindow(unseen));
+    EXPECT_FALSE(displayless.showsWindow(interactive));
+    expectVerified(u"interactive"_s);
+    qputenv("DISPLAY", ":5");
+    qunsetenv("WAYLAND_DISPLAY");
+    qunsetenv("XAUTHORITY");
+    EXPECT_EQ(SystemdTaskService::sessionDisplay(), QStringList{u"DISPLAY=:5"_s});
+    qunsetenv("DISPLAY");
+}
+
+TEST_F(SystemdStore, AServiceLeftWithoutItsTimerIsCleanedUpAndKeepsNoNameFromUse)
+{
+    const auto orphan = [this](const QString &name, int minutesOld) {
+        service.save(name, recording());
+        QFile::remove(service.pathsFor(name).timer);
+        QFile file(service.pathsFor(name).service);
+        file.open(QIODevice::ReadWrite);
+        file.setFileTime(QDateTime::currentDateTime().addSecs(-60 * minutesOld),
+                         QFileDevice::FileModificationTime);
+    };
+    orphan(u"old"_s, 2);
+    orphan(u"fresh"_s, 0);
+    TempProfile::writeFile(unitFolder() + u"/mine.service"_s, "[Service]\nExecStart=/bin/true\n");
+    EXPECT_TRUE(service.taskNames().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(service.pathsFor(u"old"_s).service));
+    EXPECT_TRUE(QFileInfo::exists(service.pathsFor(u"fresh"_s).service)) << "perhaps a save in progress";
+    EXPECT_TRUE(QFileInfo::exists(unitFolder() + u"/mine.service"_s)) << "not the program's";
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"fresh"_s); }), 0);
+    EXPECT_FALSE(QFileInfo::exists(service.pathsFor(u"fresh"_s).service));
+    EXPECT_EQ(errorNumber([&] { service.newWorkItem(u"mine"_s); }), TaskErrors::FileAlreadyExistsNumber);
+}
+
+// systemd itself reads the units and runs them, in a user service manager of the test's own.
+TEST_F(SystemdStore, SystemdRunsTheUnitsAsWritten)
+{
+    UserManager manager;
+    if (!manager.running())
+        GTEST_SKIP() << manager.why().toStdString();
+    const QString folder = QFileInfo(program).absolutePath();
+    // A program that writes down the words it was given and its environment.
+    const auto echo = [&folder](const QString &name) {
+        const QString path = folder + u'/' + name;
+        TempProfile::writeFile(path, "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.args\"\nenv > \"$0.env\"\n");
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        return path;
+    };
+    const auto start = [](const QString &unit) {
+        EXPECT_EQ(UserManager::systemctl({u"daemon-reload"_s}).exitCode, 0);
+        const Systemctl::Result started = UserManager::systemctl({u"start"_s, u"--"_s, unit});
+        EXPECT_EQ(started.exitCode, 0) << started.error.toStdString();
+    };
+    SystemdTaskService store(unitFolder(), systemctl, {u"DISPLAY=:77"_s});
+
+    // Run once, interactive, deleted when done: its words and display, then nothing left.
+    TaskDefinition once = recording();
+    once.applicationName = echo(u"echo 100% args"_s);
+    once.parameters = u"-s D:\\My Music\\ -a http://h/x?a=$HOME&b=%20 -w \"Jazz\" 'n' ;  Één  -v"_s;
+    store.save(u"run me"_s, once);
+    start(QFileInfo(store.pathsFor(u"run me"_s).service).fileName());
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(once.applicationName + u".env"_s); }, 20000));
+    ASSERT_TRUE(waitUntil([&] { return !QFileInfo::exists(store.pathsFor(u"run me"_s).timer); }, 20000));
+    EXPECT_EQ(QString::fromUtf8(TempProfile::readFile(once.applicationName + u".args"_s)).split(u'\n'),
+              once.parameters.split(u' ') + QStringList{QString()});
+    EXPECT_TRUE(TempProfile::readFile(once.applicationName + u".env"_s).contains("\nDISPLAY=:77\n"));
+    EXPECT_TRUE(waitUntil(
+        [] {
+            return !UserManager::systemctl({u"list-units"_s, u"--all"_s, u"--plain"_s, u"--no-legend"_s})
+                        .output.contains("run\\x20me");
+        },
+        20000))
+        << "the manager reloaded after the files went";
+
+    // Every other day counted from yesterday: not today.
+    TaskDefinition everyOther = recording();
+    everyOther.applicationName = echo(u"every other"_s);
+    everyOther.flags = 0;
+    everyOther.triggers = {
+        beginning(trigger(TriggerRecord::Daily, 6, 0, 2), QDate::currentDate().addDays(-1))};
+    store.save(u"every other"_s, everyOther);
+    const QString unit = QFileInfo(store.pathsFor(u"every other"_s).service).fileName();
+    start(unit);
+    EXPECT_EQ(UserManager::systemctl({u"show"_s, u"--property=ConditionResult"_s, u"--"_s, unit}).output,
+              "ConditionResult=no\n");
+    EXPECT_FALSE(QFileInfo::exists(everyOther.applicationName + u".args"_s));
+
+    // A weekly timer that begins next month is due next month.
+    const QDate begin = QDate::currentDate().addMonths(1);
+    TaskDefinition weekly = recording();
+    weekly.triggers = {beginning(trigger(TriggerRecord::Weekly, 7, 0, 1, 0x7F), begin)};
+    store.save(u"weekly"_s, weekly);
+    const QString timer = QFileInfo(store.pathsFor(u"weekly"_s).timer).fileName();
+    start(timer);
+    // The timer's own times come as "Thu 2031-01-31 07:00:00 UTC", whatever is asked.
+    const QString next = QString::fromUtf8(
+        UserManager::systemctl({u"show"_s, u"--property=NextElapseUSecRealtime"_s, u"--"_s, timer}).output);
+    EXPECT_EQ(next, u"NextElapseUSecRealtime="_s +
+                        QDateTime(begin, QTime(7, 0)).toUTC().toString(u"ddd yyyy-MM-dd HH:mm:ss"_s) +
+                        u" UTC\n"_s)
+        << next.toStdString();
 }
 
 TEST_F(SystemdStore, AFolderThatCannotBeWrittenFailsTheSaveWithItsPath)

@@ -25,6 +25,10 @@ public:
     TaskRunState runState(const QString &) override { return {}; }
     void run(const QString &name) override;
     void terminate(const QString &) override {}
+    bool showsWindow(const TaskDefinition &definition) const override
+    {
+        return definition.flags & TaskFlags::Interactive;
+    }
     QStringList order;
     QMap<QString, TaskDefinition> tasks;
     QSet<QString> unreadable;
@@ -37,10 +41,15 @@ private:
     QString m_computer;
 };
 
-// A property sheet that records where it was opened.
+// A property sheet that records where it was opened and answers with confirmed.
 class RecordingEditor : public TaskEditor
 {
 public:
-    void editTask(Task &, QObject *owner) override { owners.append(owner); }
+    bool editTask(Task &, QObject *owner) override
+    {
+        owners.append(owner);
+        return confirmed;
+    }
     QList<QObject *> owners;
+    bool confirmed = true;
 };

@@ -1,6 +1,6 @@
 #include "support/recordingsystemctl.h"
 
-Systemctl::Result RecordingSystemctl::run(const QStringList &arguments)
+void RecordingSystemctl::call(const QStringList &arguments, Done done)
 {
     calls.append(arguments.join(u' '));
     Result result;
@@ -8,5 +8,6 @@ Systemctl::Result RecordingSystemctl::run(const QStringList &arguments)
     result.exitCode = reachable ? 0 : 1;
     if (reachable && arguments.first() == u"show")
         result.output = showOutput;
-    return result;
+    if (done)
+        done(result);
 }

@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -20,6 +21,14 @@ QString when(const QDateTime &moment, const QString &none)
     return moment.isNull() ? none : moment.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
+// The columns the manager's answer fills.
+void setRunState(QTreeWidgetItem *item, const TaskRunState &state)
+{
+    item->setText(FrmScheduledTasks::ColumnNextRun, when(state.nextRun, FrmScheduledTasks::tr("None")));
+    item->setText(FrmScheduledTasks::ColumnLastRun, when(state.lastRun, FrmScheduledTasks::tr("Never")));
+    item->setText(FrmScheduledTasks::ColumnStatus, TaskStatus::text(state.status));
+}
+
 QPushButton *button(const QString &caption, const QString &name)
 {
     auto *made = new QPushButton(caption);
@@ -28,6 +37,11 @@ QPushButton *button(const QString &caption, const QString &name)
 }
 
 } // namespace
+
+QString FrmScheduledTasks::askingNotice()
+{
+    return tr("Asking the user service manager when the recordings run...");
+}
 
 QString FrmScheduledTasks::noManagerNotice()
 {
@@ -48,7 +62,14 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
     m_lblNotice = new QLabel(noManagerNotice());
     m_lblNotice->setObjectName(QStringLiteral("lblNotice"));
     m_lblNotice->setWordWrap(true);
-    m_lblNotice->setStyleSheet(QStringLiteral("color: #b3261e;"));
+    m_barBusy = new QProgressBar;
+    m_barBusy->setObjectName(QStringLiteral("barBusy"));
+    m_barBusy->setAccessibleName(tr("Waiting for the service manager"));
+    m_barBusy->setRange(0, 0);
+    m_barBusy->setMaximumHeight(m_barBusy->fontMetrics().height());
+    m_barBusy->setVisible(m_parts.setup().systemctl->busy());
+    connect(m_parts.setup().systemctl.get(), &Systemctl::busyChanged, m_barBusy, &QWidget::setVisible);
+    connect(&m_parts.service(), &SystemdTaskService::runStatesKnown, this, &FrmScheduledTasks::showRunStates);
 
     m_lstTasks = new QTreeWidget;
     m_lstTasks->setObjectName(QStringLiteral("lstTasks"));
@@ -71,6 +92,7 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_lblNotice);
+    layout->addWidget(m_barBusy);
     layout->addWidget(m_lstTasks);
     layout->addLayout(buttons);
 
@@ -89,13 +111,8 @@ void FrmScheduledTasks::refreshList()
         m_lstTasks->currentItem() ? m_lstTasks->currentItem()->text(ColumnName) : QString();
     m_lstTasks->clear();
     m_schedule.Refresh();
-    SystemdTaskService &service = m_parts.service();
-    m_lblNotice->setVisible(!service.isRunning());
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
-        const TaskRunState state = service.runState(task->Name());
-        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, tr("None")),
-                                                      when(state.lastRun, tr("Never")),
-                                                      TaskStatus::text(state.status), task->CommandLine()});
+        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), {}, {}, {}, task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             m_lstTasks->setCurrentItem(item);
@@ -106,6 +123,27 @@ void FrmScheduledTasks::refreshList()
         m_lstTasks->resizeColumnToContents(column);
     m_cmdEdit->setEnabled(m_lstTasks->currentItem());
     m_cmdDelete->setEnabled(m_lstTasks->currentItem());
+    showNotice();
+    m_parts.service().queryRunStates();
+}
+
+void FrmScheduledTasks::showRunStates()
+{
+    for (int row = 0; row < m_lstTasks->topLevelItemCount(); ++row) {
+        QTreeWidgetItem *item = m_lstTasks->topLevelItem(row);
+        setRunState(item, m_parts.service().runState(item->text(ColumnName)));
+    }
+    for (int column = 0; column < ColumnCommandLine; ++column)
+        m_lstTasks->resizeColumnToContents(column);
+    showNotice();
+}
+
+void FrmScheduledTasks::showNotice()
+{
+    const std::optional<bool> reachable = m_parts.service().managerReachable();
+    m_lblNotice->setText(reachable ? noManagerNotice() : askingNotice());
+    m_lblNotice->setStyleSheet(reachable ? QStringLiteral("color: #b3261e;") : QString());
+    m_lblNotice->setVisible(reachable != true);
 }
 
 std::shared_ptr<Task> FrmScheduledTasks::selectedTask() const

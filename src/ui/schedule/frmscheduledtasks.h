@@ -7,12 +7,15 @@
 
 class Prompt;
 class QLabel;
+class QProgressBar;
 class QPushButton;
 class QTreeWidget;
 
 // The program's list of its scheduled recordings: name, next and last run,
-// status and command line, with Edit (the task dialog) and Delete. It says so
-// when no user service manager can be reached, since then nothing starts.
+// status and command line, with Edit (the task dialog) and Delete. The tasks
+// show at once; their runs and status follow when the user service manager
+// answers, which the window waits for without freezing. It says so when no
+// manager can be reached, since then nothing starts.
 class FrmScheduledTasks : public QWidget
 {
     Q_OBJECT
@@ -30,6 +33,8 @@ public:
 
     // Shown above the list while no user service manager runs the timers.
     static QString noManagerNotice();
+    // Shown above the list while the manager has not answered yet.
+    static QString askingNotice();
 
     FrmScheduledTasks(const SchedulingSetup &setup, Prompt &prompt, QWidget *parent = nullptr);
 
@@ -39,6 +44,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void showRunStates();
+    void showNotice();
     void cmdEditClick();
     void cmdDeleteClick();
     std::shared_ptr<Task> selectedTask() const;
@@ -48,6 +55,7 @@ private:
     Schedule m_schedule;
 
     QLabel *m_lblNotice = nullptr;
+    QProgressBar *m_barBusy = nullptr;
     QTreeWidget *m_lstTasks = nullptr;
     QPushButton *m_cmdEdit = nullptr;
     QPushButton *m_cmdDelete = nullptr;

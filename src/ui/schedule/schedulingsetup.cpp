@@ -15,13 +15,15 @@ SchedulingSetup completed(SchedulingSetup setup)
         setup.systemctl = std::make_shared<ProcessSystemctl>();
     if (setup.programPath.isEmpty())
         setup.programPath = QCoreApplication::applicationFilePath();
+    if (!setup.display)
+        setup.display = SystemdTaskService::sessionDisplay();
     return setup;
 }
 
 } // namespace
 
 SchedulerParts::SchedulerParts(const SchedulingSetup &setup)
-    : m_setup(completed(setup)), m_service(m_setup.unitFolder, *m_setup.systemctl),
+    : m_setup(completed(setup)), m_service(m_setup.unitFolder, *m_setup.systemctl, *m_setup.display),
       m_editor(m_setup.answerDialog)
 {
 }

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class Prompt;
 class QWidget;
@@ -23,6 +24,7 @@ struct SchedulingSetup
     std::shared_ptr<Systemctl> systemctl;  // null: `systemctl --user`
     TaskDialogEditor::Answer answerDialog; // null: the dialog waits for the user
     QString programPath;                   // empty: this program
+    std::optional<QStringList> display;    // nothing: this session's display variables
 };
 
 // The scheduler parts a window works with, made from a setup.

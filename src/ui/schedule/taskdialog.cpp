@@ -75,6 +75,12 @@ QString TaskDialog::pastNotice()
     return tr("This start time has already passed: the recording will not start. Choose a later time.");
 }
 
+QString TaskDialog::windowlessNotice()
+{
+    return tr("The recording will run without a window: you will not see it, and only its stop condition "
+              "ends it.");
+}
+
 void TaskDialog::buildControls()
 {
     m_dtStart = named(new QDateEdit, QStringLiteral("dtStart"), tr("Start date"));
@@ -115,6 +121,9 @@ void TaskDialog::buildControls()
     m_lblNotice->setObjectName(QStringLiteral("lblNotice"));
     m_lblNotice->setWordWrap(true);
     m_lblNotice->setStyleSheet(QStringLiteral("color: #b3261e;"));
+    m_lblWindow = new QLabel;
+    m_lblWindow->setObjectName(QStringLiteral("lblWindow"));
+    m_lblWindow->setWordWrap(true);
 
     m_form = new QFormLayout;
     QFormLayout *form = m_form;
@@ -134,6 +143,7 @@ void TaskDialog::buildControls()
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
+    layout->addWidget(m_lblWindow);
     layout->addWidget(m_lblNotice);
     layout->addWidget(buttons);
 
@@ -171,6 +181,8 @@ void TaskDialog::load()
     m_txtStop->setText(m_loadedStop.value);
     m_txtStop->setEnabled(m_loadedStop.kind != StopCondition::None);
     m_txtComment->setText(m_task.Comment());
+    m_lblWindow->setText(m_task.showsWindow() ? QString() : windowlessNotice());
+    m_lblWindow->setVisible(!m_task.showsWindow());
 }
 
 void TaskDialog::showRepeat()
@@ -246,11 +258,11 @@ void TaskDialog::accept()
 
 TaskDialogEditor::TaskDialogEditor(Answer answer) : m_answer(std::move(answer)) {}
 
-void TaskDialogEditor::editTask(Task &task, QObject *owner)
+bool TaskDialogEditor::editTask(Task &task, QObject *owner)
 {
     TaskDialog dialog(task, qobject_cast<QWidget *>(owner));
-    if (m_answer)
-        m_answer(dialog);
-    else
-        dialog.exec();
+    if (!m_answer)
+        return dialog.exec() == QDialog::Accepted;
+    m_answer(dialog);
+    return dialog.result() == QDialog::Accepted;
 }

@@ -40,6 +40,8 @@ public:
 
     // Shown under the inputs while a one-time start lies in the past.
     static QString pastNotice();
+    // Shown when the recording will run without a window.
+    static QString windowlessNotice();
 
     TaskDialog(Task &task, QWidget *parent = nullptr);
 
@@ -68,6 +70,7 @@ private:
     QLineEdit *m_txtStop = nullptr;
     QLineEdit *m_txtComment = nullptr;
     QLabel *m_lblNotice = nullptr;
+    QLabel *m_lblWindow = nullptr;
 };
 
 // Shows tasks in the TaskDialog, modal over their owner.
@@ -80,7 +83,7 @@ public:
 
     explicit TaskDialogEditor(Answer answer = {});
 
-    void editTask(Task &task, QObject *owner) override;
+    bool editTask(Task &task, QObject *owner) override;
 
 private:
     Answer m_answer;

@@ -97,4 +97,29 @@ TEST_F(StoredTaskTest, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
     stored()->Edit(nullptr);
 }
 
+TEST_F(StoredTaskTest, TheDialogSaysWhenTheRecordingWillRunWithoutAWindow)
+{
+    const struct
+    {
+        qint32 flags;
+        QStringList display;
+        bool windowless;
+    } rows[] = {{TaskFlags::Interactive, {u"DISPLAY=:0"_s}, false},
+                {TaskFlags::Interactive, {}, true},
+                {0, {u"DISPLAY=:0"_s}, true}};
+    for (const auto &row : rows) {
+        setup.display = row.display;
+        parts = std::make_unique<SchedulerParts>(setup);
+        const std::shared_ptr<Task> task = stored();
+        task->SetFlags(row.flags);
+        task->Save();
+        answer = [&row](TaskDialog &dialog) {
+            const QLabel *window = child<QLabel>(&dialog, "lblWindow");
+            EXPECT_EQ(window->isVisibleTo(&dialog), row.windowless);
+            EXPECT_EQ(window->text(), row.windowless ? TaskDialog::windowlessNotice() : QString());
+        };
+        stored()->Edit(nullptr);
+    }
+}
+
 } // namespace
