@@ -40,6 +40,14 @@ TEST_F(StoredTaskTest, TheWindowListsTheTasksAndDeletesOrEditsThem)
     EXPECT_EQ(row->text(FrmScheduledTasks::ColumnCommandLine), commandLine);
     EXPECT_FALSE(child<QLabel>(window, "lblNotice")->isVisible());
     expectAccessibleNames(window);
+    // Cancel on a listed task keeps it as it was.
+    answer = [](TaskDialog &dialog) {
+        child<QLineEdit>(&dialog, "txtComment")->setText(u"edited"_s);
+        QTest::mouseClick(child<QPushButton>(&dialog, "cmdCancel"), Qt::LeftButton);
+    };
+    QTest::mouseClick(child<QPushButton>(window, "cmdEdit"), Qt::LeftButton);
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(stored()->Comment(), u"Recording from Jazz 24"_s);
     answer = [](TaskDialog &dialog) {
         child<QLineEdit>(&dialog, "txtComment")->setText(u"edited"_s);
         QTest::mouseClick(child<QPushButton>(&dialog, "cmdOk"), Qt::LeftButton);

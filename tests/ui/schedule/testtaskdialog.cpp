@@ -44,7 +44,7 @@ TEST_F(StoredTaskTest, TheDialogShowsTheTaskAndOkSavesTheChanges)
         QTest::mouseClick(child<QPushButton>(&dialog, "cmdOk"), Qt::LeftButton);
         EXPECT_EQ(dialog.result(), QDialog::Accepted);
     };
-    stored()->ShowProperties(nullptr);
+    EXPECT_TRUE(stored()->ShowProperties(nullptr)) << "OK confirms";
     ASSERT_TRUE(shown);
     const std::shared_ptr<Task> task = stored();
     ASSERT_NE(task, nullptr);
@@ -85,7 +85,7 @@ TEST_F(StoredTaskTest, CancelEscapeAndRefusedInputLeaveTheTaskAsSaved)
             cancel(dialog);
             EXPECT_NE(dialog.result(), QDialog::Accepted);
         };
-        stored()->Edit(nullptr);
+        EXPECT_FALSE(stored()->Edit(nullptr)) << "nothing was confirmed";
         EXPECT_EQ(TempProfile::readFile(parts->service().fileName(taskName)), before);
     }
     answer = [](TaskDialog &dialog) {
