@@ -214,7 +214,8 @@ TEST_F(LaunchTest, TerminatingARecordingWritesWhatWasStillCached)
     ASSERT_TRUE(server.start());
     ASSERT_NO_FATAL_FAILURE(launch(u"-a %1 -w Loop -s ./%STATION%.mp3"_s.arg(server.url())));
     // Below the 64000-byte cache: only the interval before the first title is on disk.
-    QTRY_VERIFY_WITH_TIMEOUT(server.clientCount() == 1 && server.sent(0).audio.size() >= 48000, 20000);
+    ASSERT_TRUE(waitUntil([this] { return server.clientCount() == 1 && server.sent(0).audio.size() >= 48000; },
+                          20000));
     const QString file = profile.dataFolder() + u"Rec/Loop.mp3"_s;
     const qint64 before = QFileInfo(file).size();
     EXPECT_LE(before, 8000);
