@@ -123,6 +123,7 @@ TEST_F(SilentManager, CancelInTheDialogTakesBackTheTaskTheClickMadeOkKeepsIt)
         inputs, [] { return QDateTime(QDate(2031, 1, 31), QTime(20, 16)); }, prompt, setup, &owner);
     EXPECT_EQ(unitFiles().size(), 3) << unitFiles().join(u' ').toStdString();
     EXPECT_EQ(prompt.texts(), QStringList{u"Do you wish open Task Scheduler?"_s});
+    EXPECT_TRUE(waitUntil([this] { return !setup.systemctl->busy(); }, 20000));
 }
 
 } // namespace
