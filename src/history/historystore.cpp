@@ -45,7 +45,8 @@ QString HistoryStore::pathIn(const QString &dataFolder)
 
 QString HistoryStore::open()
 {
-    Q_ASSERT(!m_writer);
+    if (m_writer)
+        return {};
     QDir().mkpath(QFileInfo(m_path).absolutePath());
     HistoryFile::Contents contents = HistoryFile::read(m_path, m_limit);
     QString message;

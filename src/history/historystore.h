@@ -29,9 +29,9 @@ public:
     // The history file in the program's data folder (given with its trailing "/").
     static QString pathIn(const QString &dataFolder);
 
-    // Reads the file and starts writing to it. A file with damaged lines is
-    // moved aside and replaced by its readable entries. Returns what the user
-    // should be told, empty when all went well.
+    // Reads the file and starts writing to it; call it once, before adding.
+    // A file with damaged lines is moved aside and replaced by its readable
+    // entries. Returns what the user should be told, empty when all went well.
     QString open();
 
     // Records a title seen now, or at `time` (milliseconds since the epoch).

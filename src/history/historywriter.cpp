@@ -3,6 +3,12 @@
 #include <QFile>
 #include <QSaveFile>
 
+namespace {
+
+constexpr qint64 ChunkBytes = 1 << 20;
+
+} // namespace
+
 HistoryWriter::HistoryWriter(QString path, qsizetype limit, qint64 linesInFile)
     : m_path(std::move(path)), m_limit(limit), m_lines(linesInFile)
 {
@@ -40,21 +46,35 @@ void HistoryWriter::compact()
         report(file.errorString());
         return;
     }
-    const QByteArray bytes = file.readAll();
-    file.close();
-    // The newest lines begin after the (limit + 1)-th line end from the back;
-    // the last line end closes the file.
-    qsizetype from = bytes.size() - 1;
-    for (qsizetype kept = 0; kept < m_limit && from > 0; ++kept)
-        from = bytes.lastIndexOf('\n', from - 1);
-    const qsizetype start = from < 0 ? 0 : from + 1;
+    // Walks back from the end, a chunk at a time, to where the newest lines
+    // begin: a file of any size costs one chunk of memory.
+    qint64 start = -1;
+    qint64 lineEnds = 0;
+    for (qint64 chunkEnd = file.size(); chunkEnd > 0 && start < 0;) {
+        const qint64 chunkStart = std::max<qint64>(chunkEnd - ChunkBytes, 0);
+        file.seek(chunkStart);
+        const QByteArray chunk = file.read(chunkEnd - chunkStart);
+        for (qsizetype i = chunk.size() - 1; i >= 0 && start < 0; --i) {
+            if (chunk[i] == '\n' && ++lineEnds > m_limit)
+                start = chunkStart + i + 1;
+        }
+        chunkEnd = chunkStart;
+    }
+    if (start < 0) {
+        m_lines = lineEnds;
+        return;
+    }
     QSaveFile out(m_path);
-    if (!out.open(QIODevice::WriteOnly) || out.write(bytes.constData() + start, bytes.size() - start) < 0 ||
-        !out.commit()) {
+    bool written = out.open(QIODevice::WriteOnly) && file.seek(start);
+    while (written && !file.atEnd()) {
+        const QByteArray chunk = file.read(ChunkBytes);
+        written = !chunk.isEmpty() && out.write(chunk) == chunk.size();
+    }
+    if (!written || !out.commit()) {
         report(out.errorString());
         return;
     }
-    m_lines = std::min<qint64>(m_lines, m_limit);
+    m_lines = m_limit;
 }
 
 void HistoryWriter::report(const QString &reason)

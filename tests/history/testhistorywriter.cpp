@@ -38,9 +38,10 @@ TEST_F(HistoryWriterTest, FailuresAreReportedOncePerRun)
 
 TEST_F(HistoryWriterTest, AnOvergrownFileKeepsItsNewestLines)
 {
+    // Long lines: the file spans several of the chunks it is read back in.
     QByteArray lines;
     for (int i = 0; i < 25; ++i)
-        lines += QByteArray::number(i) + "\tS\tT\n";
+        lines += QByteArray::number(i) + "\tS\t" + QByteArray(100000 + i, 'x') + '\n';
     TempProfile::writeFile(path(), lines);
     HistoryWriter writer(path(), 10, 25);
     writer.compactIfDue();
