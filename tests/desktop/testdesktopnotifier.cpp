@@ -1,6 +1,7 @@
 #include "desktop/desktopnotifier.h"
 
 #include "support/eventwait.h"
+#include "support/fakenotifications.h"
 #include "support/privatebus.h"
 
 #include <QDBusConnectionInterface>
@@ -11,42 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The desktop's notification service, as far as the program uses it.
-class FakeNotifications : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
-
-public:
-    struct Shown
-    {
-        uint replaces;
-        QString app, icon, summary, body;
-        QVariantMap hints;
-    };
-    QStringList capabilities{u"body"_s, u"body-markup"_s};
-    QList<Shown> shown;
-
-    bool serveOn(QDBusConnection bus)
-    {
-        return bus.registerObject(u"/org/freedesktop/Notifications"_s, this,
-                                  QDBusConnection::ExportAllSlots) &&
-               bus.registerService(u"org.freedesktop.Notifications"_s);
-    }
-
-public slots:
-    QStringList GetCapabilities() { return capabilities; }
-    uint Notify(const QString &app, uint replaces, const QString &icon, const QString &summary,
-                const QString &body, const QStringList &, const QVariantMap &hints, int)
-    {
-        shown.append({replaces, app, icon, summary, body, hints});
-        return replaces ? replaces : ++m_lastId;
-    }
-
-private:
-    uint m_lastId = 40;
-};
 
 class DesktopNotifierTest : public ::testing::Test
 {
@@ -117,4 +82,3 @@ TEST_F(DesktopNotifierTest, NoBusOrNoServiceShowsNothingUntilAServiceComes)
     EXPECT_EQ(service.shown[0].replaces, 0u);
 }
 
-#include "testdesktopnotifier.moc"

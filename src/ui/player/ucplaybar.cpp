@@ -157,6 +157,27 @@ void ucPlayBar::SetState(const QString &state)
         showPlaying();
 }
 
+void ucPlayBar::press(const QString &key)
+{
+    const std::pair<QString, ucPictureButton *> buttons[] = {{QStringLiteral("Play"), cmdDSPlay},
+                                                             {QStringLiteral("Pause"), cmdDSPause},
+                                                             {QStringLiteral("Stop"), cmdDSStop}};
+    for (const auto &[name, button] : buttons) {
+        if (name == key && button->isEnabled() && button->x() != ParkedLeft)
+            button->click();
+    }
+}
+
+int ucPlayBar::volume() const
+{
+    return ucSlider1->value();
+}
+
+void ucPlayBar::setVolume(int value)
+{
+    ucSlider1->setValue(value);
+}
+
 void ucPlayBar::setThemeColors(const ThemeColors &colors)
 {
     for (ucPictureButton *button : {cmdDSPlay, cmdDSPause, cmdDSStop, cmdDSMute})
