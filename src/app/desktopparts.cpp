@@ -5,11 +5,13 @@
 #include "recorder/streamrecorder.h"
 #include "ui/stations/frmstations.h"
 
+#include <QApplication>
+
 #include <memory>
 
 DesktopParts::DesktopParts(Options options, QObject *parent)
     : QObject(parent), m_history(std::move(options.historyPath)), m_mpris(m_remote, options.bus),
-      m_notifier(options.bus), m_mayNotify(std::move(options.mayNotify))
+      m_notifier(options.bus), m_notificationsOn(std::move(options.notificationsOn))
 {
     connect(&m_history, &HistoryStore::problem, this, &DesktopParts::problem);
 }
@@ -47,6 +49,7 @@ void DesktopParts::heard(const QString &station, const QString &title)
     if (title.trimmed().isEmpty())
         return;
     m_history.add(station, title);
-    if (m_mayNotify && m_mayNotify())
+    // Whoever looks at one of the program's windows sees the song there.
+    if (m_notificationsOn && m_notificationsOn() && !QApplication::activeWindow())
         m_notifier.showSong(station, title);
 }

@@ -29,9 +29,9 @@ public:
         QString historyPath;
         // The session bus; a connection that is not connected leaves the desktop out.
         QDBusConnection bus;
-        // Whether a song may be told now: notifications are on and no window
+        // Whether the user wants songs told. They never are while a window
         // of the program is active.
-        std::function<bool()> mayNotify;
+        std::function<bool()> notificationsOn;
     };
 
     explicit DesktopParts(Options options, QObject *parent = nullptr);
@@ -61,5 +61,5 @@ private:
     PlayerRemote m_remote;
     MprisService m_mpris;
     DesktopNotifier m_notifier;
-    std::function<bool()> m_mayNotify;
+    std::function<bool()> m_notificationsOn;
 };

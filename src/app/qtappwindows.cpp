@@ -6,6 +6,7 @@
 #include "app/startup.h"
 #include "base/appinfo.h"
 #include "base/apppaths.h"
+#include "base/prompt.h"
 #include "ui/history/frmhistory.h"
 #include "ui/schedule/schedulingsetup.h"
 #include "ui/recorder/frmtc.h"
@@ -126,11 +127,7 @@ DesktopParts &QtAppWindows::desktop()
     m_desktop = std::make_unique<DesktopParts>(DesktopParts::Options{
         .historyPath = HistoryStore::pathIn(AppPaths::dataFolder()),
         .bus = QDBusConnection::sessionBus(),
-        .mayNotify =
-            [] {
-                return FrmSettings::songNotifications() &&
-                       QGuiApplication::applicationState() != Qt::ApplicationActive;
-            },
+        .notificationsOn = &FrmSettings::songNotifications,
     });
     QObject::connect(m_desktop.get(), &DesktopParts::problem, m_desktop.get(),
                      [this](const QString &message) { tell(message); });

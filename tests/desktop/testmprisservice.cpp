@@ -2,13 +2,11 @@
 
 #include "desktop/playerremote.h"
 
+#include "support/mprisclient.h"
 #include "support/privatebus.h"
 
-#include <QDBusArgument>
 #include <QDBusMessage>
-#include <QDBusMetaType>
 #include <QDBusObjectPath>
-#include <QDBusVariant>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -19,45 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Root = u"org.mpris.MediaPlayer2"_s;
-const QString Player = u"org.mpris.MediaPlayer2.Player"_s;
-const QString Path = u"/org/mpris/MediaPlayer2"_s;
+const QString Root = MprisClient::Root;
+const QString Player = MprisClient::Player;
 const QString Properties = u"org.freedesktop.DBus.Properties"_s;
-
-// Maps arrive as D-Bus arguments: turn them, and those inside them, into maps.
-QVariant plain(const QVariant &value)
-{
-    QVariantMap map;
-    if (value.metaType() == QMetaType::fromType<QDBusArgument>())
-        map = qdbus_cast<QVariantMap>(value.value<QDBusArgument>());
-    else if (value.metaType() == QMetaType::fromType<QVariantMap>())
-        map = value.toMap();
-    else
-        return value;
-    for (QVariant &inner : map)
-        inner = plain(inner);
-    return map;
-}
-
-// Records the PropertiesChanged signals a desktop would see.
-class ChangeRecorder : public QObject
-{
-    Q_OBJECT
-
-public:
-    QList<QVariantMap> changes;
-
-public slots:
-    void record(const QString &interface, const QVariantMap &changed, const QStringList &)
-    {
-        EXPECT_EQ(interface, Player);
-        changes.append(plain(changed).toMap());
-        emit recorded();
-    }
-
-signals:
-    void recorded();
-};
 
 class MprisServiceTest : public ::testing::Test
 {
@@ -67,48 +29,21 @@ protected:
         // The player applies a volume it is asked for, as the play bar does.
         QObject::connect(&player, &PlayerRemote::volumeRequested, &player, &PlayerRemote::setVolume);
         ASSERT_TRUE(service.start());
-        ASSERT_TRUE(client.connect(service.busName(), Path, Properties, u"PropertiesChanged"_s, &recorder,
-                                   SLOT(record(QString, QVariantMap, QStringList))));
+        ASSERT_TRUE(client.listen(bus.connect(), service.busName()));
     }
-    // Calls as a desktop would; the service answers from this same thread,
-    // so the wait keeps the event loop running.
     QDBusMessage call(const QString &interface, const QString &method, const QVariantList &args = {})
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(service.busName(), Path, interface, method);
-        message.setArguments(args);
-        return client.call(message, QDBus::BlockWithGui, 5000);
+        return client.call(interface, method, args);
     }
-    QVariant get(const QString &interface, const QString &name)
-    {
-        const QDBusMessage reply = call(Properties, u"Get"_s, {interface, name});
-        EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
-        return reply.arguments().isEmpty() ? QVariant()
-                                           : plain(reply.arguments()[0].value<QDBusVariant>().variant());
-    }
-    QVariantMap metadata() { return get(Player, u"Metadata"_s).toMap(); }
-    QDBusMessage setVolume(const QVariant &volume)
-    {
-        return call(Properties, u"Set"_s, {Player, u"Volume"_s, QVariant::fromValue(QDBusVariant(volume))});
-    }
-    // All changes signalled since the last look, merged.
-    QVariantMap signalled()
-    {
-        QSignalSpy spy(&recorder, &ChangeRecorder::recorded);
-        if (recorder.changes.isEmpty()) {
-            EXPECT_TRUE(spy.wait(5000));
-        }
-        QVariantMap merged;
-        for (const QVariantMap &change : std::as_const(recorder.changes))
-            merged.insert(change);
-        recorder.changes.clear();
-        return merged;
-    }
+    QVariant get(const QString &interface, const QString &name) { return client.get(interface, name); }
+    QVariantMap metadata() { return client.metadata(); }
+    QDBusMessage setVolume(const QVariant &volume) { return client.set(Player, u"Volume"_s, volume); }
+    QVariantMap signalled() { return client.signalled(); }
 
     PrivateBus bus;
-    QDBusConnection client = bus.connect();
     PlayerRemote player;
     MprisService service{player, bus.connect()};
-    ChangeRecorder recorder;
+    MprisClient client;
 };
 
 } // namespace
@@ -116,7 +51,8 @@ protected:
 TEST_F(MprisServiceTest, TheRootInterfaceNamesTheProgramAndASecondInstanceTakesItsOwnName)
 {
     EXPECT_EQ(service.busName(), u"org.mpris.MediaPlayer2.tunecatch"_s);
-    const QVariantMap root = plain(call(Properties, u"GetAll"_s, {Root}).arguments().value(0)).toMap();
+    const QVariantMap root =
+        MprisClient::plain(call(Properties, u"GetAll"_s, {Root}).arguments().value(0)).toMap();
     EXPECT_EQ(root, (QVariantMap{{u"CanQuit"_s, false},
                                  {u"CanRaise"_s, true},
                                  {u"HasTrackList"_s, false},
@@ -241,5 +177,3 @@ TEST_F(MprisServiceTest, VolumeAndAbilitiesGoBothWays)
     for (const auto &[name, value] : changed.asKeyValueRange())
         EXPECT_EQ(get(Player, name), value) << name.toStdString();
 }
-
-#include "testmprisservice.moc"
