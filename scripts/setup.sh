@@ -24,8 +24,9 @@ packages=(
   clang libclang-rt-14-dev
   # the icon, the desktop entry, `make package` and Debian's checks of the package
   librsvg2-bin desktop-file-utils dpkg-dev file lintian appstream
-  # screenshots and readable text under a virtual display
-  xvfb xauth fonts-dejavu-core
+  # screenshots and readable text under a virtual display; xdotool types into the
+  # running program and imagemagick's import captures its windows
+  xvfb xauth fonts-dejavu-core xdotool imagemagick
 )
 
 missing=()
