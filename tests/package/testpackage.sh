@@ -72,15 +72,18 @@ grep -q '<launchable type="desktop-id">tunecatch.desktop</launchable>' "$work/ro
 grep -q "<binary>$exec_name</binary>" "$work/root/$metainfo" || fail "the AppStream entry does not provide $exec_name"
 grep -q "<release version=\"$version\"" "$work/root/$metainfo" || fail "the AppStream entry has no release $version"
 
-# The manual page names every switch and exit status; the changelog's newest
-# entry is this version, so a new version cannot ship without one.
+# The manual page names every switch the command line knows and every exit
+# status; the changelog's newest entry is this version, so a new version
+# cannot ship without one.
 manual=$(zcat "$work/root/usr/share/man/man1/tunecatch.1.gz")
-for switch in a s w t b n xh xs m v -help -version; do
-    roff='\-'${switch//-/'\-'} # roff writes "-xh" as \-xh and "--help" as \-\-help
+switches=$(sed -n 's/.*token == u"-\([a-z]*\)".*/\1/p' "$(dirname "$0")/../../src/recorder/launchswitches.cpp")
+[ -n "$switches" ] || fail "no switches found in launchswitches.cpp"
+for switch in $switches; do
+    roff="\\-$switch" # roff writes "-xh" as \-xh
     name=$roff awk '($1 == ".B" || $1 == ".BI") && $2 == ENVIRON["name"] { found = 1 } END { exit !found }' \
         <<<"$manual" || fail "the manual page does not describe -$switch"
 done
-for status in 0 2 3 4 5; do
+for status in 0 1; do
     sed -n '/^\.SH EXIT STATUS/,/^\.SH /p' <<<"$manual" | grep -qx "\.B $status" ||
         fail "the manual page does not explain exit status $status"
 done
