@@ -29,7 +29,12 @@ DesktopPlayerLink::DesktopPlayerLink(FrmStations &window, PlayerRemote &remote, 
     connect(&bar, &ucPlayBar::Volume, this, [this](int volume) { m_remote.setVolume(volume); });
     connect(&window, &FrmStations::stationStepsChanged, this, &DesktopPlayerLink::followRows);
 
-    connect(&remote, &PlayerRemote::playRequested, &bar, [&bar] { bar.press(QStringLiteral("Play")); });
+    // A station that failed leaves Pause and Stop in the bar: Play starts it
+    // again, as Stop and then Play do.
+    connect(&remote, &PlayerRemote::playRequested, &bar, [&bar] {
+        if (!bar.press(QStringLiteral("Play")) && bar.press(QStringLiteral("Stop")))
+            bar.press(QStringLiteral("Play"));
+    });
     connect(&remote, &PlayerRemote::pauseRequested, &bar, [&bar] { bar.press(QStringLiteral("Pause")); });
     connect(&remote, &PlayerRemote::stopRequested, &bar, [&bar] { bar.press(QStringLiteral("Stop")); });
     connect(&remote, &PlayerRemote::volumeRequested, &bar, &ucPlayBar::setVolume);

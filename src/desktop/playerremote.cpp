@@ -76,8 +76,7 @@ void PlayerRemote::playPause()
 
 void PlayerRemote::stop()
 {
-    if (m_status != Status::Stopped)
-        emit stopRequested();
+    emit stopRequested();
 }
 
 void PlayerRemote::next()

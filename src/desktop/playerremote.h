@@ -45,8 +45,9 @@ public:
     void setNavigation(bool canGoNext, bool canGoPrevious);
 
     // What the desktop asks. Each becomes a request signal only where it
-    // makes sense: Play while playing, Pause unless playing, Stop while
-    // stopped, Next or Previous with nowhere to go do nothing.
+    // makes sense: Play while playing, Pause unless playing, Next or Previous
+    // with nowhere to go do nothing. Stop always goes on: a station that
+    // failed counts as stopped here, while the player still has it to stop.
     void play();
     void pause();
     void playPause();

@@ -101,6 +101,19 @@ TEST_F(DesktopPartsTest, TheMediaControlsActAsThePlayBarsButtonsSliderAndTheGrid
         EXPECT_EQ(bar.Caption(), step.caption) << step.method;
     }
     EXPECT_EQ(grid->Row(), 2) << "a stopped player still moves through the rows";
+
+    // A station that fails is stopped for the desktop, while the bar still
+    // offers Pause and Stop: Play starts it again, Stop stops it.
+    for (const auto &[method, address] :
+         {std::pair{"Play", u"http://127.0.0.1:8000/c"_s}, {"Stop", QString()}}) {
+        call("Play");
+        wmp1->enter(Player::Ready);
+        EXPECT_TRUE(waitUntil([&] { return status() == u"Stopped"_s; }, 5000));
+        wmp1->log.clear();
+        call(method);
+        EXPECT_TRUE(wmp1->log.contains(u"URL="_s)) << method << ": the failed station is not let go";
+        EXPECT_EQ(wmp1->URL(), address) << method;
+    }
     EXPECT_TRUE(can("CanGoPrevious"));
     grid->setRow(grid->ItemCount() - 1);
     EXPECT_FALSE(can("CanGoNext"));

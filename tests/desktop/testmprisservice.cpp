@@ -93,7 +93,7 @@ TEST_F(MprisServiceTest, MethodsAskThePlayerOnlyWhatMakesSense)
         {S::Paused, true, false, "PlayPause", u"play"_s},
         {S::Stopped, false, false, "PlayPause", {}},
         {S::Playing, true, false, "Stop", u"stop"_s},
-        {S::Stopped, true, false, "Stop", {}},
+        {S::Stopped, true, false, "Stop", u"stop"_s},
         {S::Playing, true, true, "Next", u"next"_s},
         {S::Playing, true, false, "Next", {}},
         {S::Playing, true, true, "Previous", u"previous"_s},

@@ -157,15 +157,18 @@ void ucPlayBar::SetState(const QString &state)
         showPlaying();
 }
 
-void ucPlayBar::press(const QString &key)
+bool ucPlayBar::press(const QString &key)
 {
     const std::pair<QString, ucPictureButton *> buttons[] = {{QStringLiteral("Play"), cmdDSPlay},
                                                              {QStringLiteral("Pause"), cmdDSPause},
                                                              {QStringLiteral("Stop"), cmdDSStop}};
     for (const auto &[name, button] : buttons) {
-        if (name == key && button->isEnabled() && button->x() != ParkedLeft)
+        if (name == key && button->isEnabled() && button->x() != ParkedLeft) {
             button->click();
+            return true;
+        }
     }
+    return false;
 }
 
 int ucPlayBar::volume() const

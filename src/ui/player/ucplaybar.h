@@ -33,8 +33,8 @@ public:
     void SetState(const QString &state);
     // Presses the button of a key text ("Play", "Pause", "Stop") as a click
     // does, when that button is in its place and enabled; the desktop's media
-    // controls act through this.
-    void press(const QString &key);
+    // controls act through this. Tells whether it was clicked.
+    bool press(const QString &key);
     // The volume slider's value, 0 to VolumeMaximum; setting it reports Volume.
     int volume() const;
     void setVolume(int value);
