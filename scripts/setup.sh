@@ -18,12 +18,15 @@ packages=(
   icecast2 ezstream lame espeak-ng ffmpeg mpg123
   # scheduled recordings: systemd-analyze checks the units, systemd-escape their names
   systemd
+  # the desktop's media controls and notifications are tested on a session bus of their own
+  dbus-daemon
   # make fuzz: libFuzzer from clang
   clang libclang-rt-14-dev
-  # the icon, the desktop entry and `make package`
-  librsvg2-bin desktop-file-utils dpkg-dev file
-  # screenshots and readable text under a virtual display
-  xvfb xauth fonts-dejavu-core
+  # the icon, the desktop entry, `make package` and Debian's checks of the package
+  librsvg2-bin desktop-file-utils dpkg-dev file lintian appstream
+  # screenshots and readable text under a virtual display; xdotool types into the
+  # running program and imagemagick's import captures its windows
+  xvfb xauth fonts-dejavu-core xdotool imagemagick
   # the modifier keys asked of the X server; the tests press keys through XTEST
   libxcb1-dev libxcb-xtest0-dev
 )

@@ -1,8 +1,10 @@
 #include "app/frmsettings.h"
 
+#include "base/apperror.h"
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -11,7 +13,8 @@
 #include <QVBoxLayout>
 
 FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
-    : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this))
+    : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this)),
+      m_chkSongNotifications(new QCheckBox(tr("Show a notification when the song changes"), this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
@@ -24,6 +27,11 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     auto *hint = new QLabel(tr("%APP% stands for the program's folder, %MP3FILE% for the recording to trim."), this);
     hint->setWordWrap(true);
     hint->setEnabled(false);
+
+    m_chkSongNotifications->setObjectName(QStringLiteral("chkSongNotifications"));
+    m_chkSongNotifications->setChecked(songNotifications());
+    m_chkSongNotifications->setToolTip(
+        tr("While a station plays and no window of the program is active, the desktop shows each new song."));
 
     auto *buttons = new QDialogButtonBox(this);
     auto *cmdOk = buttons->addButton(tr("OK"), QDialogButtonBox::AcceptRole);
@@ -43,6 +51,7 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(hint);
+    layout->addWidget(m_chkSongNotifications);
     layout->addWidget(buttons);
 }
 
@@ -50,7 +59,18 @@ void FrmSettings::cmdOkClick()
 {
     m_trimTool.command = m_txtTrimMP3->text();
     SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SettingsStore::saveBoolean(SettingsStore::SongNotifications, m_chkSongNotifications->isChecked());
     accept();
+}
+
+bool FrmSettings::songNotifications()
+{
+    try {
+        return SettingsStore::getBoolean(SettingsStore::SongNotifications, false);
+    } catch (const AppError &) {
+        // A value edited by hand into something else counts as off.
+        return false;
+    }
 }
 
 void FrmSettings::cmdSearchClick()

@@ -3,10 +3,12 @@
 #include <QDialog>
 
 struct TrimTool;
+class QCheckBox;
 class QLineEdit;
 class QPushButton;
 
-// The settings dialog: the command line of the external MP3 trimming tool.
+// The settings dialog: the command line of the external MP3 trimming tool,
+// and whether a notification tells each new song.
 class FrmSettings : public QDialog
 {
     Q_OBJECT
@@ -15,10 +17,14 @@ class FrmSettings : public QDialog
 public:
     explicit FrmSettings(TrimTool &trimTool, QWidget *parent = nullptr);
 
+    // The stored choice for song notifications: off unless turned on.
+    static bool songNotifications();
+
 private:
     void cmdOkClick();
     void cmdSearchClick();
 
     TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;
+    QCheckBox *m_chkSongNotifications;
 };

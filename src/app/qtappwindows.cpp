@@ -4,6 +4,10 @@
 #include "app/frmsettings.h"
 #include "app/programparts.h"
 #include "app/startup.h"
+#include "base/appinfo.h"
+#include "base/apppaths.h"
+#include "base/prompt.h"
+#include "ui/history/frmhistory.h"
 #include "ui/schedule/schedulingsetup.h"
 #include "ui/recorder/frmtc.h"
 #include "ui/player/qtmediaplayer.h"
@@ -11,6 +15,7 @@
 
 #include <QApplication>
 
+#include <cstdio>
 #include <utility>
 
 FrmStations::Parts stationWindowParts(ProgramParts &parts)
@@ -51,8 +56,11 @@ void QtAppWindows::loadMainWindow()
         .keys = m_keys,
         .newRecorderWindow = [this] { return newRecorderWindow(); },
     };
-    auto *window = new FrmStations(stationWindowParts(m_parts), std::move(services), QtMediaPlayer::create);
+    FrmStations::Parts windowParts = stationWindowParts(m_parts);
+    windowParts.openHistory = [this](QWidget *owner) { showHistoryWindow(owner); };
+    auto *window = new FrmStations(std::move(windowParts), std::move(services), QtMediaPlayer::create);
     window->setAttribute(Qt::WA_DeleteOnClose);
+    desktop().attach(*window);
     QObject::connect(window, &FrmStations::unloaded, window, [this] {
         if (m_startup)
             m_startup->close();
@@ -64,6 +72,8 @@ void QtAppWindows::showMainWindow()
 {
     if (m_mainWindow)
         m_mainWindow->show();
+    if (!m_desktopMessage.isEmpty())
+        tell(std::exchange(m_desktopMessage, {}));
 }
 
 void QtAppWindows::showRecorderWindow()
@@ -105,7 +115,46 @@ FrmTC *QtAppWindows::newRecorderWindow()
     hooks.schedule = [this](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
         scheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
     };
-    return new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
+    auto *window = new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
+    desktop().attach(window->recorder());
+    return window;
+}
+
+DesktopParts &QtAppWindows::desktop()
+{
+    if (m_desktop)
+        return *m_desktop;
+    m_desktop = std::make_unique<DesktopParts>(DesktopParts::Options{
+        .historyPath = HistoryStore::pathIn(AppPaths::dataFolder()),
+        .bus = QDBusConnection::sessionBus(),
+        .notificationsOn = &FrmSettings::songNotifications,
+    });
+    QObject::connect(m_desktop.get(), &DesktopParts::problem, m_desktop.get(),
+                     [this](const QString &message) { tell(message); });
+    m_desktopMessage = m_desktop->open();
+    if (m_parts.launch.launchMode && !m_desktopMessage.isEmpty())
+        tell(std::exchange(m_desktopMessage, {}));
+    return *m_desktop;
+}
+
+void QtAppWindows::tell(const QString &message)
+{
+    // An unattended recording asks no one: the message goes to its log.
+    if (m_parts.launch.launchMode)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+    else
+        m_parts.prompt.message(message, AppInfo::title, Prompt::Icon::Warning);
+}
+
+void QtAppWindows::showHistoryWindow(QWidget *owner)
+{
+    if (!m_historyWindow) {
+        m_historyWindow = new FrmHistory(desktop().history(), m_shell, m_parts.prompt, {}, owner);
+        m_historyWindow->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_historyWindow->show();
+    m_historyWindow->raise();
+    m_historyWindow->activateWindow();
 }
 
 QWidget *QtAppWindows::track(QWidget *window)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/appwindows.h"
+#include "app/desktopparts.h"
 #include "app/desktopshell.h"
 #include "app/keystate.h"
 #include "app/logindpowercontrol.h"
@@ -10,6 +11,9 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <memory>
+
+class FrmHistory;
 struct ProgramParts;
 class FrmTC;
 class Startup;
@@ -20,8 +24,9 @@ FrmStations::Parts stationWindowParts(ProgramParts &parts);
 // The composition root: builds the program's windows from its parts and
 // shows them as start-up asks. Every window it creates ends
 // the program through the closing procedure when it is closed. It owns the
-// platform parts the windows work with: power control, the desktop shell and
-// the state of the modifier keys.
+// platform parts the windows work with: power control, the desktop shell,
+// the state of the modifier keys, and the desktop's parts (the history, the
+// media player on the session bus, song notifications).
 class QtAppWindows : public AppWindows
 {
 public:
@@ -41,6 +46,10 @@ public:
 private:
     QWidget *track(QWidget *window);
     FrmTC *newRecorderWindow();
+    // Made and opened with the first window.
+    DesktopParts &desktop();
+    void tell(const QString &message);
+    void showHistoryWindow(QWidget *owner);
 
     ProgramParts &m_parts;
     Startup *m_startup = nullptr;
@@ -49,4 +58,8 @@ private:
     KeyState m_keys;
     QPointer<QWidget> m_mainWindow;
     QList<QPointer<QWidget>> m_loaded;
+    std::unique_ptr<DesktopParts> m_desktop;
+    // Told once the main window shows.
+    QString m_desktopMessage;
+    QPointer<FrmHistory> m_historyWindow;
 };

@@ -17,6 +17,8 @@ public:
     static inline const QString AppSkinOn = QStringLiteral("AppSkinOn");
     static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
     static inline const QString Theme = QStringLiteral("Theme");
+    // Whether a desktop notification tells each new song ("True" or "False").
+    static inline const QString SongNotifications = QStringLiteral("SongNotifications");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

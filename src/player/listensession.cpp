@@ -15,6 +15,7 @@ ListenSession::ListenSession(const LaunchOptions &launch, MediaPlayer &player, Q
 {
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
     connect(&MPlayer, &MediaPlayer::PlayStateChange, this, &ListenSession::mPlayerPlayStateChange);
+    connect(&MPlayer, &MediaPlayer::titleChanged, this, &ListenSession::mPlayerTitleChange);
     connect(m_fileDL, &FileDL::DownloadComplete, this, &ListenSession::fileDLDownloadComplete);
     connect(m_fileDL, &FileDL::DownloadError, this, &ListenSession::fileDLDownloadError);
 }
@@ -111,6 +112,18 @@ void ListenSession::mPlayerPlayStateChange(int state)
         m_address.clear();
         m_failed = true;
     }
+}
+
+void ListenSession::mPlayerTitleChange(const QString &title)
+{
+    if (m_closing || m_row == WarmUpRow)
+        return;
+    const QString song = title.simplified();
+    if (!song.isEmpty())
+        emit captionChanged(tr("Playing: %1 \u2014 %2").arg(m_title, song));
+    // Recordings played again were noted when they were recorded.
+    if (m_row >= 0)
+        emit songChanged(m_title, song);
 }
 
 void ListenSession::enterFullScreen()

@@ -54,6 +54,8 @@ signals:
     void closeRequested();
     // kind PlayedKind, the grid row, and today's date as text.
     void stationPlayed(int kind, int row, const QString &date);
+    // A catalogue station's stream names the song now on (empty: none any more).
+    void songChanged(const QString &station, const QString &title);
 
 private:
     void startPlayback(const QString &address);
@@ -61,6 +63,7 @@ private:
     void pauseWarmUp();
 
     void mPlayerPlayStateChange(int state);
+    void mPlayerTitleChange(const QString &title);
     void fileDLDownloadComplete(const QString &key, const QByteArray &body);
     void fileDLDownloadError(const QString &key, int statusCode, const QString &statusText);
 

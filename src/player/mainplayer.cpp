@@ -27,6 +27,7 @@ MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &p
     FileDLMain->setObjectName(QStringLiteral("FileDLMain"));
 
     connect(&wmp1, &MediaPlayer::PlayStateChange, this, &MainPlayer::wmp1PlayStateChange);
+    connect(&wmp1, &MediaPlayer::titleChanged, this, &MainPlayer::wmp1TitleChange);
     connect(FileDLMain, &FileDL::DownloadComplete, this, &MainPlayer::fileDLMainDownloadComplete);
     connect(FileDLMain, &FileDL::DownloadError, this, &MainPlayer::fileDLMainDownloadError);
 }
@@ -111,7 +112,7 @@ bool MainPlayer::startCurrentStation()
     if (m_fetching)
         cancelFetch();
     m_playingAddress = station->StreamURL;
-    m_playingName = station->Name;
+    setSong(station->Name, {});
     wmp1.clearPlaylist();
     if (m_playingAddress.isEmpty()) {
         // The stray "& " is part of the caption.
@@ -149,7 +150,7 @@ void MainPlayer::stopPlayback()
     wmp1.setURL({});
     emit lookChanged(KeyStop);
     emit captionChanged({});
-    m_playingName.clear();
+    setSong({}, {});
 }
 
 void MainPlayer::tellPlayState()
@@ -174,7 +175,7 @@ void MainPlayer::wmp1PlayStateChange(int state)
         break;
     case MediaPlayer::Playing:
         if (!m_playingName.isEmpty())
-            emit captionChanged(tr("Playing: %1").arg(m_playingName));
+            emit captionChanged(playingCaption());
         break;
     case MediaPlayer::Ready:
         break;
@@ -187,6 +188,31 @@ void MainPlayer::wmp1PlayStateChange(int state)
         break;
     }
     tellPlayState();
+}
+
+void MainPlayer::wmp1TitleChange(const QString &title)
+{
+    if (m_playingName.isEmpty())
+        return;
+    setSong(m_playingName, title.simplified());
+    if (wmp1.playState() == MediaPlayer::Playing)
+        emit captionChanged(playingCaption());
+}
+
+void MainPlayer::setSong(const QString &station, const QString &title)
+{
+    if (station == m_playingName && title == m_songTitle)
+        return;
+    m_playingName = station;
+    m_songTitle = title;
+    emit songChanged(station, title);
+}
+
+QString MainPlayer::playingCaption() const
+{
+    if (m_songTitle.isEmpty())
+        return tr("Playing: %1").arg(m_playingName);
+    return tr("Playing: %1 \u2014 %2").arg(m_playingName, m_songTitle);
 }
 
 void MainPlayer::fileDLMainDownloadComplete(const QString &key, const QByteArray &body)

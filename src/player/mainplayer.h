@@ -41,6 +41,11 @@ public:
     void setScanning(bool scanning) override { m_scanning = scanning; }
     void silence() override;
 
+    // The station now playing (empty when none) and the title its stream
+    // names for the song on now (empty until it names one).
+    QString stationName() const { return m_playingName; }
+    QString songTitle() const { return m_songTitle; }
+
 public slots:
     // Resumes a pause, or else starts the current row's station.
     void play();
@@ -62,6 +67,8 @@ signals:
     void playStateChanged(int state);
     // wmp1's volume has changed.
     void volumeChanged(int volume);
+    // stationName() or songTitle() has changed.
+    void songChanged(const QString &station, const QString &title);
 
 private:
     // True when something was started (a stream, or the fetch of its playlist).
@@ -69,8 +76,11 @@ private:
     void FetchPlaylist(const QString &address);
     void cancelFetch();
     void tellPlayState();
+    void setSong(const QString &station, const QString &title);
+    QString playingCaption() const;
 
     void wmp1PlayStateChange(int state);
+    void wmp1TitleChange(const QString &title);
     void fileDLMainDownloadComplete(const QString &key, const QByteArray &body);
     void fileDLMainDownloadError(const QString &key, int statusCode, const QString &statusText);
 
@@ -82,6 +92,7 @@ private:
 
     QString m_playingAddress;
     QString m_playingName;
+    QString m_songTitle;
     bool m_scanning = false;
     bool m_fetching = false; // the playlist of the station starting is on its way
     int m_toldState;

@@ -63,4 +63,7 @@ public:
 
 signals:
     void PlayStateChange(int newState);
+    // The title the media names for what plays now, as a station sends it
+    // ("Artist - Title"); empty when it names none. Told on every change.
+    void titleChanged(const QString &title);
 };

@@ -4,6 +4,7 @@
 #include "base/trimtool.h"
 #include "support/tempprofile.h"
 
+#include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -46,6 +47,25 @@ TEST_F(FrmSettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWitho
         QTest::keyClick(&dialog, Qt::Key_Escape);
     }
     EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), u"x"_s);
+}
+
+TEST_F(FrmSettingsTest, SongNotificationsAreOffUntilTurnedOnAndKeptOnlyByOk)
+{
+    TrimTool trim{u"t"_s};
+    EXPECT_FALSE(FrmSettings::songNotifications());
+    for (const bool ok : {false, true}) {
+        FrmSettings dialog(trim);
+        auto *box = dialog.findChild<QCheckBox *>(u"chkSongNotifications"_s);
+        ASSERT_NE(box, nullptr);
+        EXPECT_FALSE(box->isChecked());
+        box->setChecked(true);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(ok ? u"cmdOk"_s : u"cmdCancel"_s), Qt::LeftButton);
+        EXPECT_EQ(FrmSettings::songNotifications(), ok);
+    }
+    FrmSettings dialog(trim);
+    EXPECT_TRUE(dialog.findChild<QCheckBox *>(u"chkSongNotifications"_s)->isChecked());
+    SettingsStore::saveSetting(SettingsStore::SongNotifications, u"maybe"_s);
+    EXPECT_FALSE(FrmSettings::songNotifications()) << "a value edited by hand into something else";
 }
 
 } // namespace

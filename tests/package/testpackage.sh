@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the Debian package from a build tree and checks its files, its control
-# fields and its desktop entry.
+# fields, its desktop entry and AppStream entry, its manual page and changelog,
+# and that Debian's own checker finds nothing wrong with it.
 # Usage: testpackage.sh BUILD_DIR PROGRAM_DIR VERSION
 set -euo pipefail
 build=$1 program_dir=$2 version=$3
@@ -24,9 +25,12 @@ dpkg-deb -x "$deb" "$work/root"
 
 # Files: exactly the installation folder as the build lays it out (the program,
 # whatever sits next to it, and the installed station list), the link that
-# starts it by name, the desktop entry and the icons.
+# starts it by name, the desktop and AppStream entries, the icons, the manual
+# page, the copyright file and the changelog.
+metainfo=usr/share/metainfo/org.example.tunecatch.metainfo.xml
 expected=(usr/lib/tunecatch/Stations.txt usr/share/applications/tunecatch.desktop
-    usr/share/icons/hicolor/scalable/apps/tunecatch.svg)
+    usr/share/icons/hicolor/scalable/apps/tunecatch.svg "$metainfo" usr/share/man/man1/tunecatch.1.gz
+    usr/share/doc/tunecatch/copyright usr/share/doc/tunecatch/changelog.gz)
 for size in 48 128 256; do
     expected+=("usr/share/icons/hicolor/${size}x${size}/apps/tunecatch.png")
 done
@@ -58,6 +62,38 @@ exec_name=$(sed -n 's/^Exec=\([^ ]*\).*/\1/p' "$desktop")
 icon_name=$(sed -n 's/^Icon=//p' "$desktop")
 [ -L "$work/root/usr/bin/$exec_name" ] || fail "Exec=$exec_name is not in usr/bin"
 [ -f "$work/root/usr/share/icons/hicolor/scalable/apps/$icon_name.svg" ] || fail "Icon=$icon_name has no icon"
+
+# The AppStream entry is valid, launches that desktop entry, provides the
+# command and names this version.
+appstreamcli validate --no-net "$work/root/$metainfo" >"$work/appstream.log" 2>&1 ||
+    fail "appstreamcli rejects the AppStream entry: $(cat "$work/appstream.log")"
+grep -q '<launchable type="desktop-id">tunecatch.desktop</launchable>' "$work/root/$metainfo" ||
+    fail "the AppStream entry does not launch tunecatch.desktop"
+grep -q "<binary>$exec_name</binary>" "$work/root/$metainfo" || fail "the AppStream entry does not provide $exec_name"
+grep -q "<release version=\"$version\"" "$work/root/$metainfo" || fail "the AppStream entry has no release $version"
+
+# The manual page names every switch the command line knows and every exit
+# status; the changelog's newest entry is this version, so a new version
+# cannot ship without one.
+manual=$(zcat "$work/root/usr/share/man/man1/tunecatch.1.gz")
+switches=$(sed -n 's/.*token == u"-\([a-z]*\)".*/\1/p' "$(dirname "$0")/../../src/recorder/launchswitches.cpp")
+[ -n "$switches" ] || fail "no switches found in launchswitches.cpp"
+for switch in $switches; do
+    roff="\\-$switch" # roff writes "-xh" as \-xh
+    name=$roff awk '($1 == ".B" || $1 == ".BI") && $2 == ENVIRON["name"] { found = 1 } END { exit !found }' \
+        <<<"$manual" || fail "the manual page does not describe -$switch"
+done
+for status in 0 1; do
+    sed -n '/^\.SH EXIT STATUS/,/^\.SH /p' <<<"$manual" | grep -qx "\.B $status" ||
+        fail "the manual page does not explain exit status $status"
+done
+zcat "$work/root/usr/share/doc/tunecatch/changelog.gz" >"$work/changelog"
+changelog=$(dpkg-parsechangelog -l "$work/changelog" -S Version)
+[ "$changelog" = "$version" ] || fail "the changelog's newest entry is $changelog, expected $version"
+
+# Debian's checker: no error and no warning.
+lintian --fail-on error,warning "$deb" >"$work/lintian.log" 2>&1 ||
+    fail "lintian: $(cat "$work/lintian.log")"
 
 # Control fields.
 field() { dpkg-deb -f "$deb" "$1"; }

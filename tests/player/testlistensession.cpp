@@ -134,6 +134,34 @@ TEST_F(ListenSessionTest, ACatalogueStationReportsEachStartOfPlaying)
     }
 }
 
+TEST_F(ListenSessionTest, TheSongJoinsTheCaptionAndOnlyStationsReportIt)
+{
+    QSignalSpy songs(&session, &ListenSession::songChanged);
+    const struct
+    {
+        int row;
+        QString caption; // once the stream names "A - B"
+        int reports;
+    } rows[] = {{2, u"Playing: Test FM \u2014 A - B"_s, 2},
+                {ListenSession::FileRow, u"Playing: Test FM \u2014 A - B"_s, 0},
+                {ListenSession::WarmUpRow, u"Connecting to: Test FM"_s, 0}};
+    for (const auto &row : rows) {
+        songs.clear();
+        session.play(Stream, u"Test FM"_s, row.row);
+        emit player.titleChanged(u" A  - B"_s);
+        EXPECT_EQ(caption(), row.caption) << row.row;
+        emit player.titleChanged(QString());
+        EXPECT_EQ(caption(), row.caption) << "the caption keeps the last song";
+        ASSERT_EQ(songs.size(), row.reports) << row.row;
+        if (row.reports) {
+            EXPECT_EQ(songs.first(), (QVariantList{u"Test FM"_s, u"A - B"_s}));
+        }
+    }
+    session.close();
+    emit player.titleChanged(u"After"_s);
+    EXPECT_TRUE(songs.isEmpty());
+}
+
 TEST_F(ListenSessionTest, TheWarmUpPlayerStartsPausedOutOfSightAndIsPausedAgainWheneverItMoves)
 {
     QSignalSpy hidden(&session, &ListenSession::outOfSightRequested);

@@ -196,4 +196,37 @@ TEST_F(MainPlayerTest, APlaylistOnItsWayOutlastsAStaleStopButNotAStopOrSilence)
     EXPECT_FALSE(wmp1.log.contains(u"URL=http://one.test/s"_s));
 }
 
+TEST_F(MainPlayerTest, TheSongNamedByTheStreamFollowsTheStationInTheCaption)
+{
+    QSignalSpy songs(&player, &MainPlayer::songChanged);
+    const auto song = [&] {
+        return songs.isEmpty() ? u"(none)"_s
+                               : songs.last().at(0).toString() + u'|' + songs.last().at(1).toString();
+    };
+    emit wmp1.titleChanged(u"Before - Anything"_s);
+    EXPECT_TRUE(songs.isEmpty()) << "no station, no song";
+    press(Direct);
+    EXPECT_EQ(song(), u"Direct FM|"_s);
+    emit wmp1.titleChanged(u"  Miles   Davis - So What "_s);
+    EXPECT_EQ(song(), u"Direct FM|Miles Davis - So What"_s);
+    EXPECT_EQ(caption(), u"Connecting to: Direct FM"_s) << "the song waits for the playing state";
+    const std::pair<int, QString> steps[] = {
+        {MediaPlayer::Playing, u"Playing: Direct FM \u2014 Miles Davis - So What"_s},
+        {MediaPlayer::Paused, u"Paused: Direct FM"_s},
+        {MediaPlayer::Playing, u"Playing: Direct FM \u2014 Miles Davis - So What"_s}};
+    for (const auto &[state, text] : steps) {
+        wmp1.enter(state);
+        EXPECT_EQ(caption(), text) << state;
+    }
+    emit wmp1.titleChanged(QString());
+    EXPECT_EQ(caption(), u"Playing: Direct FM"_s);
+    EXPECT_EQ(player.songTitle(), QString());
+    const qsizetype told = songs.size();
+    emit wmp1.titleChanged(QString());
+    EXPECT_EQ(songs.size(), told) << "only changes are told";
+    player.playKey(u"Stop"_s);
+    EXPECT_EQ(song(), u"|"_s);
+    EXPECT_EQ(player.stationName(), QString());
+}
+
 } // namespace

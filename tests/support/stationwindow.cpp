@@ -64,8 +64,9 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
     const MediaPlayerFactory scripted = [this](QWidget *owner) {
         return new PlayerView(players.emplace_back(new ScriptedPlayer), nullptr, owner);
     };
-    window = std::make_unique<FrmStations>(stationWindowParts(*state), std::move(services),
-                                           factory ? factory : scripted);
+    FrmStations::Parts parts = stationWindowParts(*state);
+    parts.openHistory = openHistory;
+    window = std::make_unique<FrmStations>(std::move(parts), std::move(services), factory ? factory : scripted);
     startup = std::make_unique<Startup>(*state, windows);
     QObject::connect(window.get(), &FrmStations::unloaded, window.get(), [this] { startup->close(); });
     window->show();

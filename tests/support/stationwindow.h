@@ -78,6 +78,8 @@ public:
     StationCheck::Timing checkTiming{2, 101};
     // Plays the user at modal dialogs; empty runs them for real.
     std::function<int(QDialog &)> runModal;
+    // What the History button and Ctrl+H run; empty opens nothing.
+    std::function<void(QWidget *owner)> openHistory;
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;

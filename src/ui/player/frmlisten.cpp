@@ -57,6 +57,7 @@ FrmListen::FrmListen(const LaunchOptions &launch, const ThemeColors &colors,
     connect(m_session, &ListenSession::outOfSightRequested, this, [this] { move(WarmUpLeft, y()); });
     connect(m_session, &ListenSession::closeRequested, this, &FrmListen::close);
     connect(m_session, &ListenSession::stationPlayed, this, &FrmListen::stationPlayed);
+    connect(m_session, &ListenSession::songChanged, this, &FrmListen::songChanged);
     connect(m_view, &PlayerView::KeyDown, m_session, [this](int key) {
         if (key == Qt::Key_Escape)
             m_session->escape();

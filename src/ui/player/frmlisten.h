@@ -45,6 +45,8 @@ signals:
     // A catalogue station has started to play: kind ListenSession::PlayedKind,
     // the grid row, and today's date as text.
     void stationPlayed(int kind, int row, const QString &date);
+    // The station's stream names the song now on (empty: none any more).
+    void songChanged(const QString &station, const QString &title);
 
 protected:
     void closeEvent(QCloseEvent *event) override;

@@ -1,8 +1,10 @@
 #include "ui/player/qtmediaplayer.h"
 
+#include "recorder/streamtitlewatch.h"
 #include "ui/player/playerview.h"
 
 #include <QAudioOutput>
+#include <QMediaMetaData>
 #include <QMediaPlayer>
 #include <QVideoWidget>
 
@@ -14,8 +16,13 @@ constexpr int StallTime = 1000;
 } // namespace
 
 QtMediaPlayer::QtMediaPlayer(QVideoWidget &video, QObject *parent)
-    : MediaPlayer(parent), m_player(nullptr), m_audio(new QAudioOutput(this)), m_video(video)
+    : MediaPlayer(parent), m_player(nullptr), m_audio(new QAudioOutput(this)), m_video(video),
+      m_titleWatch(new StreamTitleWatch({}, this))
 {
+    connect(m_titleWatch, &StreamTitleWatch::titleChanged, this, [this](const QString &title) {
+        if (!m_mediaTitles)
+            setTitle(title);
+    });
     // Audio that moves on is playing, whatever the buffer says: a live stream
     // arrives as fast as it plays, so its buffer may never report full.
     m_stall.setSingleShot(true);
@@ -70,6 +77,7 @@ void QtMediaPlayer::newMedia()
                 if (error != QMediaPlayer::NoError)
                     fail(text);
             });
+    connect(m_player, &QMediaPlayer::metaDataChanged, this, &QtMediaPlayer::takeTitle);
     connect(m_player, &QMediaPlayer::positionChanged, this, [this](qint64 position) {
         if (position <= m_lastPosition)
             return;
@@ -99,6 +107,10 @@ void QtMediaPlayer::setURL(const QString &url)
     m_lastPosition = -1;
     m_progressing = false;
     m_stall.stop();
+    m_titleWatch->stop();
+    m_mediaTitles = false;
+    m_titleWatchDue = StreamTitleWatch::watches(url);
+    setTitle({});
     newMedia();
     if (!url.isEmpty()) {
         m_player->setSource(QUrl::fromUserInput(url));
@@ -260,8 +272,37 @@ void QtMediaPlayer::update()
     }
 }
 
+// GStreamer hands a station's stream title over as the media's title; a
+// file's tags name artist and title apart.
+void QtMediaPlayer::takeTitle()
+{
+    const QMediaMetaData data = m_player->metaData();
+    const QString title = data.stringValue(QMediaMetaData::Title).simplified();
+    const QString artist = data.stringValue(QMediaMetaData::ContributingArtist).simplified();
+    if (title.isEmpty())
+        return;
+    m_mediaTitles = true;
+    m_titleWatch->stop();
+    if (artist.isEmpty() || title.contains(artist))
+        setTitle(title);
+    else
+        setTitle(artist + QStringLiteral(" - ") + title);
+}
+
+void QtMediaPlayer::setTitle(const QString &title)
+{
+    if (title == m_title)
+        return;
+    m_title = title;
+    emit titleChanged(title);
+}
+
 void QtMediaPlayer::report(int state)
 {
+    if (state == Playing && !m_mediaTitles && std::exchange(m_titleWatchDue, false))
+        m_titleWatch->watch(m_url);
+    else if (state == Ready)
+        m_titleWatch->stop();
     m_state = state;
     emit PlayStateChange(state);
 }

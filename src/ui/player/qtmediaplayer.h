@@ -9,6 +9,7 @@ class QAudioOutput;
 class QMediaPlayer;
 class QVideoWidget;
 class QWidget;
+class StreamTitleWatch;
 
 // The media player over Qt Multimedia (GStreamer on Linux): QMediaPlayer for
 // the media, QAudioOutput for sound, QVideoWidget for pictures. Qt's playback
@@ -16,6 +17,9 @@ class QWidget;
 // number the player logic knows (docs/architecture.md has the table). The number is
 // worked out once the event that changed Qt's states is over, so that a
 // handler of PlayStateChange may set the URL again without re-entering Qt.
+// The song's title comes from the media's own metadata; for a station whose
+// titles Qt does not pass on, a StreamTitleWatch reads them from the stream
+// once it plays.
 class QtMediaPlayer : public MediaPlayer
 {
     Q_OBJECT
@@ -57,12 +61,20 @@ private:
     void scheduleUpdate();
     void update();
     void report(int state);
+    void takeTitle();
+    void setTitle(const QString &title);
 
     QMediaPlayer *m_player;
     QAudioOutput *m_audio;
     QVideoWidget &m_video;
 
     QString m_url;
+    QString m_title;
+    StreamTitleWatch *m_titleWatch;
+    // The media reports titles itself; the watch is not needed.
+    bool m_mediaTitles = false;
+    // The watch starts with the first Playing of a station's address.
+    bool m_titleWatchDue = false;
     int m_state = Undefined;
     int m_volume = 100;
     int m_playCount = 1;

@@ -157,6 +157,30 @@ void ucPlayBar::SetState(const QString &state)
         showPlaying();
 }
 
+bool ucPlayBar::press(const QString &key)
+{
+    const std::pair<QString, ucPictureButton *> buttons[] = {{QStringLiteral("Play"), cmdDSPlay},
+                                                             {QStringLiteral("Pause"), cmdDSPause},
+                                                             {QStringLiteral("Stop"), cmdDSStop}};
+    for (const auto &[name, button] : buttons) {
+        if (name == key && button->isEnabled() && button->x() != ParkedLeft) {
+            button->click();
+            return true;
+        }
+    }
+    return false;
+}
+
+int ucPlayBar::volume() const
+{
+    return ucSlider1->value();
+}
+
+void ucPlayBar::setVolume(int value)
+{
+    ucSlider1->setValue(value);
+}
+
 void ucPlayBar::setThemeColors(const ThemeColors &colors)
 {
     for (ucPictureButton *button : {cmdDSPlay, cmdDSPause, cmdDSStop, cmdDSMute})

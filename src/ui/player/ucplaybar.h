@@ -31,6 +31,13 @@ public:
     // "stop" or "play" in any letter case sets that look; other texts change
     // nothing. Raises no event.
     void SetState(const QString &state);
+    // Presses the button of a key text ("Play", "Pause", "Stop") as a click
+    // does, when that button is in its place and enabled; the desktop's media
+    // controls act through this. Tells whether it was clicked.
+    bool press(const QString &key);
+    // The volume slider's value, 0 to VolumeMaximum; setting it reports Volume.
+    int volume() const;
+    void setVolume(int value);
 
     void setThemeColors(const ThemeColors &colors) override;
 

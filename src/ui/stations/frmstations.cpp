@@ -12,6 +12,7 @@
 #include "controls/schemebutton.h"
 #include "ui/player/frmlisten.h"
 #include "player/mainplayer.h"
+#include "player/mediaplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
 
@@ -23,6 +24,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
@@ -170,6 +172,7 @@ void FrmStations::buildPlayer()
     connect(player, &MainPlayer::streamChanged, m_playBar,
             [bar = m_playBar](const QString &stream) { bar->setToolTip(tr("Stream: %1").arg(stream)); });
     m_player = player;
+    m_mainPlayer = player;
 }
 
 FrmListen *FrmStations::createListenWindow()
@@ -177,6 +180,7 @@ FrmListen *FrmStations::createListenWindow()
     auto *window = new FrmListen(m_parts.launch, m_parts.appearance.theme.colors(), m_players, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
     connect(window, &FrmListen::stationPlayed, this, &FrmStations::stationPlayed);
+    connect(window, &FrmListen::songChanged, this, &FrmStations::listeningSongChanged);
     return window;
 }
 
@@ -188,6 +192,29 @@ void FrmStations::stationPlayed(int kind, int row, const QString &date)
     m_parts.catalogue.at(index).LastDate = date;
     fillRow(row, index);
     m_parts.catalogue.dirty = true;
+}
+
+bool FrmStations::canStepStation(int step) const
+{
+    const int row = m_grid->Row();
+    return row >= 0 && row + step >= 0 && row + step < m_grid->ItemCount();
+}
+
+void FrmStations::stepStation(int step)
+{
+    if (!canStepStation(step))
+        return;
+    const int state = m_player->playState();
+    const bool stopped = state == MediaPlayer::Stopped || state == MediaPlayer::Ready ||
+                         state == MediaPlayer::MediaEnded || state == MediaPlayer::Undefined;
+    m_grid->setRow(m_grid->Row() + step);
+    if (stopped)
+        return;
+    // A pause would resume the station before.
+    if (state == MediaPlayer::Paused)
+        m_player->stopPlayback();
+    m_player->playKey(playKey);
+    m_player->showState(playKey);
 }
 
 void FrmStations::buildControls()
@@ -245,7 +272,8 @@ void FrmStations::buildControls()
     const std::pair<const char *, QString> commandButtons[] = {
         {"cmdRecord", tr("Record")}, {"cmdListen", tr("Listen")},     {"cmdReplay", tr("Replay")},
         {nullptr, {}},               {"cmdCopy", tr("Copy")},         {"cmdDel", tr("Delete")},
-        {"cmdInfo", tr("Info")},     {"cmdLoadPls", tr("Load PLS")}, {"cmdTrim", tr("Trim")},
+        {"cmdInfo", tr("Info")},     {"cmdHistory", tr("History")},
+        {"cmdLoadPls", tr("Load PLS")}, {"cmdTrim", tr("Trim")},
         {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
         {"cmdAbout", tr("About")},
     };
@@ -287,6 +315,8 @@ void FrmStations::buildControls()
     connect(m_grid, &LynxGrid::RequestEdit, this, &FrmStations::gridRequestEdit, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::RequestUpdate, this, &FrmStations::gridRequestUpdate, Qt::DirectConnection);
     connect(m_grid, &LynxGrid::CellUpdated, this, &FrmStations::gridCellUpdated);
+    connect(m_grid, &LynxGrid::RowColChanged, this, &FrmStations::stationStepsChanged);
+    connect(m_grid, &LynxGrid::ItemCountChanged, this, &FrmStations::stationStepsChanged);
 
     // The grid's width is read when the columns are made: give it its real size first.
     outer->activate();
@@ -309,6 +339,13 @@ void FrmStations::connectCommands()
     clicked("cmdCopy", [this] { m_commands->copy(); });
     clicked("cmdDel", [this] { m_commands->del(); });
     clicked("cmdInfo", [this] { m_commands->info(); });
+    const auto openHistory = [this] {
+        if (m_parts.openHistory)
+            m_parts.openHistory(this);
+    };
+    clicked("cmdHistory", openHistory);
+    auto *historyKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_H), this);
+    connect(historyKey, &QShortcut::activated, this, openHistory);
     clicked("cmdLoadPls", [this] { m_commands->loadPls(); });
     clicked("cmdTrim", [this] { m_commands->trim(); });
     clicked("cmdSkin", [this] { m_commands->skin(); });

@@ -19,6 +19,7 @@ struct TrimTool;
 class FrmListen;
 struct Station;
 class LynxGrid;
+class MainPlayer;
 class QBoxLayout;
 class QComboBox;
 class QLineEdit;
@@ -65,6 +66,8 @@ public:
         QString installFolder;
         // Runs the settings dialog over the window.
         std::function<void(QWidget *owner)> openSettings;
+        // Shows the History window (the History button and Ctrl+H).
+        std::function<void(QWidget *owner)> openHistory = {};
     };
 
     // players makes the media players of the window's own player and of its
@@ -79,10 +82,23 @@ public:
     void stationPlayed(int kind, int row, const QString &date);
     StationPlayer &player() const { return *m_player; }
 
+    // What the desktop's media controls reach: the player, its bar, and the
+    // grid's rows as the stations before and after the current one.
+    MainPlayer &mainPlayer() const { return *m_mainPlayer; }
+    ucPlayBar &playBar() const { return *m_playBar; }
+    // Whether a row lies step rows (1 the next, -1 the previous) from the current one.
+    bool canStepStation(int step) const;
+    // Makes that row current; unless the player is stopped, its station plays.
+    void stepStation(int step);
+
 signals:
     // The window has unloaded: edited cells are back in the catalogue and its
     // changed flag is set when any cell was changed. The closing step follows.
     void unloaded();
+    // A listening window's station names the song now on (empty: none any more).
+    void listeningSongChanged(const QString &station, const QString &title);
+    // The current row or the number of rows changed: canStepStation may answer otherwise.
+    void stationStepsChanged();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -123,6 +139,7 @@ private:
     Parts m_parts;
     MediaPlayerFactory m_players;
     StationPlayer *m_player = nullptr;
+    MainPlayer *m_mainPlayer = nullptr;
     StationCommands *m_commands = nullptr;
     bool m_unloaded = false;
     // Changed cells swept out of the grid before a refill: they count at

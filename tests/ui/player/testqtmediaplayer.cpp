@@ -4,6 +4,7 @@
 
 #include "base/launchoptions.h"
 #include "base/themecolors.h"
+#include "recorder/streamtitlewatch.h"
 #include "support/eventwait.h"
 #include "support/icecaststation.h"
 #include "support/icyserver.h"
@@ -155,10 +156,27 @@ TEST_F(QtPlayerTest, AListeningWindowPlaysAPlaylistsStreamOrARecordingAndReports
         auto window = listenWindow(row.row, row.url, row.title);
         QSignalSpy played(window.get(), &FrmListen::stationPlayed);
         ASSERT_TRUE(reaches(window->MPlayer(), MediaPlayer::Playing)) << window->windowTitle().toStdString();
-        EXPECT_EQ(window->windowTitle(), u"Playing: "_s + row.title);
+        // The song follows the station's name once the stream names one.
+        EXPECT_TRUE(window->windowTitle().startsWith(u"Playing: "_s + row.title))
+            << window->windowTitle().toStdString();
         EXPECT_EQ(window->findChild<QLabel *>(u"lblInfo"_s)->text(), row.info);
         EXPECT_EQ(played.isEmpty(), row.row < 0) << "every start of a station is told";
     }
+}
+
+TEST_F(QtPlayerTest, TheSongAStationNamesReachesTheListeningWindowsTitle)
+{
+    auto window = listenWindow(2, station->url());
+    QSignalSpy songs(window.get(), &FrmListen::songChanged);
+    ASSERT_TRUE(
+        waitUntil([&] { return !songs.isEmpty() && !songs.last().at(1).toString().isEmpty(); }, OpenTimeout))
+        << window->windowTitle().toStdString();
+    const QString title = songs.last().at(1).toString();
+    EXPECT_TRUE(IcecastStation::titles().contains(title)) << title.toStdString();
+    EXPECT_EQ(songs.last().at(0).toString(), u"Ice"_s);
+    EXPECT_EQ(window->windowTitle(), u"Playing: Ice \u2014 "_s + title);
+    window->close();
+    EXPECT_FALSE(window->findChild<StreamTitleWatch *>()->watching());
 }
 
 TEST_F(QtPlayerTest, TheWarmUpVideoStaysPaused)

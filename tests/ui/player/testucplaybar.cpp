@@ -72,4 +72,28 @@ TEST_F(PlayBarTest, SetStateChangesTheLookInAnyCaseAndRaisesNothing)
     EXPECT_EQ(clicks.size(), 0);
 }
 
+TEST_F(PlayBarTest, PressOnlyReachesAButtonInPlaceAndEnabled)
+{
+    const struct
+    {
+        const char *key;
+        const char *clicked; // the key raised, or none
+        std::string look;
+    } presses[] = {{"Pause", "", "Play -"},       {"Stop", "", "Play -"},       {"Play", "Play", "Pause stop"},
+                   {"Play", "", "Pause stop"},     {"Pause", "Pause", "Play stop"}, {"Stop", "Stop", "Play -"},
+                   {"Mute", "", "Play -"}};
+    for (const auto &press : presses) {
+        clicks.clear();
+        bar.press(QLatin1StringView(press.key));
+        EXPECT_EQ(clicks.isEmpty() ? QString() : clicks[0][0].toString(), QLatin1StringView(press.clicked))
+            << press.key << " in " << look();
+        EXPECT_EQ(look(), press.look) << press.key;
+    }
+    QSignalSpy volumes(&bar, &ucPlayBar::Volume);
+    bar.setVolume(35);
+    bar.setVolume(135);
+    EXPECT_EQ(bar.volume(), ucPlayBar::VolumeMaximum);
+    EXPECT_EQ(volumes.size(), 2);
+}
+
 } // namespace

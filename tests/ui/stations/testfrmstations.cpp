@@ -269,6 +269,17 @@ TEST_F(StationsTest, AStationPlayingInAListeningWindowGetsTodaysDate)
     listen->close();
 }
 
+TEST_F(StationsTest, TheHistoryOpensFromItsButtonAndCtrlH)
+{
+    QList<QWidget *> owners;
+    openHistory = [&owners](QWidget *owner) { owners << owner; };
+    ASSERT_NO_FATAL_FAILURE(open());
+    click("cmdHistory");
+    grid->setFocus();
+    QTest::keyClick(grid, Qt::Key_H, Qt::ControlModifier);
+    EXPECT_EQ(owners, (QList<QWidget *>{window.get(), window.get()}));
+}
+
 TEST_F(StationsTest, LoadStartsAHiddenWarmUpWindowOnTheInstalledVideo)
 {
     ASSERT_NO_FATAL_FAILURE(open());
