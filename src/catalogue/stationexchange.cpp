@@ -69,7 +69,8 @@ QString safeField(QStringView text, const QString &separator, qsizetype maxLengt
             result += u' ';
     }
     if (!separator.isEmpty() && result.contains(separator)) {
-        const QString replacement = QStringLiteral("+-").contains(separator) ? QStringLiteral(" ") : QStringLiteral("+-");
+        const QString replacement =
+            QStringLiteral("+-").contains(separator) ? QStringLiteral(" ") : QStringLiteral("+-");
         result.replace(separator, replacement);
         // A replacement next to part of a longer separator can form it anew;
         // removing shortens the text, so this ends.
@@ -149,11 +150,12 @@ AddResult addNew(Catalogue &catalogue, const QList<Station> &stations)
         s.Name = safeName(given.Name, separator);
         if (s.Name.isEmpty())
             s.Name = safeName(QUrl(address).host(), separator);
-        for (QString *field : {&s.Genre, &s.BitRate, &s.Format, &s.Category, &s.OutputFile, &s.LastDate,
-                               &s.CallSign})
+        for (QString *field :
+             {&s.Genre, &s.BitRate, &s.Format, &s.Category, &s.OutputFile, &s.LastDate, &s.CallSign})
             *field = safeField(*field, separator);
         // The reader trims this one; stored trimmed, it reads back the same.
-        s.InfoUrl = StationNames::TrimBlanks(safeField(given.InfoUrl, separator, StationListFile::MaxAddressLength));
+        s.InfoUrl =
+            StationNames::TrimBlanks(safeField(given.InfoUrl, separator, StationListFile::MaxAddressLength));
         s.Deleted = false;
         catalogue.Categories.add(s.Category);
         result.added.append(catalogue.Append(std::move(s)));

@@ -86,9 +86,10 @@ public:
                                .arg(StationListFile::MaxEntries));
         }
         if (m_result.entries.isEmpty() && m_result.refused > 0) {
-            return failure(StationListFile::tr("The list holds no internet stations: its %n entries are files "
-                                               "or relative paths.",
-                                               nullptr, m_result.refused));
+            return failure(
+                StationListFile::tr("The list holds no internet stations: its %n entries are files "
+                                    "or relative paths.",
+                                    nullptr, m_result.refused));
         }
         if (m_result.entries.isEmpty())
             return failure(StationListFile::tr("The list holds no stations."));
@@ -102,7 +103,8 @@ private:
 
 ReadResult notAList()
 {
-    return failure(StationListFile::tr("The file is not a station list (M3U, PLS or XSPF); nothing was imported."));
+    return failure(
+        StationListFile::tr("The file is not a station list (M3U, PLS or XSPF); nothing was imported."));
 }
 
 // The name after "#EXTINF:": what follows the first comma outside the quoted
@@ -208,8 +210,8 @@ void readTrack(QXmlStreamReader &xml, Collector &collector, bool &full)
     while (xml.readNextStartElement()) {
         if (xml.name() == u"location") {
             const QString found = xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
-            if (location.isEmpty() || (!StationListFile::isInternetAddress(location) &&
-                                       StationListFile::isInternetAddress(found)))
+            if (location.isEmpty() ||
+                (!StationListFile::isInternetAddress(location) && StationListFile::isInternetAddress(found)))
                 location = found;
         } else if (xml.name() == u"title") {
             title = xml.readElementText(QXmlStreamReader::SkipChildElements);
@@ -226,9 +228,10 @@ ReadResult readXspf(const QString &text)
     QXmlStreamReader xml(text);
     if (!xml.readNextStartElement() || xml.name() != u"playlist") {
         if (xml.hasError())
-            return failure(StationListFile::tr("The XSPF list is damaged (line %1: %2); nothing was imported.")
-                               .arg(xml.lineNumber())
-                               .arg(xml.errorString()));
+            return failure(
+                StationListFile::tr("The XSPF list is damaged (line %1: %2); nothing was imported.")
+                    .arg(xml.lineNumber())
+                    .arg(xml.errorString()));
         return notAList();
     }
     Collector collector;
@@ -275,8 +278,8 @@ QByteArray writePls(const QList<StationListEntry> &entries)
         if (address.isEmpty())
             continue;
         const QString n = QString::number(++number);
-        text += QStringLiteral("File") + n + u'=' + address + QStringLiteral("\nTitle") + n + u'=' + oneLine(e.name) +
-                QStringLiteral("\nLength") + n + QStringLiteral("=-1\n");
+        text += QStringLiteral("File") + n + u'=' + address + QStringLiteral("\nTitle") + n + u'=' +
+                oneLine(e.name) + QStringLiteral("\nLength") + n + QStringLiteral("=-1\n");
     }
     text += QStringLiteral("NumberOfEntries=") + QString::number(number) + QStringLiteral("\nVersion=2\n");
     return text.toUtf8();
@@ -377,5 +380,6 @@ bool StationListFile::isInternetAddress(QStringView address)
     const QUrl url(address.toString());
     const QString scheme = url.scheme();
     return url.isValid() && !url.host().isEmpty() &&
-           (scheme.compare(u"http", Qt::CaseInsensitive) == 0 || scheme.compare(u"https", Qt::CaseInsensitive) == 0);
+           (scheme.compare(u"http", Qt::CaseInsensitive) == 0 ||
+            scheme.compare(u"https", Qt::CaseInsensitive) == 0);
 }

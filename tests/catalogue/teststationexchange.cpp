@@ -22,7 +22,8 @@ TEST(StationExchange, OutsideTextNeverBreaksACatalogueLine)
     EXPECT_EQ(StationExchange::safeName(u"  ## Top: 40 "_s, plusMinus), u"Top 40"_s);
     EXPECT_EQ(StationExchange::safeField(u"a|b"_s, u"|"_s), u"a+-b"_s);
     EXPECT_EQ(StationExchange::safeField(u"a+b-c"_s, u"+"_s), u"a b-c"_s);
-    EXPECT_EQ(StationExchange::safeField(QString(10000, u'x'), plusMinus).size(), StationExchange::MaxFieldLength);
+    EXPECT_EQ(StationExchange::safeField(QString(10000, u'x'), plusMinus).size(),
+              StationExchange::MaxFieldLength);
     // Half a surrogate pair is no character.
     EXPECT_EQ(StationExchange::safeField(u"ab\U0001F4FB"_s, plusMinus, 3), u"ab"_s);
 }

@@ -75,29 +75,37 @@ TEST(StationListFile, ListsAsOtherProgramsWriteThemAreRead)
         int refused;
     } rows[] = {
         // Quoted attributes may hold commas; local files are no stations.
-        {"#EXTM3U\r\n#EXTINF:-1 tvg-logo=\"http://l.example/a,b.png\" group-title=\"Jazz, Blues\",Blue Note\r\n"
-         "http://blue.example/live\r\n#EXTINF:123,Local file\r\nmusic/track.mp3\r\nfile:///home/u/x.mp3\r\n\r\n"
+        {"#EXTM3U\r\n"
+         "#EXTINF:-1 logo=\"http://l.example/a,b.png\" group-title=\"Jazz, Blues\",Blue Note\r\n"
+         "http://blue.example/live\r\n"
+         "#EXTINF:123,Local file\r\nmusic/track.mp3\r\nfile:///home/u/x.mp3\r\n\r\n"
          "# a comment\r\nhttps://plain.example/stream\r\n",
-         {{u"Blue Note"_s, u"http://blue.example/live"_s}, {QString(), u"https://plain.example/stream"_s}},
+         {{u"Blue Note"_s, u"http://blue.example/live"_s}, {{}, u"https://plain.example/stream"_s}},
          2},
-        {"http://a.example/1\nhttp://b.example/2", {{{}, u"http://a.example/1"_s}, {{}, u"http://b.example/2"_s}}, 0},
-        // Every entry in the order of its number, whatever the count line says.
-        {"[Playlist]\r\nNumberOfEntries=1\r\nfile2=http://two.example/\r\nTitle2=Two\r\nFile1=http://one.example/\r\n"
-         "FILE10=http://ten.example/\r\nTitle10=Ten\r\nVersion=2\r\n",
-         {{{}, u"http://one.example/"_s}, {u"Two"_s, u"http://two.example/"_s}, {u"Ten"_s, u"http://ten.example/"_s}},
+        {"http://a.example/1\nhttp://b.example/2",
+         {{{}, u"http://a.example/1"_s}, {{}, u"http://b.example/2"_s}},
          0},
-        {"<?xml version=\"1.0\"?>\n<playlist version=\"1\" xmlns=\"http://xspf.org/ns/0/\"><title>Mine</title>"
+        // Every entry in the order of its number, whatever the count line says.
+        {"[Playlist]\r\nNumberOfEntries=1\r\nfile2=http://two.example/\r\nTitle2=Two\r\n"
+         "File1=http://one.example/\r\nFILE10=http://ten.example/\r\nTitle10=Ten\r\nVersion=2\r\n",
+         {{{}, u"http://one.example/"_s},
+          {u"Two"_s, u"http://two.example/"_s},
+          {u"Ten"_s, u"http://ten.example/"_s}},
+         0},
+        {"<?xml version=\"1.0\"?>\n<playlist version=\"1\" xmlns=\"http://xspf.org/ns/0/\"><title>M</title>"
          "<trackList><track><location>file:///a.mp3</location><location>http://a.example/live</location>"
          "<title>A</title><image>http://a.example/i.png</image></track>"
-         "<track><location>relative/b.mp3</location><title>B</title></track><track><title>None</title></track>"
+         "<track><location>relative/b.mp3</location></track><track><title>None</title></track>"
          "</trackList></playlist>",
          {{u"A"_s, u"http://a.example/live"_s}},
          1},
-        {QStringEncoder(QStringConverter::Utf16, QStringConverter::Flag::WriteBom)(
-             u"#EXTM3U\n#EXTINF:-1,Ö1\nhttp://oe1.example/\n"_s),
+        {QStringEncoder(QStringConverter::Utf16,
+                        QStringConverter::Flag::WriteBom)(u"#EXTM3U\n#EXTINF:-1,Ö1\nhttp://oe1.example/\n"_s),
          {{u"Ö1"_s, u"http://oe1.example/"_s}},
          0},
-        {"[playlist]\nFile1=http://cafe.example/\nTitle1=Caf\xe9\n", {{u"Café"_s, u"http://cafe.example/"_s}}, 0},
+        {"[playlist]\nFile1=http://cafe.example/\nTitle1=Caf\xe9\n",
+         {{u"Café"_s, u"http://cafe.example/"_s}},
+         0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.file.left(30).toStdString());
@@ -111,7 +119,10 @@ TEST(StationListFile, ListsAsOtherProgramsWriteThemAreRead)
 TEST(StationListFile, WhatIsNoStationListGivesAReasonAndNoEntries)
 {
     const std::pair<QByteArray, QString> rows[] = {
-        {QByteArray("\x7f" "ELF\x02\x01\x01\x00\x00\x00http://x.example/\n", 26), u"not a station list"_s},
+        {QByteArray("\x7f"
+                    "ELF\x02\x01\x01\x00\x00\x00http://x.example/\n",
+                    26),
+         u"not a station list"_s},
         {"Dear friend,\nthis is a letter.\nhttp://x.example/\n", u"not a station list"_s},
         {"", u"not a station list"_s},
         {"<html><body><a href=\"http://x.example/\">x</a></body></html>", u"not a station list"_s},
@@ -144,8 +155,10 @@ TEST(StationListFile, AListBeyondTheBoundIsRefusedWhole)
 TEST(StationListFile, FilesAreWrittenWholeInTheFormatTheirNameSays)
 {
     QTemporaryDir dir;
-    for (const auto &[name, format] : {std::pair{u"a.m3u8"_s, Format::M3u8}, {u"b.PLS"_s, Format::Pls},
-                                       {u"c.xspf"_s, Format::Xspf}, {u"d.m3u"_s, Format::M3u8}}) {
+    for (const auto &[name, format] : {std::pair{u"a.m3u8"_s, Format::M3u8},
+                                       {u"b.PLS"_s, Format::Pls},
+                                       {u"c.xspf"_s, Format::Xspf},
+                                       {u"d.m3u"_s, Format::M3u8}}) {
         const QString path = dir.filePath(name);
         EXPECT_EQ(StationListFile::formatForPath(path), format);
         EXPECT_EQ(StationListFile::writeFile(path, format, Entries), QString());
@@ -156,7 +169,8 @@ TEST(StationListFile, FilesAreWrittenWholeInTheFormatTheirNameSays)
     for (const Format format : {Format::M3u8, Format::Pls, Format::Xspf})
         EXPECT_EQ(StationListFile::read(StationListFile::write(format, broken)).entries.value(0).name,
                   u"Line  Break"_s);
-    EXPECT_FALSE(StationListFile::writeFile(dir.filePath(u"missing/x.pls"_s), Format::Pls, Entries).isEmpty());
+    EXPECT_FALSE(
+        StationListFile::writeFile(dir.filePath(u"missing/x.pls"_s), Format::Pls, Entries).isEmpty());
     EXPECT_FALSE(StationListFile::readFile(dir.filePath(u"missing.pls"_s)).error.isEmpty());
 }
 
