@@ -19,7 +19,7 @@ constexpr int addedCount = 1000;
 
 void reportPeak(benchmark::State &state)
 {
-    state.counters["peak_MB"] = ProcessMegabytes("VmHWM:");
+    state.counters["peak_MB"] = processMegabytes("VmHWM:");
 }
 
 // A search answer of 10,000 stations as the directory sends them (about
@@ -79,6 +79,6 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    std::printf("Peak memory: %.1f MB\n", ProcessMegabytes("VmHWM:"));
+    std::printf("Peak memory: %.1f MB\n", processMegabytes("VmHWM:"));
     return 0;
 }

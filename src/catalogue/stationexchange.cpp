@@ -4,6 +4,7 @@
 #include "catalogue/playlist.h"
 #include "catalogue/stationnames.h"
 
+#include <QCoreApplication>
 #include <QSet>
 #include <QUrl>
 
@@ -26,7 +27,7 @@ void cut(QString &text, qsizetype length)
         text.chop(1);
 }
 
-// An address fit for a catalogue line, or empty when it cannot be stored. A
+// An internet address fit for a catalogue line, or empty when there is none. A
 // separator inside is percent-encoded, which leads to the same place; any
 // other change to fit would lead elsewhere.
 QString storableAddress(const QString &address, const QString &separator)
@@ -34,12 +35,8 @@ QString storableAddress(const QString &address, const QString &separator)
     QString trimmed = address.trimmed();
     if (trimmed.contains(separator))
         trimmed = QUrl(trimmed).toString(QUrl::FullyEncoded);
-    if (trimmed.size() > StationListFile::maxAddressLength || trimmed.contains(separator))
+    if (trimmed.contains(separator) || !StationListFile::isInternetAddress(trimmed))
         return QString();
-    for (const QChar c : trimmed) {
-        if (isControl(c))
-            return QString();
-    }
     return trimmed;
 }
 
@@ -163,6 +160,22 @@ AddResult addNew(Catalogue &catalogue, const QList<Station> &stations)
     if (!result.added.isEmpty())
         catalogue.dirty = true;
     return result;
+}
+
+QString summary(const AddResult &result)
+{
+    // "label: number" reads right for any number without plural forms.
+    const auto part = [](const char *label, qsizetype n) {
+        return QCoreApplication::translate("StationExchange", label).arg(n);
+    };
+    QStringList parts{part(QT_TRANSLATE_NOOP("StationExchange", "Stations added: %1"), result.added.size())};
+    if (result.duplicates > 0)
+        parts.append(
+            part(QT_TRANSLATE_NOOP("StationExchange", "already in the catalogue: %1"), result.duplicates));
+    if (result.refused > 0)
+        parts.append(part(QT_TRANSLATE_NOOP("StationExchange", "without an internet stream address: %1"),
+                          result.refused));
+    return parts.join(QStringLiteral("; ")) + u'.';
 }
 
 } // namespace StationExchange

@@ -45,7 +45,8 @@ struct AddResult
     QList<int> added;
     // Left out: the stream address is in the catalogue already (any letter case).
     int duplicates = 0;
-    // Left out: the stream address cannot stand in a catalogue line.
+    // Left out: the stream address is no internet address (http or https)
+    // or cannot stand in a catalogue line.
     int refused = 0;
 };
 
@@ -55,5 +56,8 @@ struct AddResult
 // count as present. Marks the catalogue changed and adds the new categories
 // when anything was appended.
 AddResult addNew(Catalogue &catalogue, const QList<Station> &stations);
+
+// What an addition did, for people: "Added 3 stations; 1 was in the catalogue already."
+QString summary(const AddResult &result);
 
 } // namespace StationExchange

@@ -86,10 +86,8 @@ public:
                                .arg(StationListFile::maxEntries));
         }
         if (m_result.entries.isEmpty() && m_result.refused > 0) {
-            return failure(
-                StationListFile::tr("The list holds no internet stations: its %n entries are files "
-                                    "or relative paths.",
-                                    nullptr, m_result.refused));
+            return failure(StationListFile::tr("The list holds no internet stations: every entry is a file "
+                                               "or a relative path; nothing was imported."));
         }
         if (m_result.entries.isEmpty())
             return failure(StationListFile::tr("The list holds no stations."));

@@ -101,13 +101,21 @@ void MainPlayer::silence()
     wmp1.stop();
 }
 
+void MainPlayer::playAddress(const QString &address, const QString &name)
+{
+    emit lookChanged(startStation(address, name) ? KeyPlay : KeyStop);
+}
+
 bool MainPlayer::startCurrentStation()
 {
     const Station *station = m_currentStation();
-    if (!station)
-        return false;
-    m_playingAddress = station->StreamURL;
-    m_playingName = station->Name;
+    return station && startStation(station->StreamURL, station->Name);
+}
+
+bool MainPlayer::startStation(const QString &address, const QString &name)
+{
+    m_playingAddress = address;
+    m_playingName = name;
     wmp1.clearPlaylist();
     if (m_playingAddress.isEmpty()) {
         // The stray "& " is part of the caption.

@@ -18,13 +18,13 @@ namespace {
 
 using Format = StationListFile::Format;
 
-const QList<StationListEntry> Entries = {
+const QList<StationListEntry> twoEntries = {
     {u"Jazz One"_s, u"http://jazz.example:8000/stream"_s},
     {u"Café Ünïcode & \"Friends\""_s, u"https://radio.example/live?id=1&fmt=mp3"_s},
 };
 
 // The two entries as each format holds them, written out by hand.
-const std::pair<Format, QByteArray> HandWritten[] = {
+const std::pair<Format, QByteArray> handWritten[] = {
     {Format::M3u8, "#EXTM3U\n"
                    "#EXTINF:-1,Jazz One\n"
                    "http://jazz.example:8000/stream\n"
@@ -56,11 +56,11 @@ const std::pair<Format, QByteArray> HandWritten[] = {
 
 TEST(StationListFile, EachFormatWritesAndReadsBackTheHandWrittenFile)
 {
-    for (const auto &[format, file] : HandWritten) {
+    for (const auto &[format, file] : handWritten) {
         SCOPED_TRACE(file.left(10).toStdString());
-        EXPECT_EQ(StationListFile::write(format, Entries).toStdString(), file.toStdString());
+        EXPECT_EQ(StationListFile::write(format, twoEntries).toStdString(), file.toStdString());
         const StationListFile::ReadResult read = StationListFile::read(file);
-        EXPECT_EQ(read.entries, Entries);
+        EXPECT_EQ(read.entries, twoEntries);
         EXPECT_EQ(read.refused, 0);
         EXPECT_TRUE(read.error.isEmpty());
     }
@@ -161,8 +161,8 @@ TEST(StationListFile, FilesAreWrittenWholeInTheFormatTheirNameSays)
                                        {u"d.m3u"_s, Format::M3u8}}) {
         const QString path = dir.filePath(name);
         EXPECT_EQ(StationListFile::formatForPath(path), format);
-        EXPECT_EQ(StationListFile::writeFile(path, format, Entries), QString());
-        EXPECT_EQ(StationListFile::readFile(path).entries, Entries);
+        EXPECT_EQ(StationListFile::writeFile(path, format, twoEntries), QString());
+        EXPECT_EQ(StationListFile::readFile(path).entries, twoEntries);
     }
     // A name broken over lines stays on its own line.
     const QList<StationListEntry> broken = {{u"Line\r\nBreak"_s, u"http://x.example/"_s}};
@@ -170,7 +170,7 @@ TEST(StationListFile, FilesAreWrittenWholeInTheFormatTheirNameSays)
         EXPECT_EQ(StationListFile::read(StationListFile::write(format, broken)).entries.value(0).name,
                   u"Line  Break"_s);
     EXPECT_FALSE(
-        StationListFile::writeFile(dir.filePath(u"missing/x.pls"_s), Format::Pls, Entries).isEmpty());
+        StationListFile::writeFile(dir.filePath(u"missing/x.pls"_s), Format::Pls, twoEntries).isEmpty());
     EXPECT_FALSE(StationListFile::readFile(dir.filePath(u"missing.pls"_s)).error.isEmpty());
 }
 

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QByteArray Answer = R"([
+const QByteArray answer = R"([
  {"stationuuid":"u1","name":"Jazz \u00b1 One\r\n","url":"http://j.example/list.pls","url_resolved":"http://j.example/live",
   "homepage":"https://j.example/ ","favicon":"https://j.example/i.png","tags":"jazz, smooth jazz","country":"Austria",
   "language":"german,english","codec":"AAC+","bitrate":128,"votes":12,"clickcount":7,"extra":{"nested":[1,2]}},
@@ -46,10 +46,10 @@ TEST(DirectoryJson, StationsAreReadFromWhateverTheServerSends)
     second.name = u"Second"_s;
     second.urlResolved = u"http://second.example/"_s;
 
-    const auto parsed = DirectoryJson::stations(Answer, 10);
+    const auto parsed = DirectoryJson::stations(answer, 10);
     EXPECT_TRUE(parsed.error.isEmpty());
     EXPECT_EQ(parsed.values, (QList<DirectoryStation>{fullStation(), onlyUrl, second}));
-    EXPECT_EQ(DirectoryJson::stations(Answer, 2).values.size(), 2);
+    EXPECT_EQ(DirectoryJson::stations(answer, 2).values.size(), 2);
 
     const QByteArray huge = R"([{"name":")" + QByteArray(10000, 'n') + R"(","url":"http://h.example/"}])";
     EXPECT_EQ(DirectoryJson::stations(huge, 10).values.value(0).name.size(), DirectoryJson::maxTextLength);
