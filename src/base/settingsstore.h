@@ -7,7 +7,7 @@
 class SettingsStore
 {
 public:
-    // The nine keys.
+    // The keys.
     static inline const QString V = QStringLiteral("V");
     static inline const QString OptGenre = QStringLiteral("OptGenre");
     static inline const QString OptCategory = QStringLiteral("OptCategory");
@@ -17,6 +17,8 @@ public:
     static inline const QString AppSkinOn = QStringLiteral("AppSkinOn");
     static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
     static inline const QString Theme = QStringLiteral("Theme");
+    // The station directory's server, "scheme://host[:port]"; empty finds the directory's own.
+    static inline const QString DirectoryServer = QStringLiteral("DirectoryServer");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -78,6 +78,10 @@ public:
     StationCheck::Timing checkTiming{2, 101};
     // Plays the user at modal dialogs; empty runs them for real.
     std::function<int(QDialog &)> runModal;
+    // Plays the user at the file-save dialog: the path chosen, empty for cancel.
+    std::function<QString(const QString &title, const QString &filter)> chooseSaveFile = [](auto &, auto &) {
+        return QString();
+    };
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;
