@@ -3,10 +3,12 @@
 #include <QDialog>
 
 struct TrimTool;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
-// The settings dialog: the command line of the external MP3 trimming tool.
+// The settings dialog: the command line of the external MP3 trimming tool
+// and the station directory's server.
 class FrmSettings : public QDialog
 {
     Q_OBJECT
@@ -21,4 +23,6 @@ private:
 
     TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;
+    QLineEdit *m_txtDirectoryServer;
+    QLabel *m_lblServerError;
 };

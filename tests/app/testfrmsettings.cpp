@@ -4,6 +4,7 @@
 #include "base/trimtool.h"
 #include "support/tempprofile.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -46,6 +47,28 @@ TEST_F(FrmSettingsTest, TheDialogStoresOkRestoresTheDefaultAtOnceAndCancelsWitho
         QTest::keyClick(&dialog, Qt::Key_Escape);
     }
     EXPECT_EQ(SettingsStore::getSetting(SettingsStore::TrimMP3Tool), u"x"_s);
+}
+
+TEST_F(FrmSettingsTest, TheDirectoryServerIsStoredOnlyWhenItIsAnAddressOrEmpty)
+{
+    TrimTool trim{u"mytool"_s};
+    const std::pair<QString, QString> rows[] = {
+        // typed, then stored ("-" when the dialog stays open with the reason)
+        {u"  http://127.0.0.1:8080 "_s, u"http://127.0.0.1:8080"_s},
+        {u"http://127.0.0.1:8080/json"_s, u"-"_s},
+        {u"ftp://mirror.example"_s, u"-"_s},
+        {QString(), QString()},
+    };
+    for (const auto &[typed, stored] : rows) {
+        SCOPED_TRACE(typed.toStdString());
+        SettingsStore::saveSetting(SettingsStore::DirectoryServer, u"-"_s);
+        FrmSettings dialog(trim);
+        dialog.findChild<QLineEdit *>(u"txtDirectoryServer"_s)->setText(typed);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
+        EXPECT_EQ(SettingsStore::getSetting(SettingsStore::DirectoryServer), stored);
+        EXPECT_EQ(dialog.result(), stored == u"-" ? QDialog::Rejected : QDialog::Accepted);
+        EXPECT_EQ(dialog.findChild<QLabel *>(u"lblServerError"_s)->text().isEmpty(), stored != u"-");
+    }
 }
 
 } // namespace
