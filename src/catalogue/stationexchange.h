@@ -57,7 +57,7 @@ struct AddResult
 // when anything was appended.
 AddResult addNew(Catalogue &catalogue, const QList<Station> &stations);
 
-// What an addition did, for people: "Added 3 stations; 1 was in the catalogue already."
+// What an addition did, for people: "Stations added: 3; already in the catalogue: 1."
 QString summary(const AddResult &result);
 
 } // namespace StationExchange
