@@ -128,7 +128,7 @@ TEST(StationListFile, WhatIsNoStationListGivesAReasonAndNoEntries)
         {"<html><body><a href=\"http://x.example/\">x</a></body></html>", u"not a station list"_s},
         {"<playlist><trackList><track><location>http://a.example/</location></track>", u"damaged"_s},
         {"<playlist><trackList/></playlist><more/>", u"damaged"_s},
-        {"#EXTM3U\nmusic/a.mp3\nfile:///b.mp3\n", u"its 2 entries are files"_s},
+        {"#EXTM3U\nmusic/a.mp3\nfile:///b.mp3\n", u"every entry is a file"_s},
         {"[playlist]\nNumberOfEntries=0\n", u"no stations"_s},
         {QByteArray(StationListFile::maxFileBytes + 1, '#'), u"larger"_s},
     };
