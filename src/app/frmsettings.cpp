@@ -3,6 +3,7 @@
 #include "base/apperror.h"
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
+#include "directory/serverdiscovery.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -14,7 +15,8 @@
 
 FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this)),
-      m_chkSongNotifications(new QCheckBox(tr("Show a notification when the song changes"), this))
+      m_chkSongNotifications(new QCheckBox(tr("Show a notification when the song changes"), this)),
+      m_txtDirectoryServer(new QLineEdit(this)), m_lblServerError(new QLabel(this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
@@ -23,6 +25,17 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     m_txtTrimMP3->setObjectName(QStringLiteral("txtTrimMP3"));
     m_txtTrimMP3->setText(m_trimTool.command);
     m_txtTrimMP3->setMinimumWidth(460);
+
+    m_txtDirectoryServer->setObjectName(QStringLiteral("txtDirectoryServer"));
+    m_txtDirectoryServer->setText(SettingsStore::getSetting(SettingsStore::DirectoryServer));
+    m_txtDirectoryServer->setPlaceholderText(tr("The directory's own servers"));
+    m_txtDirectoryServer->setToolTip(
+        tr("A mirror of the station directory, for example http://127.0.0.1:8080; "
+           "leave it empty to use the directory's own servers."));
+    m_txtDirectoryServer->setAccessibleName(tr("Station directory server"));
+    m_lblServerError->setObjectName(QStringLiteral("lblServerError"));
+    m_lblServerError->setWordWrap(true);
+    m_lblServerError->hide();
 
     auto *hint = new QLabel(tr("%APP% stands for the program's folder, %MP3FILE% for the recording to trim."), this);
     hint->setWordWrap(true);
@@ -48,15 +61,27 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
 
     auto *form = new QFormLayout;
     form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
+    form->addRow(tr("Station directory server:"), m_txtDirectoryServer);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(hint);
+    layout->addWidget(m_lblServerError);
     layout->addWidget(m_chkSongNotifications);
     layout->addWidget(buttons);
 }
 
 void FrmSettings::cmdOkClick()
 {
+    // An address that is none would only fail every search later: say why now.
+    const QString server = m_txtDirectoryServer->text().trimmed();
+    const QString error = server.isEmpty() ? QString() : ServerDiscovery::checkBase(server);
+    m_lblServerError->setText(error);
+    m_lblServerError->setVisible(!error.isEmpty());
+    if (!error.isEmpty()) {
+        m_txtDirectoryServer->setFocus();
+        return;
+    }
+    SettingsStore::saveSetting(SettingsStore::DirectoryServer, server);
     m_trimTool.command = m_txtTrimMP3->text();
     SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
     SettingsStore::saveBoolean(SettingsStore::SongNotifications, m_chkSongNotifications->isChecked());

@@ -4,11 +4,12 @@
 
 struct TrimTool;
 class QCheckBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
 // The settings dialog: the command line of the external MP3 trimming tool,
-// and whether a notification tells each new song.
+// the station directory's server and whether a notification tells each new song.
 class FrmSettings : public QDialog
 {
     Q_OBJECT
@@ -27,4 +28,6 @@ private:
     TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;
     QCheckBox *m_chkSongNotifications;
+    QLineEdit *m_txtDirectoryServer;
+    QLabel *m_lblServerError;
 };

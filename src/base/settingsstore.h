@@ -7,7 +7,7 @@
 class SettingsStore
 {
 public:
-    // The nine keys.
+    // The keys.
     static inline const QString V = QStringLiteral("V");
     static inline const QString OptGenre = QStringLiteral("OptGenre");
     static inline const QString OptCategory = QStringLiteral("OptCategory");
@@ -19,6 +19,8 @@ public:
     static inline const QString Theme = QStringLiteral("Theme");
     // Whether a desktop notification tells each new song ("True" or "False").
     static inline const QString SongNotifications = QStringLiteral("SongNotifications");
+    // The station directory's server, "scheme://host[:port]"; empty finds the directory's own.
+    static inline const QString DirectoryServer = QStringLiteral("DirectoryServer");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -102,17 +102,25 @@ void MainPlayer::silence()
     wmp1.stop();
 }
 
+void MainPlayer::playAddress(const QString &address, const QString &name)
+{
+    emit lookChanged(startStation(address, name) ? KeyPlay : KeyStop);
+}
+
 bool MainPlayer::startCurrentStation()
 {
     const Station *station = m_currentStation();
-    if (!station)
-        return false;
+    return station && startStation(station->StreamURL, station->Name);
+}
+
+bool MainPlayer::startStation(const QString &address, const QString &name)
+{
     // A playlist still on its way belongs to the station before: it would
     // replace this one's address under this one's name.
     if (m_fetching)
         cancelFetch();
-    m_playingAddress = station->StreamURL;
-    setSong(station->Name, {});
+    m_playingAddress = address;
+    setSong(name, {});
     wmp1.clearPlaylist();
     if (m_playingAddress.isEmpty()) {
         // The stray "& " is part of the caption.

@@ -34,6 +34,7 @@ public:
     // The play bar's key texts: "Play", "Stop", "Pause", "Mute", "NoMute".
     void playKey(const QString &key) override;
     void showState(const QString &state) override;
+    void playAddress(const QString &address, const QString &name) override;
     void stopPlayback() override;
     // wmp1's play state, or Transitioning while a playlist is on its way.
     int playState() const override;
@@ -73,6 +74,7 @@ signals:
 private:
     // True when something was started (a stream, or the fetch of its playlist).
     bool startCurrentStation();
+    bool startStation(const QString &address, const QString &name);
     void FetchPlaylist(const QString &address);
     void cancelFetch();
     void tellPlayState();

@@ -13,6 +13,9 @@ public:
     virtual void playKey(const QString &key) = 0;
     // Sets the play bar's look ("play" or "stop", any letter case) without a key.
     virtual void showState(const QString &state) = 0;
+    // Plays an address that is no row of the list (a station found in the
+    // directory), name in the caption, and shows the bar playing.
+    virtual void playAddress(const QString &address, const QString &name) = 0;
     // Stops playback and clears the caption; unlike the "Stop" key it leaves
     // the station check's flag alone.
     virtual void stopPlayback() = 0;

@@ -5,6 +5,7 @@
 #include "support/tempprofile.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -66,6 +67,26 @@ TEST_F(FrmSettingsTest, SongNotificationsAreOffUntilTurnedOnAndKeptOnlyByOk)
     EXPECT_TRUE(dialog.findChild<QCheckBox *>(u"chkSongNotifications"_s)->isChecked());
     SettingsStore::saveSetting(SettingsStore::SongNotifications, u"maybe"_s);
     EXPECT_FALSE(FrmSettings::songNotifications()) << "a value edited by hand into something else";
+TEST_F(FrmSettingsTest, TheDirectoryServerIsStoredOnlyWhenItIsAnAddressOrEmpty)
+{
+    TrimTool trim{u"mytool"_s};
+    const std::pair<QString, QString> rows[] = {
+        // typed, then stored ("-" when the dialog stays open with the reason)
+        {u"  http://127.0.0.1:8080 "_s, u"http://127.0.0.1:8080"_s},
+        {u"http://127.0.0.1:8080/json"_s, u"-"_s},
+        {u"ftp://mirror.example"_s, u"-"_s},
+        {QString(), QString()},
+    };
+    for (const auto &[typed, stored] : rows) {
+        SCOPED_TRACE(typed.toStdString());
+        SettingsStore::saveSetting(SettingsStore::DirectoryServer, u"-"_s);
+        FrmSettings dialog(trim);
+        dialog.findChild<QLineEdit *>(u"txtDirectoryServer"_s)->setText(typed);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
+        EXPECT_EQ(SettingsStore::getSetting(SettingsStore::DirectoryServer), stored);
+        EXPECT_EQ(dialog.result(), stored == u"-" ? QDialog::Rejected : QDialog::Accepted);
+        EXPECT_EQ(dialog.findChild<QLabel *>(u"lblServerError"_s)->text().isEmpty(), stored != u"-");
+    }
 }
 
 } // namespace

@@ -109,6 +109,21 @@ TEST_F(MainPlayerTest, PlayStartsTheCurrentStationOrSaysWhyNot)
     EXPECT_EQ(told(streams), u"http://one.test/s"_s);
 }
 
+TEST_F(MainPlayerTest, AnAddressFromOutsideTheListPlaysUnderItsOwnName)
+{
+    row = Direct;
+    player.playAddress(server.url(u"/list.PLS"_s), u"Found FM"_s);
+    EXPECT_TRUE(waitUntil([&] { return wmp1.URL() == u"http://one.test/s"; }, 5000));
+    EXPECT_EQ(told(captions), u"Scanning for: Found FM"_s) << "not the list's current row";
+    EXPECT_EQ(told(looks), u"Play"_s);
+    wmp1.enter(MediaPlayer::Playing);
+    EXPECT_EQ(caption(), u"Playing: Found FM"_s);
+    looks.clear();
+    player.playAddress({}, u"Nowhere"_s);
+    EXPECT_EQ(caption(), u"Not StreamUrl Defined for: & Nowhere"_s);
+    EXPECT_EQ(told(looks), u"Stop"_s);
+}
+
 TEST_F(MainPlayerTest, ThePlayersStatesShowInTheCaptionAndAreTold)
 {
     press(Direct);

@@ -60,7 +60,8 @@ QString StationWindowTest::catalogueText() const
 void StationWindowTest::open(const MediaPlayerFactory &factory)
 {
     StationCommands::Services services{
-        prompt, shell, keys, [this] { return new FrmTC(prompt, state->launch, power); }, checkTiming, runModal};
+        prompt, shell, keys, [this] { return new FrmTC(prompt, state->launch, power); }, checkTiming, runModal,
+        chooseSaveFile};
     const MediaPlayerFactory scripted = [this](QWidget *owner) {
         return new PlayerView(players.emplace_back(new ScriptedPlayer), nullptr, owner);
     };

@@ -80,6 +80,10 @@ public:
     std::function<int(QDialog &)> runModal;
     // What the History button and Ctrl+H run; empty opens nothing.
     std::function<void(QWidget *owner)> openHistory;
+    // Plays the user at the file-save dialog: the path chosen, empty for cancel.
+    std::function<QString(const QString &title, const QString &filter)> chooseSaveFile = [](auto &, auto &) {
+        return QString();
+    };
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;

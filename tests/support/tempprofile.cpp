@@ -10,15 +10,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const char *const variables[4] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "APPDATA"};
-// The folders the first three variables point to, and the installation's.
-const char *const folders[4] = {"data", "config", "runtime", "install"};
+const char *const variables[5] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME",
+                                  "APPDATA"};
+// The folders the first four variables point to, and the installation's.
+const char *const folders[5] = {"data", "config", "runtime", "cache", "install"};
 
 } // namespace
 
 TempProfile::TempProfile()
 {
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 5; ++i) {
         m_had[i] = qEnvironmentVariableIsSet(variables[i]);
         m_saved[i] = qgetenv(variables[i]);
     }
@@ -27,7 +28,7 @@ TempProfile::TempProfile()
         QDir().mkpath(base + u'/' + QLatin1StringView(sub));
     QFile::setPermissions(base + u"/runtime"_s,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         qputenv(variables[i], QFile::encodeName(base + u'/' + QLatin1StringView(folders[i])));
     qunsetenv("APPDATA");
     // QSettings caches its folders for the life of the process; point it here explicitly.
@@ -36,7 +37,7 @@ TempProfile::TempProfile()
 
 TempProfile::~TempProfile()
 {
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 5; ++i) {
         if (m_had[i])
             qputenv(variables[i], m_saved[i]);
         else

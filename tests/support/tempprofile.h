@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-// A user profile of its own for one test: data, configuration and runtime
-// folders in a temporary folder, "APPDATA" unset, QSettings pointed there.
+// A user profile of its own for one test: data, configuration, runtime and
+// cache folders in a temporary folder, "APPDATA" unset, QSettings pointed there.
 // A temporary installation folder is part of it.
 class TempProfile
 {
@@ -29,8 +29,8 @@ public:
 
 private:
     QTemporaryDir m_dir;
-    QByteArray m_saved[4];
-    bool m_had[4] = {};
+    QByteArray m_saved[5];
+    bool m_had[5] = {};
 };
 
 class ProfileTest : public ::testing::Test

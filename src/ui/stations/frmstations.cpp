@@ -23,6 +23,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -262,6 +263,10 @@ void FrmStations::buildControls()
     filters->addWidget(m_txtSearch, 1);
     filters->addWidget(newButton(fraFilter, "cmdSearch", tr("Search")));
     filters->addWidget(newButton(fraFilter, "cmdSearchWww", tr("Search Web")));
+    SchemeButton *cmdDirectory = newButton(fraFilter, "cmdDirectory", tr("Directory"));
+    cmdDirectory->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
+    cmdDirectory->setToolTip(tr("Find stations in the open station directory (Ctrl+D)"));
+    filters->addWidget(cmdDirectory);
     outer->addWidget(fraFilter);
 
     auto *gfxOption = new QWidget(this);
@@ -272,8 +277,8 @@ void FrmStations::buildControls()
     const std::pair<const char *, QString> commandButtons[] = {
         {"cmdRecord", tr("Record")}, {"cmdListen", tr("Listen")},     {"cmdReplay", tr("Replay")},
         {nullptr, {}},               {"cmdCopy", tr("Copy")},         {"cmdDel", tr("Delete")},
-        {"cmdInfo", tr("Info")},     {"cmdHistory", tr("History")},
-        {"cmdLoadPls", tr("Load PLS")}, {"cmdTrim", tr("Trim")},
+        {"cmdInfo", tr("Info")},     {"cmdHistory", tr("History")},   {"cmdLoadPls", tr("Load PLS")},
+        {"cmdLists", tr("Lists")},   {"cmdTrim", tr("Trim")},
         {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
         {"cmdAbout", tr("About")},
     };
@@ -293,6 +298,8 @@ void FrmStations::buildControls()
     m_grid->setObjectName(QStringLiteral("LynxGrid1"));
     m_grid->setMinimumHeight(200);
     m_grid->setFullRowSelect(true);
+    // Several stations at once: those just added, or those to export.
+    m_grid->setMultiSelect(true);
     m_grid->setTrackEdits(true);
     m_grid->setFocusRectMode(GridFocusMode::Cell);
     // The column widths are the catalogue's classic pixel widths; a slightly
@@ -350,6 +357,21 @@ void FrmStations::connectCommands()
     clicked("cmdTrim", [this] { m_commands->trim(); });
     clicked("cmdSkin", [this] { m_commands->skin(); });
     clicked("cmdAbout", [this] { m_commands->about(); });
+    clicked("cmdDirectory", [this] { m_commands->directory(); });
+
+    auto *cmdLists = findChild<SchemeButton *>(QStringLiteral("cmdLists"));
+    auto *lists = new QMenu(cmdLists);
+    const std::tuple<const char *, QString, void (StationCommands::*)()> listActions[] = {
+        {"actImportStations", tr("Import Stations..."), &StationCommands::importStations},
+        {"actExportStations", tr("Export the Stations Shown..."), &StationCommands::exportStations},
+        {"actExportSelected", tr("Export the Selected Stations..."),
+         &StationCommands::exportSelectedStations},
+    };
+    for (const auto &[name, text, command] : listActions) {
+        QAction *action = lists->addAction(text, m_commands, command);
+        action->setObjectName(QLatin1StringView(name));
+    }
+    cmdLists->setMenu(lists);
 }
 
 // Names for screen readers where a control's caption does not say what it is:
@@ -363,6 +385,8 @@ void FrmStations::setAccessibleNames()
     m_cmbRating->setAccessibleName(tr("Rating"));
     m_cboRating->setAccessibleName(tr("Rating"));
     m_grid->setAccessibleName(tr("Stations"));
+    findChild<SchemeButton *>(QStringLiteral("cmdLists"))
+        ->setAccessibleName(tr("Station lists: import and export"));
 }
 
 void FrmStations::applyColors()
@@ -401,6 +425,14 @@ void FrmStations::fillFilterLists()
     m_cmbCategory->addItems(m_parts.catalogue.categories.items());
     m_cmbType->addItems(typeEntries);
     m_cmbRating->addItems(ratingEntries);
+}
+
+void FrmStations::refreshCategories()
+{
+    const QString chosen = m_cmbCategory->currentText();
+    m_cmbCategory->clear();
+    m_cmbCategory->addItems(m_parts.catalogue.categories.items());
+    selectEntry(m_cmbCategory, chosen);
 }
 
 int FrmStations::pos(Column column) const

@@ -118,6 +118,7 @@ private:
     void commitEdits() override;
     void forgetEdits() override;
     void applyColors() override;
+    void refreshCategories() override;
 
     // Writes every row with a changed cell back into its station and clears
     // the marks; returns the changed cells.

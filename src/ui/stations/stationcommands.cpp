@@ -4,12 +4,15 @@
 #include "base/apppaths.h"
 #include "base/appinfo.h"
 #include "base/modifierkeys.h"
+#include "base/settingsstore.h"
 #include "base/trimtool.h"
 #include "catalogue/catalogue.h"
+#include "catalogue/stationlistfile.h"
 #include "skin/appearance.h"
 #include "base/prompt.h"
 #include "base/shell.h"
 #include "controls/lynxgrid.h"
+#include "ui/directory/frmdirectory.h"
 #include "ui/skin/skincommand.h"
 #include "ui/stations/frmabout.h"
 #include "ui/player/frmlisten.h"
@@ -18,9 +21,11 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QSet>
 #include <QTimer>
 
 #include <utility>
@@ -45,8 +50,9 @@ StationCommands::StationCommands(Catalogue &catalogue, Appearance &appearance, c
                                  QString installFolder, StationListHost &list, StationPlayer &player,
                                  Services services, QWidget *owner)
     : QObject(owner), m_catalogue(catalogue), m_appearance(appearance), m_trimTool(trimTool),
-      m_installFolder(std::move(installFolder)), m_list(list), m_services(std::move(services)), m_owner(owner),
-      m_TimerRecord(new QTimer(this)), m_TimerListen(new QTimer(this)),
+      m_installFolder(std::move(installFolder)), m_list(list), m_player(player),
+      m_services(std::move(services)), m_owner(owner), m_TimerRecord(new QTimer(this)),
+      m_TimerListen(new QTimer(this)),
       m_check(new StationCheck(catalogue, list, player, m_services.checkTiming, this))
 {
     const std::pair<QTimer *, const char *> timers[] = {{m_TimerRecord, "TimerRecord"},
@@ -190,6 +196,8 @@ void StationCommands::unload()
     // A click still waiting for its tick opens nothing once the list is gone.
     m_TimerRecord->stop();
     m_TimerListen->stop();
+    if (m_directory)
+        m_directory->close();
     const QList<QPointer<QWidget>> opened = std::exchange(m_recorders, {});
     for (auto window = opened.crbegin(); window != opened.crend(); ++window) {
         if (*window)
@@ -334,4 +342,123 @@ void StationCommands::searchWww(const QString &text, const QString &genre)
     const QString address = WebSearch::searchAddress(WebSearch::directoryHost(), text, genre);
     if (!address.isEmpty())
         m_services.shell.openDocument(address);
+}
+
+void StationCommands::directory()
+{
+    if (!m_directory) {
+        m_directory = new FrmDirectory(
+            {
+                .player = m_player,
+                .add = [this](const QList<Station> &stations) { return addStations(stations); },
+                .categories = m_catalogue.categories.items(),
+                .server = SettingsStore::getSetting(SettingsStore::DirectoryServer),
+            },
+            m_owner);
+        m_directory->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_directory->show();
+    m_directory->raise();
+    m_directory->activateWindow();
+}
+
+StationExchange::AddResult StationCommands::addStations(const QList<Station> &stations)
+{
+    const StationExchange::AddResult result = StationExchange::addNew(m_catalogue, stations);
+    if (result.added.isEmpty())
+        return result;
+    m_list.refreshCategories();
+    m_list.fillGrid();
+    // The stations added are selected, the first of them current and in view.
+    LynxGrid &grid = m_list.grid();
+    const QSet<int> added(result.added.cbegin(), result.added.cend());
+    bool first = true;
+    grid.setRedraw(false);
+    for (int row = 0; row < grid.ItemCount(); ++row) {
+        if (!added.contains(grid.ItemData(row)))
+            continue;
+        if (first)
+            grid.GotoCell(row, grid.ColPosition(FrmStations::ColStation));
+        else
+            grid.setItemSelected(row, true);
+        first = false;
+    }
+    grid.setRedraw(true);
+    return result;
+}
+
+void StationCommands::importStations()
+{
+    const QString path = m_services.prompt.chooseOpenFile(
+        tr("Import Stations"), QString(), tr("Station lists (*.m3u *.m3u8 *.pls *.xspf);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    const StationListFile::ReadResult read = StationListFile::readFile(path);
+    if (!read.error.isEmpty()) {
+        m_services.prompt.message(read.error, AppInfo::title, Prompt::Icon::Warning);
+        return;
+    }
+    // The stations of one list are kept together under its name.
+    const QString category = QFileInfo(path).completeBaseName();
+    QList<Station> stations;
+    stations.reserve(read.entries.size());
+    for (const StationListEntry &entry : read.entries)
+        stations.append(StationExchange::fromListEntry(entry, category));
+    StationExchange::AddResult result = addStations(stations);
+    result.refused += read.refused;
+    m_services.prompt.message(StationExchange::summary(result), AppInfo::title, Prompt::Icon::Information);
+}
+
+void StationCommands::exportStations()
+{
+    exportRows(false);
+}
+
+void StationCommands::exportSelectedStations()
+{
+    exportRows(true);
+}
+
+void StationCommands::exportRows(bool selectedOnly)
+{
+    const LynxGrid &grid = m_list.grid();
+    QList<Station> stations;
+    for (int row = 0; row < grid.ItemCount(); ++row) {
+        if (selectedOnly && !grid.ItemSelected(row))
+            continue;
+        const int index = grid.ItemData(row);
+        // A deleted station the list still shows is gone from the catalogue's file.
+        if (index >= 1 && index <= m_catalogue.stationCount() && !m_catalogue.at(index).Deleted)
+            stations.append(m_catalogue.at(index));
+    }
+    if (stations.isEmpty()) {
+        m_services.prompt.message(selectedOnly ? tr("Select the stations to export in the list first.")
+                                               : tr("The list shows no stations to export."),
+                                  AppInfo::title, Prompt::Icon::Information);
+        return;
+    }
+    const QString path =
+        chooseSaveFile(selectedOnly ? tr("Export the Selected Stations") : tr("Export the Stations Shown"),
+                       tr("M3U8 playlists (*.m3u8);;PLS playlists (*.pls);;XSPF playlists (*.xspf)"));
+    if (path.isEmpty())
+        return;
+    const QString error = StationListFile::writeFile(path, StationListFile::formatForPath(path),
+                                                     StationExchange::toListEntries(stations));
+    if (!error.isEmpty())
+        m_services.prompt.message(error, AppInfo::title, Prompt::Icon::Critical);
+}
+
+QString StationCommands::chooseSaveFile(const QString &title, const QString &filter) const
+{
+    if (m_services.chooseSaveFile)
+        return m_services.chooseSaveFile(title, filter);
+    QString chosenFilter;
+    QString path = QFileDialog::getSaveFileName(m_owner, title, QString(), filter, &chosenFilter);
+    // A name typed without a suffix takes the one of the type chosen: "(*.pls)" gives ".pls".
+    if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty()) {
+        const qsizetype star = chosenFilter.indexOf(u"*.");
+        if (star >= 0)
+            path += chosenFilter.mid(star + 1).section(u')', 0, 0);
+    }
+    return path;
 }

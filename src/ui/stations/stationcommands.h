@@ -1,5 +1,6 @@
 #pragma once
 
+#include "catalogue/stationexchange.h"
 #include "ui/stations/stationcheck.h"
 
 #include <QList>
@@ -10,6 +11,7 @@
 
 struct Appearance;
 class Catalogue;
+class FrmDirectory;
 class FrmListen;
 class LynxGrid;
 class ModifierKeys;
@@ -44,12 +46,15 @@ public:
     virtual FrmListen *createListenWindow() = 0;
     // Takes the colour theme's colours again, after the theme changed.
     virtual void applyColors() = 0;
+    // Offers the catalogue's categories again, after stations brought new ones.
+    virtual void refreshCategories() = 0;
 };
 
 // The main window's commands on the current station or the whole catalogue:
 // record, listen, replay, copy, delete, information page and the station
-// check, playlist import, trimming, the skin chooser, the about box and the
-// web directory search.
+// check, playlist import, trimming, the skin chooser, the about box, the
+// web directory search, the station directory window, and station lists in
+// and out.
 class StationCommands : public QObject
 {
     Q_OBJECT
@@ -67,6 +72,9 @@ public:
         StationCheck::Timing checkTiming = {};
         // Runs a modal dialog and gives its result; empty means QDialog::exec.
         std::function<int(QDialog &)> runModal = {};
+        // The path to write a file to, for a title and a type filter, or empty
+        // when cancelled; empty means the file-save dialog.
+        std::function<QString(const QString &title, const QString &filter)> chooseSaveFile = {};
     };
 
     // What the commands say to the user.
@@ -99,6 +107,17 @@ public:
     void skin();
     void about();
     void searchWww(const QString &text, const QString &genre);
+    // Opens the station directory window, or brings it to the front.
+    void directory();
+    // Adds the stations of an M3U, M3U8, PLS or XSPF file the user picks.
+    void importStations();
+    // Writes the stations the list shows (after its filters), or the
+    // selected ones, to an M3U8, PLS or XSPF file the user picks.
+    void exportStations();
+    void exportSelectedStations();
+    // Appends the stations whose stream address is new, then refills the
+    // list with them selected.
+    StationExchange::AddResult addStations(const QList<Station> &stations);
 
     // The list is going: ends a station check, and closes the recorder
     // windows Record opened, newest first, each completing its file. A Record
@@ -113,6 +132,8 @@ private:
     void deleteStation();
     void deleteAll();
     void importPlaylist();
+    void exportRows(bool selectedOnly);
+    QString chooseSaveFile(const QString &title, const QString &filter) const;
     QString currentCell(int column) const;
     // The current row; with none, -1 after showing noStation.
     int selectedRow(const QString &noStation) const;
@@ -122,6 +143,7 @@ private:
     const TrimTool &m_trimTool;
     const QString m_installFolder;
     StationListHost &m_list;
+    StationPlayer &m_player;
     Services m_services;
     QWidget *m_owner;
     QTimer *m_TimerRecord;
@@ -132,4 +154,5 @@ private:
     int m_listenRow = -1;
     StationCheck *m_check;
     QList<QPointer<QWidget>> m_recorders;
+    QPointer<FrmDirectory> m_directory;
 };

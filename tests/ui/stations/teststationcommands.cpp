@@ -13,6 +13,7 @@
 #include "directory/websearch.h"
 
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -355,6 +356,72 @@ TEST_F(CommandsTest, PlaylistImportReadsTheChosenFilesFolderKeepingEditsAndRefil
     EXPECT_FALSE(saved.contains(u"Classic Hits"_s));
     window->close();
     EXPECT_EQ(catalogueText(), saved) << "nothing left to save at closing";
+}
+
+TEST_F(CommandsTest, ImportedListsAddTheirNewStationsSelectedOrChangeNothing)
+{
+    const QString folder = profile.root() + u"/lists/"_s;
+    TempProfile::writeFile(folder + u"Jazz Picks.m3u"_s, "#EXTM3U\n"
+                                                         "#EXTINF:-1,Jazz Cafe again\n"
+                                                         "http://127.0.0.1:8000/c\n"
+                                                         "#EXTINF:-1,Blue | Note\n"
+                                                         "http://blue.example/live\n"
+                                                         "music/local.mp3\n"
+                                                         "#EXTINF:-1,Night Owls\n"
+                                                         "https://owls.example/\n");
+    TempProfile::writeFile(folder + u"noise.pls"_s, QByteArray("\x7f\x45\x4c\x46\x02\x01\x01\0\0\0", 10));
+    ASSERT_NO_FATAL_FAILURE(open());
+    QAction *import = window->findChild<QAction *>(u"actImportStations"_s);
+    prompt.files = {folder + u"noise.pls"_s, folder + u"Jazz Picks.m3u"_s};
+    import->trigger();
+    ASSERT_EQ(prompt.shown.size(), 1);
+    EXPECT_TRUE(prompt.shown[0].text.contains(u"not a station list"_s)) << prompt.shown[0].text.toStdString();
+    EXPECT_EQ(grid->ItemCount(), 5);
+    EXPECT_FALSE(state->catalogue.dirty);
+
+    import->trigger();
+    EXPECT_EQ(prompt.shown.value(1).text,
+              u"Stations added: 2; already in the catalogue: 1; without an internet stream address: 1."_s);
+    EXPECT_EQ(shown().section(u',', 5), u"Blue +- Note,Night Owls"_s);
+    EXPECT_EQ(shown(Col::ColCategory).section(u',', 5), u"Jazz Picks,Jazz Picks"_s);
+    EXPECT_EQ(grid->Row(), 5);
+    EXPECT_EQ(grid->SelectedCount(), 2);
+    EXPECT_TRUE(state->catalogue.dirty);
+}
+
+TEST_F(CommandsTest, TheStationsShownOrSelectedAreExportedInTheFormatTheFileNameAsks)
+{
+    QStringList answers;
+    chooseSaveFile = [&answers](const QString &, const QString &) { return answers.takeFirst(); };
+    ASSERT_NO_FATAL_FAILURE(open());
+    const QString folder = profile.root() + u"/"_s;
+    const auto exportTo = [&](const char *action, const QString &name) {
+        answers = {name.isEmpty() ? QString() : folder + name};
+        window->findChild<QAction *>(QLatin1StringView(action))->trigger();
+        return QString::fromUtf8(TempProfile::readFile(folder + name));
+    };
+    filter("Rock", "", "", "");
+    EXPECT_EQ(exportTo("actExportStations", u"shown.pls"_s), u"[playlist]\n"
+                                                             "File1=http://127.0.0.1:8000/a\n"
+                                                             "Title1=Rock One\n"
+                                                             "Length1=-1\n"
+                                                             "File2=http://127.0.0.1:8000/b\n"
+                                                             "Title2=Classic Hits\n"
+                                                             "Length2=-1\n"
+                                                             "NumberOfEntries=2\n"
+                                                             "Version=2\n"_s);
+    grid->GotoCell(1, 1);
+    EXPECT_EQ(exportTo("actExportSelected", u"picked.m3u8"_s), u"#EXTM3U\n"
+                                                               "#EXTINF:-1,Classic Hits\n"
+                                                               "http://127.0.0.1:8000/b\n"_s);
+    EXPECT_TRUE(exportTo("actExportStations", {}).isEmpty()) << "cancelled";
+    EXPECT_TRUE(prompt.shown.isEmpty());
+    exportTo("actExportStations", u"missing/folder.xspf"_s);
+    ASSERT_EQ(prompt.shown.size(), 1);
+    EXPECT_TRUE(prompt.shown[0].text.startsWith(u"Could not write folder.xspf"_s));
+    filter("", "", "TV", "");
+    window->findChild<QAction *>(u"actExportStations"_s)->trigger();
+    EXPECT_EQ(prompt.shown.value(1).text, u"The list shows no stations to export."_s);
 }
 
 TEST_F(CommandsTest, TrimStartsTheToolWithTheQuotedRecordingOrSaysItCouldNot)
