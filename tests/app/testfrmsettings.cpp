@@ -67,6 +67,8 @@ TEST_F(FrmSettingsTest, SongNotificationsAreOffUntilTurnedOnAndKeptOnlyByOk)
     EXPECT_TRUE(dialog.findChild<QCheckBox *>(u"chkSongNotifications"_s)->isChecked());
     SettingsStore::saveSetting(SettingsStore::SongNotifications, u"maybe"_s);
     EXPECT_FALSE(FrmSettings::songNotifications()) << "a value edited by hand into something else";
+}
+
 TEST_F(FrmSettingsTest, TheDirectoryServerIsStoredOnlyWhenItIsAnAddressOrEmpty)
 {
     TrimTool trim{u"mytool"_s};
