@@ -1,0 +1,122 @@
+#include "recorder/songframes.h"
+
+#include <utility>
+
+SongFrames::SongFrames(StreamFormat format, qsizetype history)
+    : m_scanner(FrameScanner::create(format)), m_history(history)
+{
+}
+
+SongFrames::~SongFrames() = default;
+
+QByteArray SongFrames::push(QByteArrayView data)
+{
+    QByteArray out;
+    take(m_scanner->push(data), out);
+    return out;
+}
+
+SongFrames::Cut SongFrames::cut(qint64 from)
+{
+    Cut result;
+    take(m_scanner->takeComplete(), result.tail);
+    if (m_open && m_seeking)
+        result.tail += giveUpSearch();
+
+    m_open = true;
+    m_seeking = true;
+    m_search.clear();
+    m_fileDurationNs = 0;
+    for (const StreamPiece &piece : m_kept) {
+        if (piece.end() <= from)
+            continue;
+        if (piece.offset >= from) {
+            route(piece, result.head);
+        } else if (piece.kind == StreamPiece::Kind::Other) {
+            // Bytes that are no frame may be split anywhere.
+            StreamPiece rest = piece;
+            rest.bytes = piece.bytes.sliced(from - piece.offset);
+            rest.offset = from;
+            route(rest, result.head);
+        }
+    }
+    return result;
+}
+
+QByteArray SongFrames::finish()
+{
+    QByteArray out;
+    take(m_scanner->takeComplete(), out);
+    // In sync, what remains is a frame the end broke off; otherwise it is
+    // bytes of a stream that is not audio, which pass.
+    const bool brokenFrame = m_scanner->inSync();
+    const QList<StreamPiece> rest = m_scanner->finish();
+    if (!brokenFrame)
+        take(rest, out);
+    if (m_open && m_seeking)
+        out += giveUpSearch();
+    m_open = false;
+    return out;
+}
+
+qint64 SongFrames::position() const
+{
+    return m_scanner->position();
+}
+
+qint64 SongFrames::timeAt(qint64 offset) const
+{
+    qint64 time = m_scanner->durationNs();
+    for (auto piece = m_kept.rbegin(); piece != m_kept.rend() && piece->offset >= offset; ++piece)
+        time -= piece->durationNs;
+    return time;
+}
+
+qsizetype SongFrames::heldBytes() const
+{
+    return m_keptBytes + m_search.size() + m_scanner->heldBytes();
+}
+
+void SongFrames::take(const QList<StreamPiece> &pieces, QByteArray &out)
+{
+    for (const StreamPiece &piece : pieces) {
+        keep(piece);
+        route(piece, out);
+    }
+}
+
+void SongFrames::keep(const StreamPiece &piece)
+{
+    m_kept.push_back(piece);
+    m_keptBytes += piece.bytes.size();
+    while (!m_kept.empty() && m_kept.front().end() <= piece.end() - m_history) {
+        m_keptBytes -= m_kept.front().bytes.size();
+        m_kept.pop_front();
+    }
+}
+
+void SongFrames::route(const StreamPiece &piece, QByteArray &out)
+{
+    if (!m_open)
+        return;
+    if (m_seeking) {
+        if (piece.kind != StreamPiece::Kind::Frame || !piece.canBegin) {
+            m_search += piece.bytes;
+            if (m_search.size() > SearchLimit)
+                out += giveUpSearch();
+            return;
+        }
+        // The first frame: what was searched through belongs to the song before.
+        m_search.clear();
+        m_seeking = false;
+        out += piece.headers;
+    }
+    out += piece.bytes;
+    m_fileDurationNs += piece.durationNs;
+}
+
+QByteArray SongFrames::giveUpSearch()
+{
+    m_seeking = false;
+    return std::exchange(m_search, {});
+}
