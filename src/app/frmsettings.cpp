@@ -2,7 +2,10 @@
 
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
+#include "recorder/songfileoptions.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -11,7 +14,9 @@
 #include <QVBoxLayout>
 
 FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
-    : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this))
+    : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this)),
+      m_chkWriteTags(new QCheckBox(tr("Write tags to song files"), this)),
+      m_cboPartialSongs(new QComboBox(this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
@@ -38,11 +43,29 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(cmdSearch, &QPushButton::clicked, this, &FrmSettings::cmdSearchClick);
 
+    const SongFileOptions songFiles = SongFileOptions::fromStore();
+    m_chkWriteTags->setObjectName(QStringLiteral("chkWriteTags"));
+    m_chkWriteTags->setChecked(songFiles.writeTags);
+    m_cboPartialSongs->setObjectName(QStringLiteral("cboPartialSongs"));
+    // In the order of SongFileOptions::PartialSongs.
+    m_cboPartialSongs->addItems({tr("Keep them beside the others"),
+                                 tr("Move them into the folder \"incomplete\""), tr("Delete them")});
+    m_cboPartialSongs->setCurrentIndex(int(songFiles.partialSongs));
+
     auto *form = new QFormLayout;
     form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(hint);
+    auto *songForm = new QFormLayout;
+    songForm->addRow(QString(), m_chkWriteTags);
+    songForm->addRow(tr("Partial songs:"), m_cboPartialSongs);
+    auto *partialHint =
+        new QLabel(tr("The first and the last song of a recording hold only part of the song."), this);
+    partialHint->setWordWrap(true);
+    partialHint->setEnabled(false);
+    layout->addLayout(songForm);
+    layout->addWidget(partialHint);
     layout->addWidget(buttons);
 }
 
@@ -50,6 +73,10 @@ void FrmSettings::cmdOkClick()
 {
     m_trimTool.command = m_txtTrimMP3->text();
     SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
+    SongFileOptions songFiles;
+    songFiles.writeTags = m_chkWriteTags->isChecked();
+    songFiles.partialSongs = SongFileOptions::PartialSongs(m_cboPartialSongs->currentIndex());
+    songFiles.store();
     accept();
 }
 

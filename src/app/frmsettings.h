@@ -3,10 +3,13 @@
 #include <QDialog>
 
 struct TrimTool;
+class QCheckBox;
+class QComboBox;
 class QLineEdit;
 class QPushButton;
 
-// The settings dialog: the command line of the external MP3 trimming tool.
+// The settings dialog: the command line of the external MP3 trimming tool,
+// and what song files carry (tags) and what becomes of partial ones.
 class FrmSettings : public QDialog
 {
     Q_OBJECT
@@ -21,4 +24,6 @@ private:
 
     TrimTool &m_trimTool;
     QLineEdit *m_txtTrimMP3;
+    QCheckBox *m_chkWriteTags;
+    QComboBox *m_cboPartialSongs;
 };

@@ -17,6 +17,9 @@ public:
     static inline const QString AppSkinOn = QStringLiteral("AppSkinOn");
     static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
     static inline const QString Theme = QStringLiteral("Theme");
+    // What song files carry and what becomes of partial ones (SongFileOptions).
+    static inline const QString WriteTags = QStringLiteral("WriteTags");
+    static inline const QString PartialSongs = QStringLiteral("PartialSongs");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -23,6 +23,7 @@ public:
     CueSheet(const QString &audioPath, StreamFormat format, const QString &station);
 
     const QString &path() const { return m_path; }
+    qsizetype trackCount() const { return m_tracks.size(); }
 
     // A title begins at timeNs in the file's audio; the sheet is written again.
     // A title that begins in the same frame as the one before replaces it (that

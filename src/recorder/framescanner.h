@@ -64,6 +64,8 @@ public:
     // Stream bytes pushed so far, and how many of them are still held back.
     qint64 position() const { return m_offset + m_held.size(); }
     qsizetype heldBytes() const { return m_held.size(); }
+    // The bytes held back, not yet decided.
+    QByteArrayView held() const { return m_held; }
     // Audio time of all frames handed out so far.
     qint64 durationNs() const { return m_durationNs; }
 

@@ -18,29 +18,31 @@ QByteArray SongFrames::push(QByteArrayView data)
 
 SongFrames::Cut SongFrames::cut(qint64 from)
 {
-    Cut result;
-    take(m_scanner->takeComplete(), result.tail);
-    if (m_open && m_seeking)
-        result.tail += giveUpSearch();
-
+    Cut result{endFile(), {}};
     m_open = true;
     m_seeking = true;
+    m_from = from;
     m_search.clear();
     m_fileDurationNs = 0;
-    for (const StreamPiece &piece : m_kept) {
-        if (piece.end() <= from)
-            continue;
-        if (piece.offset >= from) {
-            route(piece, result.head);
-        } else if (piece.kind == StreamPiece::Kind::Other) {
-            // Bytes that are no frame may be split anywhere.
-            StreamPiece rest = piece;
-            rest.bytes = piece.bytes.sliced(from - piece.offset);
-            rest.offset = from;
-            route(rest, result.head);
-        }
-    }
+    for (const StreamPiece &piece : m_kept)
+        route(piece, result.head);
     return result;
+}
+
+QByteArray SongFrames::endFile()
+{
+    QByteArray out;
+    take(m_scanner->takeComplete(), out);
+    if (m_open) {
+        if (m_seeking)
+            out += giveUpSearch();
+        // Out of sync, what the scanner holds is no frame yet: a stream it
+        // cannot read ends its file with every byte, as it came.
+        if (!m_scanner->inSync())
+            out += m_scanner->held();
+    }
+    m_open = false;
+    return out;
 }
 
 QByteArray SongFrames::finish()
@@ -62,6 +64,11 @@ QByteArray SongFrames::finish()
 qint64 SongFrames::position() const
 {
     return m_scanner->position();
+}
+
+qint64 SongFrames::decided() const
+{
+    return m_scanner->position() - m_scanner->heldBytes();
 }
 
 qint64 SongFrames::timeAt(qint64 offset) const
@@ -100,8 +107,18 @@ void SongFrames::route(const StreamPiece &piece, QByteArray &out)
     if (!m_open)
         return;
     if (m_seeking) {
+        if (piece.end() <= m_from)
+            return;
+        QByteArrayView bytes(piece.bytes);
+        if (piece.offset < m_from) {
+            // A frame that begins before the file is the song before's; bytes
+            // that are no frame may be split anywhere.
+            if (piece.kind != StreamPiece::Kind::Other)
+                return;
+            bytes = bytes.sliced(m_from - piece.offset);
+        }
         if (piece.kind != StreamPiece::Kind::Frame || !piece.canBegin) {
-            m_search += piece.bytes;
+            m_search += bytes;
             if (m_search.size() > SearchLimit)
                 out += giveUpSearch();
             return;

@@ -16,9 +16,10 @@
 // pushed before the next cut, so that each file plays from its first byte.
 // Bytes that are not audio pass as they come: those before a file's first
 // frame are held while it is sought and written after all when none turns up
-// within SearchLimit bytes, so a stream the scanner cannot read loses nothing.
-// What is kept: the last History bytes of pieces, the search, and the
-// scanner's few unconfirmed frames.
+// within SearchLimit bytes, and a file that ends while no frames are found
+// gets every byte pushed up to its end, so a stream the scanner cannot read
+// is written as it came. What is kept: the last `history` bytes of pieces,
+// the search, and the scanner's few unconfirmed frames.
 class SongFrames
 {
 public:
@@ -48,13 +49,19 @@ public:
     // position still kept when from is older.
     Cut cut(qint64 from);
 
+    // The open file ends with the whole frames of what was pushed, and none
+    // begins: returns the rest of the file.
+    QByteArray endFile();
+
     // The stream ended: the rest of the open file, which is then closed. An
     // unfinished last frame is left out unless the stream is not audio.
     QByteArray finish();
 
     bool isFileOpen() const { return m_open; }
-    // Stream bytes pushed so far.
+    // Stream bytes pushed so far, and how far the scanner has decided what
+    // they are (timeAt is exact before that).
     qint64 position() const;
+    qint64 decided() const;
     // Audio time of the frames the open file got.
     qint64 fileDurationNs() const { return m_fileDurationNs; }
     // Audio time of the stream's frames that begin before position offset,
@@ -77,6 +84,7 @@ private:
 
     bool m_open = false;
     bool m_seeking = false;
+    qint64 m_from = 0; // where the open file was to begin
     QByteArray m_search;
     qint64 m_fileDurationNs = 0;
 };

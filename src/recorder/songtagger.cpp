@@ -87,18 +87,21 @@ qsizetype id3TagSize(QByteArrayView head, qint64 fileSize)
     return size > Id3HeaderSize && size <= fileSize ? qsizetype(size) : 0;
 }
 
-// Where the header pages at the start of Ogg bytes end; -1 when the bytes do
-// not begin with whole header pages followed by audio.
+// Where the header pages at the start of Ogg bytes end; -1 when they do not
+// begin with a header page. What follows them (audio, or a page a splice cut
+// into) is left as it is.
 qsizetype oggHeaderEnd(QByteArrayView bytes)
 {
     OggPageScanner scanner;
-    for (const StreamPiece &piece : scanner.push(bytes)) {
-        if (piece.kind == StreamPiece::Kind::Frame)
-            return piece.offset;
-        if (piece.kind == StreamPiece::Kind::Other)
-            return -1;
+    QList<StreamPiece> pieces = scanner.push(bytes);
+    pieces += scanner.finish();
+    qsizetype end = -1;
+    for (const StreamPiece &piece : pieces) {
+        if (piece.kind != StreamPiece::Kind::Header)
+            break;
+        end = piece.end();
     }
-    return -1;
+    return end;
 }
 
 template <typename OggFile>

@@ -20,6 +20,16 @@ StreamFormat formatFromContentType(QStringView contentType)
     return StreamFormat::Mp3;
 }
 
+StreamFormat formatFromHeader(QStringView header)
+{
+    static constexpr QStringView Key = u"content-type:";
+    for (const QStringView line : header.tokenize(u"\r\n")) {
+        if (line.startsWith(Key, Qt::CaseInsensitive))
+            return formatFromContentType(line.sliced(Key.size()));
+    }
+    return StreamFormat::Mp3;
+}
+
 QString formatExtension(StreamFormat format)
 {
     switch (format) {

@@ -18,6 +18,10 @@ enum class StreamFormat
 // almost always are.
 StreamFormat formatFromContentType(QStringView contentType);
 
+// The format a station's answer announces in its "content-type:" line (the
+// key in any letter case); MP3 when it has none.
+StreamFormat formatFromHeader(QStringView header);
+
 // The file extension of a format, with its dot: ".mp3", ".aac", ".ogg".
 QString formatExtension(StreamFormat format);
 

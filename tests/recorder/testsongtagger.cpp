@@ -5,12 +5,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <fileref.h>
-#include <id3v2tag.h>
-#include <mpegfile.h>
-#include <textidentificationframe.h>
-#include <tpropertymap.h>
-
 #include <gtest/gtest.h>
 
 using namespace TestAudio;
@@ -38,30 +32,6 @@ QStringList fields(const SongTags &tags)
             tags.comment,
             tags.recording,
             QStringLiteral("Tunecatch")};
-}
-
-// The fields as TagLib reads them back; an ID3v2 tag must be version 2.4 in UTF-8.
-QStringList readTags(const QString &path, StreamFormat format)
-{
-    TagLib::PropertyMap map;
-    if (format == StreamFormat::Ogg) {
-        const TagLib::FileRef file(QFile::encodeName(path).constData());
-        if (!file.isNull())
-            map = file.file()->properties();
-    } else if (TagLib::MPEG::File file(QFile::encodeName(path).constData(), false); file.ID3v2Tag()) {
-        EXPECT_EQ(file.ID3v2Tag()->header()->majorVersion(), 4u);
-        for (TagLib::ID3v2::Frame *frame : file.ID3v2Tag()->frameList()) {
-            const auto *text = dynamic_cast<TagLib::ID3v2::TextIdentificationFrame *>(frame);
-            EXPECT_TRUE(!text || text->textEncoding() == TagLib::String::UTF8);
-        }
-        map = file.ID3v2Tag()->properties();
-    }
-    QStringList values;
-    for (const char *key : {"ARTIST", "TITLE", "ALBUM", "DATE", "COMMENT", "RECORDING", "ENCODEDBY"})
-        values << QString::fromStdString(map[key].toString().to8Bit(true));
-    // TagLib shows an ID3v2 time with a blank where the frame holds the "T".
-    values[3].replace(u' ', u'T');
-    return values;
 }
 
 QByteArray contents(const QString &path)

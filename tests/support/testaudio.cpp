@@ -6,6 +6,12 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
+#include <fileref.h>
+#include <id3v2tag.h>
+#include <mpegfile.h>
+#include <textidentificationframe.h>
+#include <tpropertymap.h>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -22,10 +28,14 @@ QTemporaryDir &folder()
     return dir;
 }
 
-// Runs a command line (paths in the temporary folder have no blanks).
-QByteArray run(const QString &command, QByteArray *errors = nullptr)
+// Runs a command line; %1, %2 ... in it stand for the paths, which may hold blanks.
+QByteArray run(const QString &command, const QStringList &paths, QByteArray *errors = nullptr)
 {
     QStringList arguments = QProcess::splitCommand(command);
+    for (QString &argument : arguments) {
+        for (qsizetype i = 0; i < paths.size(); ++i)
+            argument.replace(u'%' + QString::number(i + 1), paths[i]);
+    }
     QProcess process;
     process.start(arguments.takeFirst(), arguments);
     const bool done = process.waitForFinished(60000);
@@ -43,10 +53,8 @@ QString source(int channels, int rate)
     if (!QFile::exists(path))
         run(QStringLiteral(
                 "ffmpeg -v error -f lavfi -i anoisesrc=d=3:c=pink:a=0.3 -f lavfi -i sine=f=330:d=3 "
-                "-filter_complex amix=inputs=2 -ac %1 -ar %2 %3")
-                .arg(channels)
-                .arg(rate)
-                .arg(path));
+                "-filter_complex amix=inputs=2 -ac %1 -ar %2 %3"),
+            {QString::number(channels), QString::number(rate), path});
     return path;
 }
 
@@ -78,8 +86,8 @@ const Recipe &recipe(Clip clip)
 
 QByteArray probe(const QString &entries, const QString &path)
 {
-    return run(QStringLiteral("ffprobe -v error -select_streams a -show_entries %1 -of csv=p=0 %2")
-                   .arg(entries, path));
+    return run(QStringLiteral("ffprobe -v error -select_streams a -show_entries %1 -of csv=p=0 %2"),
+               {entries, path});
 }
 
 } // namespace
@@ -95,7 +103,7 @@ const Encoded &encoded(Clip clip)
     if (!made.contains(clip)) {
         const Recipe &how = recipe(clip);
         const QString out = folder().filePath(clipName(clip));
-        run(QString::fromLatin1(how.command).arg(source(how.channels, how.rate), out));
+        run(QString::fromLatin1(how.command), {source(how.channels, how.rate), out});
         QFile file(out);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << out.toStdString();
         made[clip] = {how.format, out, file.readAll()};
@@ -152,8 +160,41 @@ double decodedSeconds(const QString &path)
 QString decodeErrors(const QString &path)
 {
     QByteArray errors;
-    run(QStringLiteral("ffmpeg -v error -i %1 -f null -").arg(path), &errors);
+    run(QStringLiteral("ffmpeg -v error -i %1 -f null -"), {path}, &errors);
     return QString::fromUtf8(errors);
+}
+
+QStringList readTags(const QString &path, StreamFormat format)
+{
+    TagLib::PropertyMap map;
+    if (format == StreamFormat::Ogg) {
+        const TagLib::FileRef file(QFile::encodeName(path).constData());
+        if (!file.isNull())
+            map = file.file()->properties();
+    } else if (TagLib::MPEG::File file(QFile::encodeName(path).constData(), false); file.ID3v2Tag()) {
+        EXPECT_EQ(file.ID3v2Tag()->header()->majorVersion(), 4u);
+        for (TagLib::ID3v2::Frame *frame : file.ID3v2Tag()->frameList()) {
+            const auto *text = dynamic_cast<TagLib::ID3v2::TextIdentificationFrame *>(frame);
+            EXPECT_TRUE(!text || text->textEncoding() == TagLib::String::UTF8);
+        }
+        map = file.ID3v2Tag()->properties();
+    }
+    QStringList values;
+    for (const char *key : {"ARTIST", "TITLE", "ALBUM", "DATE", "COMMENT", "RECORDING", "ENCODEDBY"})
+        values << QString::fromStdString(map[key].toString().to8Bit(true));
+    // TagLib shows an ID3v2 time with a blank where the frame holds the "T".
+    values[3].replace(u' ', u'T');
+    return values;
+}
+
+qsizetype id3Size(const QByteArray &bytes)
+{
+    if (bytes.size() < 10 || !bytes.startsWith("ID3"))
+        return 0;
+    qsizetype size = 0;
+    for (int i = 6; i < 10; ++i)
+        size = (size << 7) | (quint8(bytes[i]) & 0x7F);
+    return size + 10;
 }
 
 QByteArray randomBytes(qsizetype size, quint32 seed)

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <ostream>
 
@@ -57,6 +58,14 @@ QList<qint64> frameStarts(const Encoded &audio);
 double decodedSeconds(const QString &path);
 // What ffmpeg reports as errors decoding the file; empty when it decodes cleanly.
 QString decodeErrors(const QString &path);
+
+// The song fields of a file's tags as TagLib reads them: ARTIST, TITLE,
+// ALBUM, DATE (with its "T"), COMMENT, RECORDING and ENCODEDBY, in that order;
+// empty texts where a field is missing. MP3 and ADTS files must carry an
+// ID3v2.4 tag in UTF-8 (checked); Ogg files Vorbis comments.
+QStringList readTags(const QString &path, StreamFormat format);
+// How many bytes an ID3v2 tag at the start of the bytes takes, 0 without one.
+qsizetype id3Size(const QByteArray &bytes);
 
 QByteArray randomBytes(qsizetype size, quint32 seed);
 

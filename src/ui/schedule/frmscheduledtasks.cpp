@@ -3,6 +3,7 @@
 #include "base/apperror.h"
 #include "base/appinfo.h"
 #include "base/prompt.h"
+#include "recorder/stopreason.h"
 #include "schedule/task.h"
 
 #include <QHBoxLayout>
@@ -55,7 +56,7 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
     m_lstTasks->setAccessibleName(tr("Scheduled recordings"));
     m_lstTasks->setRootIsDecorated(false);
     m_lstTasks->setHeaderLabels(
-        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Command line")});
+        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Last result"), tr("Command line")});
     m_lstTasks->header()->setStretchLastSection(true);
     m_lstTasks->setMinimumSize(760, 220);
 
@@ -93,9 +94,12 @@ void FrmScheduledTasks::refreshList()
     m_lblNotice->setVisible(!service.isRunning());
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
         const TaskRunState state = service.runState(task->Name());
-        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), when(state.nextRun, tr("None")),
-                                                      when(state.lastRun, tr("Never")),
-                                                      TaskStatus::text(state.status), task->CommandLine()});
+        // The program's exit status says how a finished run ended.
+        const bool ended = !state.lastRun.isNull() && state.status != TaskStatus::Running;
+        auto *item = new QTreeWidgetItem(
+            m_lstTasks, {task->Name(), when(state.nextRun, tr("None")), when(state.lastRun, tr("Never")),
+                         TaskStatus::text(state.status), ended ? ExitStatus::text(state.exitCode) : QString(),
+                         task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             m_lstTasks->setCurrentItem(item);

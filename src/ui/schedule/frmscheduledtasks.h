@@ -11,7 +11,7 @@ class QPushButton;
 class QTreeWidget;
 
 // The program's list of its scheduled recordings: name, next and last run,
-// status and command line, with Edit (the task dialog) and Delete. It says so
+// status, how the last run ended and command line, with Edit (the task dialog) and Delete. It says so
 // when no user service manager can be reached, since then nothing starts.
 class FrmScheduledTasks : public QWidget
 {
@@ -25,6 +25,7 @@ public:
         ColumnNextRun,
         ColumnLastRun,
         ColumnStatus,
+        ColumnLastResult,
         ColumnCommandLine,
     };
 
