@@ -26,6 +26,8 @@ packages=(
   clang libclang-rt-14-dev
   # the icon, the desktop entry and `make package`
   librsvg2-bin desktop-file-utils dpkg-dev file
+  # the manual page is checked by rendering it
+  groff-base
   # screenshots and readable text under a virtual display
   xvfb xauth fonts-dejavu-core
 )

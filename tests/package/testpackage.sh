@@ -26,7 +26,7 @@ dpkg-deb -x "$deb" "$work/root"
 # whatever sits next to it, and the installed station list), the link that
 # starts it by name, the desktop entry and the icons.
 expected=(usr/lib/tunecatch/Stations.txt usr/share/applications/tunecatch.desktop
-    usr/share/icons/hicolor/scalable/apps/tunecatch.svg)
+    usr/share/icons/hicolor/scalable/apps/tunecatch.svg usr/share/man/man1/tunecatch.1.gz)
 for size in 48 128 256; do
     expected+=("usr/share/icons/hicolor/${size}x${size}/apps/tunecatch.png")
 done
@@ -58,6 +58,16 @@ exec_name=$(sed -n 's/^Exec=\([^ ]*\).*/\1/p' "$desktop")
 icon_name=$(sed -n 's/^Icon=//p' "$desktop")
 [ -L "$work/root/usr/bin/$exec_name" ] || fail "Exec=$exec_name is not in usr/bin"
 [ -f "$work/root/usr/share/icons/hicolor/scalable/apps/$icon_name.svg" ] || fail "Icon=$icon_name has no icon"
+
+# The manual page renders without a warning and lists the switches and the exit statuses.
+man=$work/root/usr/share/man/man1/tunecatch.1.gz
+if [ -f "$man" ]; then
+    page=$(gzip -dc "$man" | groff -man -Tutf8 -P-cbou -ww 2>"$work/man.log")
+    [ ! -s "$work/man.log" ] || fail "the manual page has warnings: $(cat "$work/man.log")"
+    for word in -a -w -s -n -t -b -xh -xs -m -v --help --version "EXIT STATUS"; do
+        grep -qe "$word" <<<"$page" || fail "the manual page does not mention $word"
+    done
+fi
 
 # Control fields.
 field() { dpkg-deb -f "$deb" "$1"; }
