@@ -52,9 +52,9 @@ QByteArray SongFrames::finish()
     // In sync, what remains is a frame the end broke off; otherwise it is
     // bytes of a stream that is not audio, which pass.
     const bool brokenFrame = m_scanner->inSync();
-    const QList<StreamPiece> rest = m_scanner->finish();
+    QList<StreamPiece> rest = m_scanner->finish();
     if (!brokenFrame)
-        take(rest, out);
+        take(std::move(rest), out);
     if (m_open && m_seeking)
         out += giveUpSearch();
     m_open = false;
@@ -84,19 +84,20 @@ qsizetype SongFrames::heldBytes() const
     return m_keptBytes + m_search.size() + m_scanner->heldBytes();
 }
 
-void SongFrames::take(const QList<StreamPiece> &pieces, QByteArray &out)
+void SongFrames::take(QList<StreamPiece> pieces, QByteArray &out)
 {
-    for (const StreamPiece &piece : pieces) {
-        keep(piece);
+    for (StreamPiece &piece : pieces) {
         route(piece, out);
+        keep(std::move(piece));
     }
 }
 
-void SongFrames::keep(const StreamPiece &piece)
+void SongFrames::keep(StreamPiece &&piece)
 {
-    m_kept.push_back(piece);
+    const qint64 end = piece.end();
     m_keptBytes += piece.bytes.size();
-    while (!m_kept.empty() && m_kept.front().end() <= piece.end() - m_history) {
+    m_kept.push_back(std::move(piece));
+    while (!m_kept.empty() && m_kept.front().end() <= end - m_history) {
         m_keptBytes -= m_kept.front().bytes.size();
         m_kept.pop_front();
     }

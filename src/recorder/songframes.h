@@ -72,8 +72,8 @@ public:
     qsizetype heldBytes() const;
 
 private:
-    void take(const QList<StreamPiece> &pieces, QByteArray &out);
-    void keep(const StreamPiece &piece);
+    void take(QList<StreamPiece> pieces, QByteArray &out);
+    void keep(StreamPiece &&piece);
     void route(const StreamPiece &piece, QByteArray &out);
     QByteArray giveUpSearch();
 
