@@ -7,7 +7,8 @@
 #include "recorder/recordingoutput.h"
 #include "recorder/streamconnection.h"
 
-#include <QProcess>
+#include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -22,13 +23,20 @@ constexpr int MetaInterval = 16000;
 constexpr qsizetype PacketSize = 4096;
 constexpr qsizetype StreamSize = 96 * 1024 * 1024;
 constexpr qsizetype TitleEvery = 3 * 1024 * 1024;
+const QString MemoryFolder = QStringLiteral("/dev/shm");
 
 // The window's part, reduced to the output stage in single-song mode.
 class OutputHost : public IcyStreamHost
 {
 public:
-    // An empty folder sends every song to the null device instead of a file.
-    explicit OutputHost(const QString &folder) : m_folder(folder) {}
+    // With an empty folder nothing is written: the parser and its buffer alone.
+    explicit OutputHost(const QString &folder) : m_folder(folder)
+    {
+        RecordingOutput::Recording recording;
+        recording.options.writeTags = false;
+        output.startRecording(recording);
+        output.begin(StreamFormat::Mp3, MetaInterval);
+    }
 
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override { m_title = title; }
@@ -38,16 +46,18 @@ public:
     void setHyperlinkB(const QString &) override {}
     QString scanSongText() const override { return {}; }
     void showWaitScan(bool) override {}
-    void setWriteEnabled(bool enabled) override { output.setWriteEnabled(enabled); }
+    void setWriteEnabled(bool enabled) override { output.setWriteEnabled(enabled && !m_folder.isEmpty()); }
     void WriteToDisk(QByteArrayView data, bool flush) override { output.WriteToDisk(data, flush); }
     void NewSong(const QString &title) override
     {
-        output.NewSong(title, true,
-                       m_folder.isEmpty() ? QProcess::nullDevice()
-                                          : BuildFileName(QStringLiteral("./%SONG%.mp3"), {}, {}, m_folder + u'/'));
+        output.NewSong(title, true, BuildFileName(QStringLiteral("./%SONG%.mp3"), {}, {}, m_folder + u'/'));
     }
     bool isFileOpen() const override { return output.isFileOpen(); }
-    void switchToContinuous() override { output.switchToContinuous(); }
+    void switchToContinuous() override
+    {
+        output.removeSongPlaceholder();
+        output.OpenFile();
+    }
 
     RecordingOutput output;
 
@@ -118,7 +128,9 @@ void BM_ParseAndWrite(benchmark::State &state)
     qint64 compactions = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        QTemporaryDir folder;
+        QTemporaryDir folder(state.range(0) && QFileInfo(MemoryFolder).isDir()
+                                 ? MemoryFolder + QStringLiteral("/tunecatch-bench-XXXXXX")
+                                 : QDir::tempPath() + QStringLiteral("/tunecatch-bench-XXXXXX"));
         const Timing c = timed([&] {
             std::memcpy(target.data(), stream.constData(), size_t(stream.size()));
             benchmark::ClobberMemory();
@@ -127,7 +139,7 @@ void BM_ParseAndWrite(benchmark::State &state)
         copy.cpu += c.cpu;
         state.ResumeTiming();
         const Timing p = timed([&] {
-            OutputHost host(state.range(0) ? QString() : folder.path());
+            OutputHost host(folder.path());
             IcyStream icy(host);
             for (qsizetype at = 0; at < stream.size(); at += PacketSize)
                 icy.onData(QByteArrayView(stream).sliced(at, std::min(PacketSize, stream.size() - at)));
@@ -150,8 +162,8 @@ void BM_ParseAndWrite(benchmark::State &state)
     state.counters["ratio_cpu"] = copy.cpu / parse.cpu;
     state.counters["compactions"] = double(compactions);
 }
-// Argument 0: real files in a temporary folder; 1: the null device, which
-// leaves the parser and the cache without the file system's share.
+// Argument 0: real files in a temporary folder; 1: files in memory (tmpfs),
+// which leaves the parser, the output chain and the cache without the disk's share.
 BENCHMARK(BM_ParseAndWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 // One metadata step with a backlog just below BacklogLimit in the buffer: its

@@ -7,6 +7,8 @@ packages=(
   # build
   cmake make g++ pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
+  # tags of recorded songs
+  libtag1-dev
   # the skin engine checks style sheets with Qt's own parser
   qt6-base-private-dev
   # playback backend of Qt Multimedia
@@ -16,6 +18,8 @@ packages=(
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   icecast2 ezstream lame espeak-ng ffmpeg mpg123
+  # Ogg Vorbis test audio (oggenc); MP3 comes from lame, AAC and Opus from ffmpeg
+  vorbis-tools
   # scheduled recordings: systemd-analyze checks the units, systemd-escape their names
   systemd
   # the desktop's media controls and notifications are tested on a session bus of their own
@@ -29,6 +33,8 @@ packages=(
   xvfb xauth fonts-dejavu-core xdotool imagemagick
   # the modifier keys asked of the X server; the tests press keys through XTEST
   libxcb1-dev libxcb-xtest0-dev
+  # the manual page is checked by rendering it
+  groff-base
 )
 
 missing=()

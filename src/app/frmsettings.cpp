@@ -4,8 +4,10 @@
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
 #include "directory/serverdiscovery.h"
+#include "recorder/songfileoptions.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -16,7 +18,9 @@
 FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     : QDialog(parent), m_trimTool(trimTool), m_txtTrimMP3(new QLineEdit(this)),
       m_chkSongNotifications(new QCheckBox(tr("Show a notification when the song changes"), this)),
-      m_txtDirectoryServer(new QLineEdit(this)), m_lblServerError(new QLabel(this))
+      m_txtDirectoryServer(new QLineEdit(this)), m_lblServerError(new QLabel(this)),
+      m_chkWriteTags(new QCheckBox(tr("Write tags to song files"), this)),
+      m_cboPartialSongs(new QComboBox(this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
@@ -59,6 +63,15 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(cmdSearch, &QPushButton::clicked, this, &FrmSettings::cmdSearchClick);
 
+    const SongFileOptions songFiles = SongFileOptions::fromStore();
+    m_chkWriteTags->setObjectName(QStringLiteral("chkWriteTags"));
+    m_chkWriteTags->setChecked(songFiles.writeTags);
+    m_cboPartialSongs->setObjectName(QStringLiteral("cboPartialSongs"));
+    // In the order of SongFileOptions::PartialSongs.
+    m_cboPartialSongs->addItems({tr("Keep them beside the others"),
+                                 tr("Move them into the folder \"incomplete\""), tr("Delete them")});
+    m_cboPartialSongs->setCurrentIndex(int(songFiles.partialSongs));
+
     auto *form = new QFormLayout;
     form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
     form->addRow(tr("Station directory server:"), m_txtDirectoryServer);
@@ -67,6 +80,15 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     layout->addWidget(hint);
     layout->addWidget(m_lblServerError);
     layout->addWidget(m_chkSongNotifications);
+    auto *songForm = new QFormLayout;
+    songForm->addRow(QString(), m_chkWriteTags);
+    songForm->addRow(tr("Partial songs:"), m_cboPartialSongs);
+    auto *partialHint =
+        new QLabel(tr("The first and the last song of a recording hold only part of the song."), this);
+    partialHint->setWordWrap(true);
+    partialHint->setEnabled(false);
+    layout->addLayout(songForm);
+    layout->addWidget(partialHint);
     layout->addWidget(buttons);
 }
 
@@ -85,6 +107,10 @@ void FrmSettings::cmdOkClick()
     m_trimTool.command = m_txtTrimMP3->text();
     SettingsStore::saveSetting(SettingsStore::TrimMP3Tool, m_trimTool.command);
     SettingsStore::saveBoolean(SettingsStore::SongNotifications, m_chkSongNotifications->isChecked());
+    SongFileOptions songFiles;
+    songFiles.writeTags = m_chkWriteTags->isChecked();
+    songFiles.partialSongs = SongFileOptions::PartialSongs(m_cboPartialSongs->currentIndex());
+    songFiles.store();
     accept();
 }
 

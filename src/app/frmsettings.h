@@ -4,12 +4,14 @@
 
 struct TrimTool;
 class QCheckBox;
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 
 // The settings dialog: the command line of the external MP3 trimming tool,
-// the station directory's server and whether a notification tells each new song.
+// the station directory's server, whether a notification tells each new song,
+// what song files carry (tags) and what becomes of partial ones.
 class FrmSettings : public QDialog
 {
     Q_OBJECT
@@ -30,4 +32,6 @@ private:
     QCheckBox *m_chkSongNotifications;
     QLineEdit *m_txtDirectoryServer;
     QLabel *m_lblServerError;
+    QCheckBox *m_chkWriteTags;
+    QComboBox *m_cboPartialSongs;
 };

@@ -4,11 +4,14 @@
 #include "app/startup.h"
 #include "app/terminationwatcher.h"
 #include "base/appinfo.h"
+#include "recorder/launchswitches.h"
 #include "ui/skin/themeapplier.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QIcon>
+
+#include <cstdio>
 
 namespace {
 
@@ -33,19 +36,36 @@ bool displayReachable()
     return QFileInfo::exists(QStringLiteral("/tmp/.X11-unix/X") + number);
 }
 
-// A command argument of two characters or more starts a recording at once.
-bool startsRecording(int argc, char *argv[])
+QStringList argumentWords(int argc, char *argv[])
 {
     QStringList words;
     for (int i = 1; i < argc; ++i)
         words.append(QString::fromLocal8Bit(argv[i]));
-    return words.join(u' ').trimmed().size() >= 2;
+    return words;
+}
+
+// A command argument of two characters or more starts a recording at once.
+bool startsRecording(int argc, char *argv[])
+{
+    return argumentWords(argc, argv).join(u' ').trimmed().size() >= 2;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    // Answered before any window, display or recording.
+    switch (commandLineInfo(argumentWords(argc, argv))) {
+    case CommandLineInfo::Help:
+        std::fputs(launchHelpText().toLocal8Bit().constData(), stdout);
+        return 0;
+    case CommandLineInfo::Version:
+        std::printf("%s %s\n", qPrintable(AppInfo::title), qPrintable(AppInfo::version()));
+        return 0;
+    case CommandLineInfo::None:
+        break;
+    }
+
     // A scheduled recording may be started by a user service manager that
     // knows no display: record without windows rather than fail to start.
     if (startsRecording(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !displayReachable())

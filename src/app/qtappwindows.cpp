@@ -79,6 +79,7 @@ void QtAppWindows::showMainWindow()
 void QtAppWindows::showRecorderWindow()
 {
     FrmTC *window = newRecorderWindow();
+    m_launchReport.watch(window->recorder());
     QObject::connect(window, &FrmTC::unloaded, window, [this] {
         if (m_startup)
             m_startup->close();
@@ -106,7 +107,7 @@ void QtAppWindows::unloadAllWindows()
 
 void QtAppWindows::endProcess()
 {
-    QCoreApplication::exit(0);
+    QCoreApplication::exit(m_launchReport.exitStatus());
 }
 
 FrmTC *QtAppWindows::newRecorderWindow()

@@ -5,6 +5,7 @@
 #include "app/desktopshell.h"
 #include "app/keystate.h"
 #include "app/logindpowercontrol.h"
+#include "recorder/launchreport.h"
 #include "ui/stations/frmstations.h"
 
 #include <QList>
@@ -56,6 +57,8 @@ private:
     LogindPowerControl m_power;
     DesktopShell m_shell;
     KeyState m_keys;
+    // A launched recording's status lines and exit status.
+    LaunchReport m_launchReport{&LaunchReport::toStandardError};
     QPointer<QWidget> m_mainWindow;
     QList<QPointer<QWidget>> m_loaded;
     std::unique_ptr<DesktopParts> m_desktop;

@@ -21,6 +21,9 @@ public:
     static inline const QString SongNotifications = QStringLiteral("SongNotifications");
     // The station directory's server, "scheme://host[:port]"; empty finds the directory's own.
     static inline const QString DirectoryServer = QStringLiteral("DirectoryServer");
+    // What song files carry and what becomes of partial ones (SongFileOptions).
+    static inline const QString WriteTags = QStringLiteral("WriteTags");
+    static inline const QString PartialSongs = QStringLiteral("PartialSongs");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -1,6 +1,8 @@
 #include "recorder/launchswitches.h"
 
-#include <QStringList>
+#include "recorder/stopreason.h"
+
+#include <QCoreApplication>
 
 namespace {
 
@@ -55,4 +57,54 @@ LaunchSwitches ParseLaunchSwitches(const QString &commandLine)
         }
     }
     return result;
+}
+
+CommandLineInfo commandLineInfo(const QStringList &arguments)
+{
+    for (const QString &argument : arguments) {
+        if (argument == u"--help")
+            return CommandLineInfo::Help;
+        if (argument == u"--version")
+            return CommandLineInfo::Version;
+    }
+    return CommandLineInfo::None;
+}
+
+QString launchHelpText()
+{
+    return QCoreApplication::translate(
+               "LaunchSwitches",
+               "Usage: tunecatch                         the station list\n"
+               "       tunecatch -a ADDRESS [SWITCHES]   record at once, without the station list\n"
+               "\n"
+               "Any command line of two characters or more records at once. It is split at\n"
+               "single blanks; a switch that takes words takes them up to the next word that\n"
+               "begins with \"-\". Switches are case-sensitive, unknown words are ignored.\n"
+               "\n"
+               "  -a ADDRESS     the stream or playlist address (words joined without blanks)\n"
+               "  -w NAME        the station name (words joined with single blanks)\n"
+               "  -s TEMPLATE    the file-name template: %STATION%, %DATE%, %TIME%, %SONG%;\n"
+               "                 .\\ or ./ at its start is the recordings folder\n"
+               "                 (default .\\%STATION%_%DATE%_%TIME%.mp3)\n"
+               "  -n             one file per song\n"
+               "  -t MINUTES     stop after so many minutes\n"
+               "  -b MEGABYTES   stop after so many megabytes (the later of -t and -b applies)\n"
+               "  -xh            hibernate when the recording ends by itself\n"
+               "  -xs            power off when the recording ends by itself\n"
+               "  -m             open the monitor panel\n"
+               "  -v             start with the recorder window minimised\n"
+               "  --help         print this and exit\n"
+               "  --version      print the version and exit\n"
+               "\n"
+               "Every status line goes to standard error. Exit status:\n"
+               "  %1  the recording reached its limit or was stopped\n"
+               "  %2  a switch or the address was wrong\n"
+               "  %3  the station could not be reached or refused\n"
+               "  %4  the output could not be written (folder, disk full)\n"
+               "  %5  the station dropped and did not come back\n")
+        .arg(ExitStatus::Done)
+        .arg(ExitStatus::BadSwitches)
+        .arg(ExitStatus::Unreachable)
+        .arg(ExitStatus::OutputFailed)
+        .arg(ExitStatus::Dropped);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -32,3 +33,16 @@ struct LaunchSwitches
 // with "-"; "-t" and "-b" take the next token. Switches are case-sensitive,
 // unknown tokens are ignored, and a line shorter than 2 characters gives nothing.
 LaunchSwitches ParseLaunchSwitches(const QString &commandLine);
+
+// What the command line asks of the program before anything else: "--help"
+// or "--version" anywhere among the arguments (the first that comes wins).
+enum class CommandLineInfo
+{
+    None,
+    Help,
+    Version,
+};
+CommandLineInfo commandLineInfo(const QStringList &arguments);
+
+// The switches, their meanings and the exit statuses, as "--help" prints them.
+QString launchHelpText();

@@ -32,6 +32,15 @@ std::optional<int> percent(double part, double whole)
 
 } // namespace
 
+QString bitrateText(qint16 bitrate, const QString &format)
+{
+    const QString rate =
+        bitrate > 0 ? QCoreApplication::translate("RecorderStats", "%1 kbit/s").arg(bitrate) : QString();
+    if (format.isEmpty() || rate.isEmpty())
+        return format + rate;
+    return format + QStringLiteral(", ") + rate;
+}
+
 QString MakeTime(qint32 seconds)
 {
     const qint32 minutes = seconds / 60;

@@ -28,7 +28,12 @@ struct Counters
     qsizetype diskCache = 0;
     qint32 blockWrites = 0;
     double bytesWritten = 0;
+    QString format; // of the stream ("MP3", "AAC", "Ogg"); empty until its answer is in
 };
+
+// lbBitrate: the format beside the bit rate ("MP3, 128 kbit/s"), either
+// alone while the other is not known.
+QString bitrateText(qint16 bitrate, const QString &format);
 
 // Minutes (unlimited), ":" and two-digit seconds: 59 -> "0:59", 7507 -> "125:07".
 QString MakeTime(qint32 seconds);

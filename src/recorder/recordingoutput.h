@@ -1,10 +1,22 @@
 #pragma once
 
+#include "recorder/cuesheet.h"
+#include "recorder/songfileoptions.h"
+#include "recorder/songframes.h"
+#include "recorder/songtagger.h"
+#include "recorder/songwriter.h"
+#include "recorder/streamformat.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QCoreApplication>
 #include <QDateTime>
-#include <QFile>
+#include <QList>
 #include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
 
 // Expands a file-name template: a leading ".\" (and, off Windows, "./") goes
 // into the recordings folder, which is created; every "%STATION%" becomes the
@@ -14,17 +26,46 @@
 QString BuildFileName(const QString &templ, const QString &station, const QDateTime &now,
                       const QString &recordingsFolder);
 
-// The recorder's output stage: one open file, the write cache in front of it
-// and the counters the monitor panel shows. Failures never throw: the first
-// file that cannot be opened or written is kept in error (the recorder stops
-// the recording and says why); bytes already written stay.
+// The recorder's output stage. The stream parser hands it the audio in
+// intervals and says where titles change; it writes them into one continuous
+// file, or into one file per song:
+//
+//   audio -> SongFrames (whole frames, where a song begins) -> SongWriter (the file)
+//                                        SongTagger (tags) and CueSheet beside it
+//
+// Song files begin at the first whole frame of the interval before their
+// title and end with the last whole frame before the next one (songStart is
+// where that is decided); their tags say whether the song is complete. A
+// continuous file takes every byte as it comes and gets a cue sheet with a
+// track per title. Failures of the audio never throw: the first file that
+// cannot be made or written is kept in error() (the recorder stops and says
+// why). Tags, cue sheets and moving partial songs never cost audio: what
+// fails there is only reported (takeWarnings).
 class RecordingOutput
 {
+    Q_DECLARE_TR_FUNCTIONS(RecordingOutput)
+
 public:
-    // The cache is written out once it holds more than this many bytes.
-    static constexpr qsizetype CacheLimit = 64000;
+    static constexpr qsizetype CacheLimit = SongWriter::CacheLimit;
+    // The RECORDING field of a song recorded from its title change to the
+    // next, and of one that holds only part of its song.
+    static inline const QString Complete = QStringLiteral("complete");
+    static inline const QString Partial = QStringLiteral("partial");
+
+    // What a recording's files carry, known when it starts.
+    struct Recording
+    {
+        QString station;
+        QString address;
+        QDateTime start;
+        SongFileOptions options;
+        // An existing file the user agreed to overwrite; every other name
+        // that is taken gets a number instead.
+        QString replaceable;
+    };
 
     RecordingOutput();
+    ~RecordingOutput();
     RecordingOutput(const RecordingOutput &) = delete;
     RecordingOutput &operator=(const RecordingOutput &) = delete;
 
@@ -33,49 +74,102 @@ public:
     // Kept across recordings: a new recording does not reset it.
     bool WriteEnabled() const { return m_writeEnabled; }
     void setWriteEnabled(bool enabled) { m_writeEnabled = enabled; }
-    const QByteArray &DiskCache() const { return m_cache; }
-    bool isFileOpen() const { return m_file.isOpen(); }
+    const QByteArray &DiskCache() const { return m_writer.cache(); }
+    bool isFileOpen() const { return m_writer.isOpen(); }
 
     // Statistics: cache flushes that reached a file and the bytes they wrote.
-    // Block writes are 32 bits so a recording of days cannot overflow them.
-    qint32 blockWrites() const { return m_blockWrites; }
-    double bytesWritten() const { return m_bytesWritten; }
+    qint32 blockWrites() const { return m_writer.blockWrites(); }
+    double bytesWritten() const { return m_writer.bytesWritten(); }
     // What a new recording starts from: both counters zero, no error.
-    void resetCounters();
+    void resetCounters() { m_writer.resetCounters(); }
     // Why the output cannot go on: the first open or write that failed; empty while none has.
-    const QString &error() const { return m_error; }
+    const QString &error() const { return m_writer.error(); }
 
-    // Closes any open file, then creates or truncates FileName. Returns false
-    // (and sets error) when it cannot be opened; no file is open then.
+    // A recording starts: what its files carry. The stream's format is not known yet.
+    void startRecording(const Recording &recording);
+    // The station's answer says what its stream holds; interval is its
+    // metadata interval, the stretch a song file may begin before its title.
+    void begin(StreamFormat format, qsizetype interval);
+    bool hasBegun() const { return m_frames != nullptr; }
+    std::optional<StreamFormat> format() const;
+
+    // Opens FileName as the recording's one continuous file (closing any
+    // open file), tags it with the station's name and starts its cue sheet.
+    // Returns false (and sets error) when it cannot be made.
     bool OpenFile();
-    // Closes the file; the cache is not flushed (callers flush first).
+    // The recording ends: the open file gets its last whole frames and its
+    // final tags; a song file then is partial.
     void CloseFile();
 
-    // Appends to the cache unless writing is disabled; past CacheLimit bytes,
-    // or when flush is set, the whole cache goes to the open file in one write
-    // and the cache is emptied - also when no file is open (those bytes are lost).
+    // Audio of the stream, in order; dropped while writing is not enabled. In
+    // one file per song, the interval repeated after NewSong (the split rule)
+    // is in the new song already and is not written again; a continuous file
+    // gets it twice, as it always has.
     void WriteToDisk(QByteArrayView data, bool flush);
 
-    // A title change. Single-song mode: the cleaned title (30 characters)
-    // replaces every "%SONG%" in freshName (a BuildFileName made now), which
-    // becomes FileName and is opened, closing the previous file. Continuous
-    // mode: "%SONG%" is removed from FileName and the file stays open.
+    // A title change, after the interval in front of it was written. One file
+    // per song: the open song ends, and while writing is enabled the next one
+    // begins in freshName (a BuildFileName made now, "%SONG%" becoming the
+    // cleaned title, 30 characters). Otherwise "%SONG%" is removed from
+    // FileName, the open file stays, and a continuous file's cue sheet gets
+    // the title.
     void NewSong(const QString &title, bool singleSong, const QString &freshName);
 
     // One file for the whole recording: its name does without "%SONG%".
     void removeSongPlaceholder();
-    // The station sends no titles: "%SONG%" is removed and the file opened.
-    void switchToContinuous();
+
+    // What went wrong beside the audio since the last call: tags, the cue
+    // sheet, moving or deleting a partial song.
+    QStringList takeWarnings();
 
 private:
-    void writeBlock(QByteArrayView block);
-    void fail(const QString &message);
+    enum class FileKind
+    {
+        None,
+        Song,       // fed with whole frames from m_frames
+        Continuous, // fed with every byte
+    };
+    // A title of a continuous file waiting until the frames around it are known.
+    struct PendingTitle
+    {
+        QString title;
+        qint64 position = 0;
+    };
 
-    QString m_error;
+    // Where, in the stream, the song of a title change begins: the one place
+    // that decides it. The old song ends with the whole frames before it and
+    // the new one begins with the first whole frame at or after it (SongFrames::cut).
+    qint64 songStart() const;
+    bool openFile(const QString &name, FileKind kind, SongTags tags);
+    void closeFile(const QString &recording);
+    void closeContinuous();
+    void writeAudio(QByteArrayView bytes);
+    void startOggTags();
+    void addTitle(const QString &title);
+    void timeTitles(bool all);
+    void warn(const QString &warning);
+
+    Recording m_recording;
     QString m_fileName;
-    QFile m_file;
-    QByteArray m_cache;
     bool m_writeEnabled = false;
-    qint32 m_blockWrites = 0;
-    double m_bytesWritten = 0;
+    SongWriter m_writer;
+    StreamFormat m_format = StreamFormat::Mp3;
+    std::unique_ptr<SongFrames> m_frames;
+
+    FileKind m_kind = FileKind::None;
+    // Title changes of this recording, and the one the open song began at.
+    int m_titles = 0;
+    int m_songTitle = 0;
+    qint64 m_lastWrite = 0;
+    bool m_skipRepeat = false;
+
+    std::optional<SongTagger> m_tagger;
+    // An Ogg file's first bytes, held until they reach past its header pages.
+    QByteArray m_tagHead;
+
+    std::optional<CueSheet> m_cue;
+    QList<PendingTitle> m_pendingTitles;
+    qint64 m_fileStartNs = 0;
+
+    QStringList m_warnings;
 };

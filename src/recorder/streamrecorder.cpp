@@ -8,8 +8,10 @@
 #include "catalogue/playlist.h"
 #include "recorder/modshutdown.h"
 #include "recorder/streamaddress.h"
+#include "recorder/streamformat.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QUrl>
 
 #include <utility>
@@ -58,6 +60,18 @@ void StreamRecorder::start()
     emit started();
     m_limitClock.start();
     const QString &address = m_settings.address;
+    if (m_options.launchMode) {
+        // Unattended, a recording that could not end by itself must not begin.
+        if (address.trimmed().isEmpty()) {
+            stopWithFailure(StopReason::Kind::BadSwitches, tr("No stream address given (-a)."));
+            return;
+        }
+        if (m_settings.limit && m_settings.limit->value <= 0) {
+            stopWithFailure(StopReason::Kind::BadSwitches,
+                            tr("A stop limit (-t, -b) must be a number above 0."));
+            return;
+        }
+    }
     if (address.toLower().contains(QStringLiteral(".pls")))
         FetchPlaylist(address, TagRecording);
     else
@@ -73,12 +87,14 @@ void StreamRecorder::end(StopReason reason)
 {
     if (!m_recording)
         return;
-    showTitle({});
     m_fileDL->Cancel(TagRecording);
+    // The title stays until the rest is parsed: one repeated there is no change.
     EndStream();
     m_output.CloseFile();
+    showTitle({});
     m_recording = false;
     m_limitClock.stop();
+    showWarnings();
     const bool failure = !reason.text.isEmpty();
     if (const QString &outputError = m_output.error(); !outputError.isEmpty()) {
         showStatus(outputError);
@@ -91,27 +107,50 @@ void StreamRecorder::end(StopReason reason)
     emit stopped(reason);
 }
 
+// The question about an existing file is asked of the name the template
+// gives; the files themselves are made once the station's answer says what
+// its stream holds, which may change their extension.
 void StreamRecorder::StartRecording(const QString &address)
 {
-    const bool singleSong = m_settings.singleSong;
+    m_startTime = m_options.now();
+    m_address = address;
     m_output.resetCounters();
-    m_output.setFileName(BuildFileName());
-    if (!singleSong)
+    m_output.setFileName(BuildFileName(m_settings.saveTemplate, m_settings.station, m_startTime,
+                                       AppPaths::recordingsFolder()));
+    if (!m_settings.singleSong)
         m_output.removeSongPlaceholder();
     if (StopOverwrite())
         return;
-    if (!singleSong && !m_output.OpenFile()) {
-        stopWithFailure(StopReason::Kind::OutputFailed, m_output.error());
-        return;
-    }
+    const QString asked = m_output.FileName();
+    m_output.startRecording({m_settings.station, address, m_startTime, m_settings.songFiles,
+                             QFileInfo::exists(asked) ? asked : QString()});
     if (!StartStream(address))
         stopWithFailure(StopReason::Kind::BadAddress, m_status);
 }
 
-QString StreamRecorder::BuildFileName() const
+QString StreamRecorder::fileNameAt(const QDateTime &when) const
 {
-    return ::BuildFileName(m_settings.saveTemplate, m_settings.station, m_options.now(),
-                           AppPaths::recordingsFolder());
+    const StreamFormat format = m_output.format().value_or(StreamFormat::Mp3);
+    return BuildFileName(templateWithExtension(m_settings.saveTemplate, format), m_settings.station, when,
+                         AppPaths::recordingsFolder());
+}
+
+void StreamRecorder::beginOutput()
+{
+    if (m_output.hasBegun() || !m_stream.HeaderDone())
+        return;
+    const StreamFormat format = formatFromHeader(m_stream.HeaderText());
+    m_output.begin(format, m_stream.MetaInterval());
+    emit formatChanged(formatName(format));
+    if (!m_settings.singleSong)
+        openContinuous();
+}
+
+void StreamRecorder::openContinuous()
+{
+    m_output.setFileName(fileNameAt(m_startTime));
+    m_output.removeSongPlaceholder();
+    m_output.OpenFile();
 }
 
 bool StreamRecorder::StopOverwrite()
@@ -162,7 +201,15 @@ void StreamRecorder::onStreamData(const QByteArray &bytes)
         return;
     m_streamCame = true;
     m_stream.onData(bytes);
+    beginOutput();
+    showWarnings();
     checkFailures();
+}
+
+void StreamRecorder::showWarnings()
+{
+    for (const QString &warning : m_output.takeWarnings())
+        showStatus(warning);
 }
 
 void StreamRecorder::onStreamInterrupted()
@@ -170,6 +217,7 @@ void StreamRecorder::onStreamInterrupted()
     if (!m_recording)
         return;
     m_stream.interrupt();
+    showWarnings();
     checkFailures();
 }
 
@@ -289,6 +337,7 @@ RecorderStats::Counters StreamRecorder::counters() const
         .diskCache = m_output.DiskCache().size(),
         .blockWrites = m_output.blockWrites(),
         .bytesWritten = m_output.bytesWritten(),
+        .format = m_output.format() ? formatName(*m_output.format()) : QString(),
     };
 }
 
@@ -341,6 +390,7 @@ void StreamRecorder::setWriteEnabled(bool enabled)
 
 void StreamRecorder::WriteToDisk(QByteArrayView data, bool flush)
 {
+    beginOutput();
     m_output.WriteToDisk(data, flush);
 }
 
@@ -348,17 +398,26 @@ void StreamRecorder::WriteToDisk(QByteArrayView data, bool flush)
 // interval in front of the title has been written with flush set.
 void StreamRecorder::NewSong(const QString &title)
 {
-    m_output.NewSong(title, m_settings.singleSong, BuildFileName());
+    beginOutput();
+    // One file per song turned off before any song began: the rest is one file.
+    if (!m_settings.singleSong && !m_output.isFileOpen())
+        openContinuous();
+    m_output.NewSong(title, m_settings.singleSong, fileNameAt(m_options.now()));
 }
 
+// A continuous recording has its file, made as soon as the station's answer
+// is in, so it never needs switching.
 bool StreamRecorder::isFileOpen() const
 {
-    return m_output.isFileOpen();
+    return m_output.isFileOpen() || !m_settings.singleSong;
 }
 
 void StreamRecorder::switchToContinuous()
 {
     m_settings.singleSong = false;
     emit switchedToContinuous();
-    m_output.switchToContinuous();
+    if (m_output.hasBegun())
+        openContinuous();
+    else
+        beginOutput();
 }

@@ -4,6 +4,8 @@
 #include "recorder/icystreamhost.h"
 #include "recorder/recorderstats.h"
 #include "recorder/recordingoutput.h"
+#include "recorder/songfileoptions.h"
+#include "recorder/stopreason.h"
 #include "recorder/streamconnection.h"
 
 #include <QDateTime>
@@ -34,30 +36,13 @@ struct RecordingSettings
     };
 
     QString address;      // a stream, or a playlist when it holds ".pls"
-    QString saveTemplate; // see BuildFileName
+    QString saveTemplate; // see BuildFileName; its extension follows the stream's format
     QString station;
     bool singleSong = false;
     QString scanSong; // a title to wait for; empty when the scan is off
     std::optional<StopLimit> limit;
     PowerAction powerAction = PowerAction::None;
-};
-
-// Why a recording stopped: the kind for whoever acts on it, the text for
-// whoever shows it (empty when the stop was asked for).
-struct StopReason
-{
-    enum class Kind
-    {
-        Stopped,      // the Stop command, or the window closing
-        LimitReached, // the selected stop limit
-        BadAddress,   // an address that cannot be parsed
-        Unreachable,  // no stream came: no connection, a refusal, a playlist without a stream
-        Dropped,      // the stream stopped and could not be reached again
-        StreamFailed, // the station's stream cannot be recorded
-        OutputFailed, // a file could not be opened or written
-    };
-    Kind kind = Kind::Stopped;
-    QString text;
+    SongFileOptions songFiles;
 };
 
 // One recording of a station stream at a time: the connection, the stream
@@ -99,7 +84,9 @@ public:
 
     bool Recording() const { return m_recording; }
     // Starts a recording of the settings' address (through its playlist for a
-    // playlist address); Recording from here on, until stop.
+    // playlist address); Recording from here on, until stop. A launched
+    // recording without an address, or with a stop limit that is no number
+    // above 0, stops at once (BadSwitches).
     void start();
     // Ends the recording with everything received written; stopped follows.
     void stop();
@@ -138,6 +125,8 @@ signals:
     void waitingForSong(bool waiting);
     // The station names no song: the rest goes into one file (single-song mode is off).
     void switchedToContinuous();
+    // The station's answer said what its stream holds ("MP3", "AAC", "Ogg").
+    void formatChanged(const QString &format);
     // Percent of the selected stop limit, while recording.
     void limitProgress(int percent);
     // Nothing is left to do: the power-off request went out, or a launched
@@ -160,7 +149,15 @@ private:
     void switchToContinuous() override;
 
     void showStatus(const QString &text);
+    // Tags, cue sheets or partial songs that could not be written: said, the recording goes on.
+    void showWarnings();
     void end(StopReason reason);
+    // Once the station's answer is in: the output learns the stream's format
+    // and a continuous recording opens its file.
+    void beginOutput();
+    void openContinuous();
+    // The template with the extension of the stream's format, expanded at `when`.
+    QString fileNameAt(const QDateTime &when) const;
     // The recording cannot go on: stop with what was received written, say
     // why, and in launch mode end as a reached limit does.
     void stopWithFailure(StopReason::Kind kind, const QString &reason);
@@ -173,7 +170,6 @@ private:
     void onDownloadError(const QString &key, int statusCode, const QString &statusText);
     void checkLimit();
     bool StopOverwrite();
-    QString BuildFileName() const;
     void Cleanup();
 
     Prompt &m_prompt;
@@ -186,6 +182,8 @@ private:
     StreamConnection *m_connection = nullptr;
     FileDL *m_fileDL = nullptr;
     QTimer m_limitClock;
+    QDateTime m_startTime;
+    QString m_address;
     QString m_title;
     // The last status text: what a failed start stops with.
     QString m_status;

@@ -2,9 +2,12 @@
 
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
+#include "recorder/songfileoptions.h"
+#include "support/accessiblenames.h"
 #include "support/tempprofile.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -89,6 +92,32 @@ TEST_F(FrmSettingsTest, TheDirectoryServerIsStoredOnlyWhenItIsAnAddressOrEmpty)
         EXPECT_EQ(dialog.result(), stored == u"-" ? QDialog::Rejected : QDialog::Accepted);
         EXPECT_EQ(dialog.findChild<QLabel *>(u"lblServerError"_s)->text().isEmpty(), stored != u"-");
     }
+}
+
+// What song files carry: shown as stored, stored on OK, and what a recording reads.
+TEST_F(FrmSettingsTest, SongFileChoicesAreStoredOnOk)
+{
+    TrimTool trim;
+    EXPECT_TRUE(SongFileOptions::fromStore().writeTags);
+    EXPECT_EQ(SongFileOptions::fromStore().partialSongs, SongFileOptions::PartialSongs::Keep);
+    for (const bool tags : {false, true}) {
+        FrmSettings dialog(trim);
+        expectAccessibleNames(&dialog);
+        auto *writeTags = dialog.findChild<QCheckBox *>(u"chkWriteTags"_s);
+        auto *partial = dialog.findChild<QComboBox *>(u"cboPartialSongs"_s);
+        ASSERT_TRUE(writeTags && partial);
+        EXPECT_EQ(writeTags->isChecked(), !tags) << "shows what was stored";
+        writeTags->setChecked(tags);
+        partial->setCurrentIndex(tags ? 2 : 1);
+        QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
+        const SongFileOptions stored = SongFileOptions::fromStore();
+        EXPECT_EQ(stored.writeTags, tags);
+        EXPECT_EQ(stored.partialSongs,
+                  tags ? SongFileOptions::PartialSongs::Delete : SongFileOptions::PartialSongs::Move);
+    }
+    // A value edited by hand into something else leaves the default.
+    SettingsStore::saveSetting(SettingsStore::PartialSongs, u"7"_s);
+    EXPECT_EQ(SongFileOptions::fromStore().partialSongs, SongFileOptions::PartialSongs::Keep);
 }
 
 } // namespace

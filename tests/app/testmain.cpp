@@ -10,6 +10,7 @@
 #include "base/launchoptions.h"
 #include "base/settingsstore.h"
 #include "controls/lynxgrid.h"
+#include "recorder/streamconnection.h"
 #include "schedule/schedule.h"
 #include "schedule/task.h"
 #include "schedule/unitfile.h"
@@ -126,13 +127,42 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     EXPECT_TRUE(start.prompt.shown.isEmpty());
 }
 
-TEST_F(LaunchTest, ARecordingWhoseStationRefusesEndsTheProgram)
+// What the program prints and how it ends, as a terminal or a scheduler sees it.
+TEST_F(LaunchTest, TheCommandLineAnswersOnItsStreamsAndItsExitStatusSaysHowTheRecordingEnded)
 {
-    ASSERT_NO_FATAL_FAILURE(
-        launch(u"-a 127.0.0.1:%1/live -w Loop -s ./%STATION%.mp3 -b 1"_s.arg(IcyServer::refusedPort())));
-    ASSERT_TRUE(exited(20000)) << "an unattended recording must not run on for ever";
-    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.exitCode(), 0);
+    ASSERT_TRUE(server.start());
+    const QString refused = u"-a 127.0.0.1:%1/live"_s.arg(IcyServer::refusedPort());
+    const QString loop = u"-a "_s + server.url();
+    const QString rest = u" -w Loop -s ./%STATION%.mp3 -b 1"_s;
+    const struct
+    {
+        QString arguments;
+        int status;
+        QString out, errors; // what standard output holds, and what standard error contains
+    } rows[] = {
+        {u"--help"_s, 0, {}, {}},
+        {u"-a x --version"_s, 0, AppInfo::title + u' ' + AppInfo::version() + u'\n', {}},
+        {rest, 2, {}, u"No stream address given (-a)."_s},
+        {refused + rest, 3, {}, StreamConnection::TextNoConnection},
+        {loop + u" -w Loop -s /proc/none/%STATION%.mp3 -b 1"_s, 4, {}, u"Unable to open"_s},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.arguments.toStdString());
+        ASSERT_NO_FATAL_FAILURE(launch(row.arguments));
+        ASSERT_TRUE(exited(20000)) << "an unattended recording must not run on for ever";
+        const QString out = QString::fromLocal8Bit(program.readAllStandardOutput());
+        const QString errors = QString::fromLocal8Bit(program.readAllStandardError());
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program.exitCode(), row.status) << errors.toStdString();
+        if (row.arguments == u"--help"_s) {
+            for (const char *part : {"-a ADDRESS", "-n ", "--version", "Exit status", "  5  "})
+                EXPECT_TRUE(out.contains(QLatin1StringView(part))) << part;
+        } else {
+            EXPECT_EQ(out, row.out);
+        }
+        EXPECT_TRUE(errors.contains(row.errors)) << errors.toStdString();
+        QFile::remove(profile.installFolder() + u"/tunecatch"_s);
+    }
 }
 
 TEST_F(LaunchTest, TheScheduledCommandLineRecordsHeadlessAndEndsAtItsLimit)
@@ -212,6 +242,8 @@ TEST_F(LaunchTest, TerminatingARecordingWritesWhatWasStillCached)
     server.songs = {{"Artist - Endless", 1000}};
     server.bytesPerSecond = 64000;
     ASSERT_TRUE(server.start());
+    // Without tags, as the settings say, the file is the station's bytes.
+    SettingsStore::saveBoolean(SettingsStore::WriteTags, false);
     ASSERT_NO_FATAL_FAILURE(launch(u"-a %1 -w Loop -s ./%STATION%.mp3"_s.arg(server.url())));
     // Below the 64000-byte cache: only the interval before the first title is on disk.
     ASSERT_TRUE(waitUntil([this] { return server.clientCount() == 1 && server.sent(0).audio.size() >= 48000; },

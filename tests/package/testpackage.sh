@@ -83,10 +83,15 @@ for switch in $switches; do
     name=$roff awk '($1 == ".B" || $1 == ".BI") && $2 == ENVIRON["name"] { found = 1 } END { exit !found }' \
         <<<"$manual" || fail "the manual page does not describe -$switch"
 done
-for status in 0 1; do
+for status in 0 1 2 3 4 5; do
     sed -n '/^\.SH EXIT STATUS/,/^\.SH /p' <<<"$manual" | grep -qx "\.B $status" ||
         fail "the manual page does not explain exit status $status"
 done
+for option in help version; do
+    grep -q "^\.B \\\\-\\\\-$option" <<<"$manual" || fail "the manual page does not describe --$option"
+done
+gzip -dc "$work/root/usr/share/man/man1/tunecatch.1.gz" | groff -man -Tutf8 -ww >/dev/null 2>"$work/man.log"
+[ ! -s "$work/man.log" ] || fail "the manual page has warnings: $(cat "$work/man.log")"
 zcat "$work/root/usr/share/doc/tunecatch/changelog.gz" >"$work/changelog"
 changelog=$(dpkg-parsechangelog -l "$work/changelog" -S Version)
 [ "$changelog" = "$version" ] || fail "the changelog's newest entry is $changelog, expected $version"

@@ -28,7 +28,7 @@ struct IcyServer::Client
 namespace {
 
 const QByteArray header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
-                          "icy-genre:Test\r\nicy-url:http://station.example/\r\ncontent-type:audio/mpeg\r\n"
+                          "icy-genre:Test\r\nicy-url:http://station.example/\r\n"
                           "icy-pub:1\r\nicy-br:128\r\n";
 
 // A header line repeated for ever never makes the empty line that ends a header.
@@ -181,7 +181,7 @@ void IcyServer::onReadyRead(Client &client)
     } else {
         const QByteArray interval =
             announceInterval ? "icy-metaint:" + QByteArray::number(metaInt) + "\r\n" : QByteArray();
-        client.socket->write(header + interval + "\r\n");
+        client.socket->write(header + "content-type:" + contentType + "\r\n" + interval + "\r\n");
     }
     client.streaming = true;
     client.clock.start();
@@ -219,7 +219,7 @@ void IcyServer::sendAudio(Client &client, qint64 count)
     while (count > 0) {
         const qint64 n = announceInterval ? qMin(count, metaInt - client.audioPos % metaInt) : count;
         for (qint64 i = 0; i < n; ++i)
-            wire += audioByte(client.audioPos + i);
+            wire += audioAt(client.audioPos + i);
         client.audioPos += n;
         count -= n;
         if (!announceInterval || client.audioPos % metaInt != 0)
@@ -235,12 +235,17 @@ void IcyServer::sendAudio(Client &client, qint64 count)
     }
     if (keepSent) {
         for (qint64 p = begin; p < client.audioPos; ++p)
-            client.sent.audio += audioByte(p);
+            client.sent.audio += audioAt(p);
     }
     client.socket->write(wire);
     client.sent.finished = client.audioPos >= end;
     if (client.sent.finished && dropAfter > 0)
         client.socket->disconnectFromHost();
+}
+
+char IcyServer::audioAt(qint64 position) const
+{
+    return audio.isEmpty() ? audioByte(position) : audio[position % audio.size()];
 }
 
 QByteArray IcyServer::titleAfterInterval(qint64 interval) const

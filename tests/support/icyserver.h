@@ -72,6 +72,9 @@ public:
     bool titles = true;           // false: every block is empty (length 0)
     bool announceInterval = true; // false: no "icy-metaint:", the stream is plain audio
     int metaInt = 8000;
+    // The audio sent, from its start and round again; empty: varied bytes that are no audio.
+    QByteArray audio;
+    QByteArray contentType = "audio/mpeg";
     qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
     bool flood = false;        // unpaced and in large pieces: faster than a reader takes it
     int dropAfter = 0;         // closes each connection after so many intervals (0: never)
@@ -99,6 +102,7 @@ private:
     void pump(Client &client);
     void sendAudio(Client &client, qint64 count);
     QByteArray titleAfterInterval(qint64 interval) const;
+    char audioAt(qint64 position) const;
     qint64 scriptIntervals() const;
     QTcpServer *m_server;
     bool m_tls = false;

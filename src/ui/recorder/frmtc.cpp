@@ -48,10 +48,12 @@ FrmTC::FrmTC(Prompt &prompt, const LaunchOptions &launch, PowerControl &power, Q
 {
     if (!m_hooks.now)
         m_hooks.now = [] { return QDateTime::currentDateTime(); };
+    if (!m_hooks.songFiles)
+        m_hooks.songFiles = &SongFileOptions::fromStore;
     if (!m_hooks.chooseSavePath) {
         m_hooks.chooseSavePath = [](QWidget *owner, const QString &current) {
             return QFileDialog::getSaveFileName(owner, tr("Stream Save Location"), current,
-                                                tr("MP3 File (*.mp3)"));
+                                                tr("Audio File (*.mp3 *.aac *.ogg)"));
         };
     }
     setObjectName(QStringLiteral("FrmTC"));
@@ -155,7 +157,9 @@ void FrmTC::load()
 
 void FrmTC::handOverSettings()
 {
-    m_recorder->setSettings(recordingSettings());
+    RecordingSettings settings = recordingSettings();
+    settings.songFiles = m_hooks.songFiles();
+    m_recorder->setSettings(settings);
 }
 
 void FrmTC::SetMode(bool enabled)

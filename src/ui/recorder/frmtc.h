@@ -27,11 +27,13 @@ public:
     // What the window asks of the world besides the state it is given: the
     // clock that names files, the save dialog of btSave (the current template
     // in, the chosen path out, empty when cancelled), the connection's stall
-    // time and reconnection pauses, and how cmdSchedule registers a task (the
-    // window's inputs, its clock and itself as the owner of the task dialog).
+    // time and reconnection pauses, how cmdSchedule registers a task (the
+    // window's inputs, its clock and itself as the owner of the task dialog),
+    // and what the settings say about song files (the settings store when not given).
     struct Hooks
     {
         std::function<QDateTime()> now;
+        std::function<SongFileOptions()> songFiles;
         std::function<QString(QWidget *parent, const QString &current)> chooseSavePath;
         std::function<void(const RecordingInputs &, const std::function<QDateTime()> &now, QWidget *owner)>
             schedule;

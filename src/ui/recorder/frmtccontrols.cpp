@@ -162,7 +162,7 @@ void FrmTCControls::showStatistics(const RecorderStats::Counters &counters)
     setLabel(lbStore, RecorderStats::storedSizeText(counters.bytesTotal));
     if (const auto elapsed = RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate))
         setLabel(lbTime, RecorderStats::MakeTime(*elapsed));
-    setLabel(lbBitrate, counters.bitrate > 0 ? tr("%1 kbit/s").arg(counters.bitrate) : QString());
+    setLabel(lbBitrate, RecorderStats::bitrateText(counters.bitrate, counters.format));
     setLabel(lbPackets, tr("%1 blocks").arg(counters.metaBlocks));
 }
 
@@ -317,7 +317,7 @@ QWidget *FrmTCControls::buildStatus()
     addWide(grid, row, tr("Home page:"), lnkStation);
     addWide(grid, row, tr("Song page:"), lnkStream);
     addPair(grid, row, tr("Stored:"), lbStore, tr("Time:"), lbTime);
-    addPair(grid, row, tr("Bit rate:"), lbBitrate, tr("Metadata:"), lbPackets);
+    addPair(grid, row, tr("Format:"), lbBitrate, tr("Metadata:"), lbPackets);
     addWide(grid, row, tr("Limit:"), Bar);
     return box;
 }

@@ -3,6 +3,7 @@
 #include "base/apperror.h"
 #include "base/appinfo.h"
 #include "base/prompt.h"
+#include "recorder/stopreason.h"
 #include "schedule/task.h"
 
 #include <QHBoxLayout>
@@ -27,6 +28,9 @@ void setRunState(QTreeWidgetItem *item, const TaskRunState &state)
     item->setText(FrmScheduledTasks::ColumnNextRun, when(state.nextRun, FrmScheduledTasks::tr("None")));
     item->setText(FrmScheduledTasks::ColumnLastRun, when(state.lastRun, FrmScheduledTasks::tr("Never")));
     item->setText(FrmScheduledTasks::ColumnStatus, TaskStatus::text(state.status));
+    // The program's exit status says how a finished run ended.
+    const bool ended = !state.lastRun.isNull() && state.status != TaskStatus::Running;
+    item->setText(FrmScheduledTasks::ColumnLastResult, ended ? ExitStatus::text(state.exitCode) : QString());
 }
 
 QPushButton *button(const QString &caption, const QString &name)
@@ -76,7 +80,7 @@ FrmScheduledTasks::FrmScheduledTasks(const SchedulingSetup &setup, Prompt &promp
     m_lstTasks->setAccessibleName(tr("Scheduled recordings"));
     m_lstTasks->setRootIsDecorated(false);
     m_lstTasks->setHeaderLabels(
-        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Command line")});
+        {tr("Name"), tr("Next run"), tr("Last run"), tr("Status"), tr("Last result"), tr("Command line")});
     m_lstTasks->header()->setStretchLastSection(true);
     m_lstTasks->setMinimumSize(760, 220);
 
@@ -112,7 +116,7 @@ void FrmScheduledTasks::refreshList()
     m_lstTasks->clear();
     m_schedule.Refresh();
     for (const std::shared_ptr<Task> &task : m_schedule.NewEnum()) {
-        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), {}, {}, {}, task->CommandLine()});
+        auto *item = new QTreeWidgetItem(m_lstTasks, {task->Name(), {}, {}, {}, {}, task->CommandLine()});
         item->setToolTip(ColumnCommandLine, task->CommandLine());
         if (item->text(ColumnName) == current)
             m_lstTasks->setCurrentItem(item);

@@ -12,10 +12,10 @@ class QPushButton;
 class QTreeWidget;
 
 // The program's list of its scheduled recordings: name, next and last run,
-// status and command line, with Edit (the task dialog) and Delete. The tasks
-// show at once; their runs and status follow when the user service manager
-// answers, which the window waits for without freezing. It says so when no
-// manager can be reached, since then nothing starts.
+// status, how the last run ended and command line, with Edit (the task dialog)
+// and Delete. The tasks show at once; their runs and status follow when the
+// user service manager answers, which the window waits for without freezing.
+// It says so when no manager can be reached, since then nothing starts.
 class FrmScheduledTasks : public QWidget
 {
     Q_OBJECT
@@ -28,6 +28,7 @@ public:
         ColumnNextRun,
         ColumnLastRun,
         ColumnStatus,
+        ColumnLastResult,
         ColumnCommandLine,
     };
 

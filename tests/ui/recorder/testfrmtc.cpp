@@ -3,6 +3,7 @@
 #include "base/apppaths.h"
 #include "base/launchoptions.h"
 #include "recorder/recorderstats.h"
+#include "recorder/songfileoptions.h"
 #include "recorder/streamrecorder.h"
 #include "support/accessiblenames.h"
 #include "support/eventwait.h"
@@ -134,7 +135,7 @@ TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
     expectIdle();
     EXPECT_TRUE(
         waitUntil([&] { return text("lbStore") == RecorderStats::storedSizeText(double(consumed)); }, Wait));
-    EXPECT_EQ(text("lbBitrate"), u"128 kbit/s"_s);
+    EXPECT_EQ(text("lbBitrate"), u"MP3, 128 kbit/s"_s);
     EXPECT_TRUE(power.exitCalls.isEmpty());
 }
 
@@ -156,6 +157,10 @@ TEST_F(RecorderWindow, ClosingTheWindowStopsTheRecordingWithItsFileComplete)
 {
     server.songs = {{"Song", 60}};
     server.titles = false;
+    // Without tags, as the settings say, the file is the station's bytes.
+    SongFileOptions songFiles;
+    songFiles.writeTags = false;
+    songFiles.store();
     openFor(u"./%STATION%.mp3"_s, false);
     QSignalSpy unloaded(window.data(), &FrmTC::unloaded);
     button("cmdRecord")->click();

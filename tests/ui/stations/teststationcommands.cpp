@@ -2,6 +2,7 @@
 
 #include "app/accessibility.h"
 #include "base/apppaths.h"
+#include "base/settingsstore.h"
 #include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
 #include "controls/schemebutton.h"
@@ -149,6 +150,8 @@ TEST_F(CommandsTest, ARecordingStartedFromTheListIsCompleteWhenTheListCloses)
     ASSERT_TRUE(server.start());
     server.songs = {{"Artist - Song", 1000}};
     writeCatalogue(u"Loop|Test|128|mp3|Rock|.\\%STATION%_rec.mp3|False|3|||"_s + server.url() + u"|i\r\n"_s);
+    // Without tags the file begins with the station's bytes.
+    SettingsStore::saveBoolean(SettingsStore::WriteTags, false);
     QDir().mkpath(AppPaths::recordingsFolder());
     ASSERT_NO_FATAL_FAILURE(open());
     grid->GotoCell(0, 1);
