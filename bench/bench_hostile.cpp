@@ -12,9 +12,9 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QFileInfo>
 
 #include <benchmark/benchmark.h>
 
@@ -58,8 +58,8 @@ void BM_HostileStation(benchmark::State &state)
         state.SkipWithError("icyserve did not start (it is built with the tests)");
         return;
     }
-    const QString url = QStringLiteral("http://127.0.0.1:") + QString::fromLatin1(server.readLine().trimmed()) +
-                        QString::fromLatin1(station.path);
+    const QString url = QStringLiteral("http://127.0.0.1:") +
+                        QString::fromLatin1(server.readLine().trimmed()) + QString::fromLatin1(station.path);
     for (auto _ : state) {
         // A copy of the program in a profile of its own: a first start takes over
         // the installed station list, which must not be the build tree's.

@@ -19,7 +19,8 @@ public:
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override
     {
-        if (std::any_of(title.begin(), title.end(), [](QChar c) { return c.category() == QChar::Other_Control; }))
+        if (std::any_of(title.begin(), title.end(),
+                        [](QChar c) { return c.category() == QChar::Other_Control; }))
             std::abort();
         m_title = title;
     }

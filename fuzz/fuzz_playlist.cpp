@@ -16,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         std::abort();
     const QString usable = Playlist::usableAddress(address);
     const QString problem = Playlist::streamAddressProblem(usable);
-    if (problem.isEmpty() && std::any_of(usable.begin(), usable.end(), [](QChar c) { return c.unicode() < 32; }))
+    if (problem.isEmpty() &&
+        std::any_of(usable.begin(), usable.end(), [](QChar c) { return c.unicode() < 32; }))
         std::abort();
     return 0;
 }

@@ -109,7 +109,8 @@ QString keepDamagedCopy(const QString &path)
         QFile existing(copy);
         if (!existing.exists())
             return QFile::copy(path, copy) ? copy : QString();
-        if (existing.open(QIODevice::ReadOnly) && existing.size() == bytes.size() && existing.readAll() == bytes)
+        if (existing.open(QIODevice::ReadOnly) && existing.size() == bytes.size() &&
+            existing.readAll() == bytes)
             return copy;
     }
     return {};
@@ -174,13 +175,14 @@ void Catalogue::load(Prompt &prompt, const QString &appTitle)
     QStringList lines = {damagedMessage(), QString(), problem};
     if (exists) {
         const QString copy = keepDamagedCopy(path);
-        lines.append(copy.isEmpty() ? tr("No copy of the damaged file could be made.")
-                                    : tr("The damaged file is kept as %1.").arg(QDir::toNativeSeparators(copy)));
+        lines.append(copy.isEmpty()
+                         ? tr("No copy of the damaged file could be made.")
+                         : tr("The damaged file is kept as %1.").arg(QDir::toNativeSeparators(copy)));
     }
     const QString backup = path + QStringLiteral(".bck");
-    lines.append(QFileInfo::exists(backup)
-                     ? tr("The list as it was before the last save is kept in %1.").arg(QDir::toNativeSeparators(backup))
-                     : tr("There is no backup of an earlier list."));
+    lines.append(QFileInfo::exists(backup) ? tr("The list as it was before the last save is kept in %1.")
+                                                 .arg(QDir::toNativeSeparators(backup))
+                                           : tr("There is no backup of an earlier list."));
     prompt.message(lines.join(u'\n'), appTitle, Prompt::Icon::Information);
 }
 

@@ -114,9 +114,12 @@ QString streamAddressProblem(const QString &address)
                                                "icyx:// addresses name a stream, not %2://.")
                 .arg(address, name);
     }
-    if (std::any_of(address.begin(), address.end(), [](QChar c) { return c.category() == QChar::Other_Control; }))
-        return QCoreApplication::translate("Playlist", "\"%1\" is not a stream address: it holds a control character.")
-            .arg(QString(address).replace(QRegularExpression(QStringLiteral("\\p{Cc}")), QStringLiteral("?")));
+    if (std::any_of(address.begin(), address.end(),
+                    [](QChar c) { return c.category() == QChar::Other_Control; }))
+        return QCoreApplication::translate("Playlist",
+                                           "\"%1\" is not a stream address: it holds a control character.")
+            .arg(
+                QString(address).replace(QRegularExpression(QStringLiteral("\\p{Cc}")), QStringLiteral("?")));
     return {};
 }
 

@@ -162,7 +162,8 @@ void IcyStream::headerStep()
     if (end < 0) {
         m_searched = buffer.size();
         if (buffer.size() > MaxHeader)
-            refuseHeader(QCoreApplication::translate("IcyStream", "The station's answer did not end within 64 KB."));
+            refuseHeader(
+                QCoreApplication::translate("IcyStream", "The station's answer did not end within 64 KB."));
         return;
     }
     const qsizetype length = end + HeaderEnd.size();
@@ -209,7 +210,8 @@ QString IcyStream::intervalProblem(QStringView value)
     if (metaIntervalFrom(value))
         return {};
     return QCoreApplication::translate(
-               "IcyStream", "The station's answer is bad: its metadata interval \"%1\" is not a number from 1 to %2.")
+               "IcyStream",
+               "The station's answer is bad: its metadata interval \"%1\" is not a number from 1 to %2.")
         .arg(value)
         .arg(MaxMetaInterval);
 }

@@ -69,7 +69,7 @@ bool isBlank(char c)
 // proves nothing; until more bytes come (final: none will) it may stay open.
 Verdict judgeFirstBytes(QByteArrayView body, bool final)
 {
-    static constexpr QByteArrayView openings[] = {"<!doctype", "<html", "<head", "<body",
+    static constexpr QByteArrayView openings[] = {"<!doctype", "<html",   "<head", "<body",
                                                   "<title",    "<script", "<?xml", "<!--"};
     constexpr QByteArrayView byteOrderMark = "\xEF\xBB\xBF";
     if (!final && body.size() < byteOrderMark.size() && byteOrderMark.startsWith(body))

@@ -149,27 +149,30 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
     {
         const char *name;
         QString stationLines;
-        QString why; // a piece of the reason given; empty when not damaged
+        QString why;        // a piece of the reason given; empty when not damaged
         QString loaded;     // the stations as the writer would put them, one per line
         QString categories; // joined by commas
     } rows[] = {
         {"comments and blank lines",
-         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + good, {},
-         goodRead + u'\r', u",Cat"_s},
+         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + good,
+         {},
+         goodRead + u'\r',
+         u",Cat"_s},
         {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + good, {}, goodRead + u'\r', u",Cat"_s},
         {"eleven fields stop the load", good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + good,
          u"Line 6 has 11 fields; a station has 12."_s,
          goodRead + u"\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"_s, u",Cat"_s},
         {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + good,
-         u"Line 5: the rating \"\" is not a whole number."_s,
-         u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
+         u"Line 5: the rating \"\" is not a whole number."_s, u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
         {"a bad boolean stops the load", u"B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"_s,
          u"Line 5: the one-file-per-song field \"yes\" is neither True nor False."_s,
          u"B|G|1|mp3|C|o|False|0||||"_s, QString()},
         // TAB becomes a blank, blanks inside fields stay, only InfoUrl is trimmed (its CR stops the trim).
         {"hand-edited values",
-         u"A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"_s, {},
-         u"A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"_s, u",C"_s}};
+         u"A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"_s,
+         {},
+         u"A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"_s,
+         u",C"_s}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         catalogue = Catalogue();
@@ -185,11 +188,13 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
 TEST_F(CatalogueFile, ADamagedFileIsKeptAsideAndTheMessageSaysWhereEachListIs)
 {
     const QString native = QDir::toNativeSeparators(path());
-    const QByteArray damaged = TempProfile::utf16File(u"2.1\r\n|\r\n"_s + good + u"B|G|1\r\nC|G|1|mp3|C|o|x|1||i|u|w\r\n"_s);
+    const QByteArray damaged =
+        TempProfile::utf16File(u"2.1\r\n|\r\n"_s + good + u"B|G|1\r\nC|G|1|mp3|C|o|x|1||i|u|w\r\n"_s);
     TempProfile::writeFile(path(), damaged);
     load();
     expectDamaged(u"Line 5: the one-file-per-song field \"x\""_s);
-    EXPECT_TRUE(prompt.texts().value(0).contains(u"The damaged file is kept as "_s + native + u".damaged."_s));
+    EXPECT_TRUE(
+        prompt.texts().value(0).contains(u"The damaged file is kept as "_s + native + u".damaged."_s));
     EXPECT_TRUE(prompt.texts().value(0).contains(u"There is no backup of an earlier list."_s));
     EXPECT_EQ(TempProfile::readFile(path() + u".damaged"_s), damaged);
     // The same file again reuses its copy; another one gets a numbered copy.
@@ -204,8 +209,8 @@ TEST_F(CatalogueFile, ADamagedFileIsKeptAsideAndTheMessageSaysWhereEachListIs)
     load();
     expectDamaged(u"The file ends after its first line"_s);
     EXPECT_EQ(TempProfile::readFile(path() + u".damaged2"_s), other);
-    EXPECT_TRUE(prompt.texts().value(0).contains(u"The list as it was before the last save is kept in "_s + native +
-                                                 u".bck."_s));
+    EXPECT_TRUE(prompt.texts().value(0).contains(u"The list as it was before the last save is kept in "_s +
+                                                 native + u".bck."_s));
     // Saving what could be read keeps that backup: it is the last good list.
     catalogue.save();
     EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), previous);

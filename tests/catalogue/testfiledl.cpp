@@ -108,8 +108,8 @@ TEST_F(FileDLTest, ADownloadEndsAtItsSizeOrTimeLimitAndSaysWhich)
         errors.insert(args[0].toString(), args[2].toString());
     const QString tooLarge = u"The download is larger than 64 KB."_s;
     EXPECT_EQ(errors, (QHash<QString, QString>{{u"over"_s, tooLarge},
-                                                {u"endless"_s, tooLarge},
-                                                {u"silent"_s, u"The download did not finish within 1 s."_s}}));
+                                               {u"endless"_s, tooLarge},
+                                               {u"silent"_s, u"The download did not finish within 1 s."_s}}));
 }
 
 } // namespace

@@ -132,7 +132,9 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
                 {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"},
                 // Control characters go; tabs and line breaks become blanks.
                 {"StreamTitle='Artist\tName - Song';", "Artist Name - Song", ""},
-                {"StreamTitle='\x1b[1m\x01" "Bold\x7f\r\n';", "[1mBold", ""}};
+                {"StreamTitle='\x1b[1m\x01"
+                 "Bold\x7f\r\n';",
+                 "[1mBold", ""}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
         host.title.clear();
@@ -262,7 +264,11 @@ TEST_F(IcyStreamTest, BlocksThatNeverComeBackGiveTheTitlesUpAndTheRestIsRecorded
 TEST_F(IcyStreamTest, AStationAtFullSpeedWithControlCharactersInItsTitlesKeepsItsPlaceAndItsMemoryBound)
 {
     IcyServer station;
-    station.songs = {{"Artist\tName - Song", 1}, {"Clean - Title", 1}, {"\x01" "Ctrl\x1b - Esc", 1}};
+    station.songs = {{"Artist\tName - Song", 1},
+                     {"Clean - Title", 1},
+                     {"\x01"
+                      "Ctrl\x1b - Esc",
+                      1}};
     station.repeat = true;
     station.flood = true;
     station.keepSent = false;
@@ -371,7 +377,8 @@ TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
 
 TEST_F(IcyStreamTest, AnIntervalThatIsNotANumberFromOneToOneMegabyteIsABadHeader)
 {
-    for (const QByteArray interval : {"-5", "0", "abc", "8000x", "1048577", "2147483648", "", "1048576", "1"}) {
+    for (const QByteArray interval :
+         {"-5", "0", "abc", "8000x", "1048577", "2147483648", "", "1048576", "1"}) {
         SCOPED_TRACE(interval.toStdString());
         const bool good = interval == "1048576" || interval == "1";
         const QByteArray answer = "ICY 200 OK\r\nicy-metaint: " + interval + " \r\nicy-br:99999\r\n\r\n";

@@ -46,7 +46,8 @@ int main(int argc, char *argv[])
     server.keepSent = false;
     server.flood = mode == u"flood" || mode == u"flood-controls";
     if (mode == u"flood-controls")
-        server.songs = {{"Artist\tName - Song", intervals}, {"Clean - Song", intervals}, {"\x01\x1b - Esc", intervals}};
+        server.songs = {
+            {"Artist\tName - Song", intervals}, {"Clean - Song", intervals}, {"\x01\x1b - Esc", intervals}};
     if (mode == u"endless-header")
         server.fault = IcyServer::Fault::EndlessHeader;
     if (mode == u"slow-header")

@@ -190,7 +190,8 @@ void IcyServer::onReadyRead(Client &client)
     if (fault == Fault::EndlessHeader) {
         client.socket->write("ICY 200 OK\r\n");
     } else {
-        const QByteArray value = announcedInterval.isEmpty() ? QByteArray::number(metaInt) : announcedInterval;
+        const QByteArray value =
+            announcedInterval.isEmpty() ? QByteArray::number(metaInt) : announcedInterval;
         const QByteArray interval = announceInterval ? "icy-metaint:" + value + "\r\n" : QByteArray();
         if (fault == Fault::SlowHeader)
             client.slowHeader = header + interval + "\r\n";

@@ -10,9 +10,7 @@ qint64 heapInUse()
     return qint64(info.uordblks + info.hblkhd);
 }
 
-HeapPeak::HeapPeak() : m_base(heapInUse()), m_peak(m_base)
-{
-}
+HeapPeak::HeapPeak() : m_base(heapInUse()), m_peak(m_base) {}
 
 qint64 HeapPeak::sample()
 {
