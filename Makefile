@@ -3,7 +3,7 @@ BUILD ?= build
 JOBS ?= 2
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: setup configure build run test bench fuzz package clean
+.PHONY: setup configure build run test bench fuzz fuzz-build fuzz-long package clean
 
 setup:
 	@bash scripts/setup.sh
@@ -27,11 +27,18 @@ package: build
 bench: build
 	@bash scripts/bench.sh $(BUILD)
 
-fuzz: setup
+fuzz-build: setup
 	cmake -S . -B $(BUILD)-fuzz -DCMAKE_CXX_COMPILER=clang++ -DTUNECATCH_FUZZ=ON \
 	    -DTUNECATCH_BUILD_TESTS=OFF -DTUNECATCH_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BUILD)-fuzz -j$(JOBS)
+
+# A short run of every fuzz target.
+fuzz: fuzz-build
 	@bash scripts/fuzz.sh $(BUILD)-fuzz
+
+# Ten minutes per target; what reached new code is kept in fuzz/corpus.
+fuzz-long: fuzz-build
+	@FUZZ_SECONDS=600 FUZZ_KEEP=1 bash scripts/fuzz.sh $(BUILD)-fuzz
 
 clean:
 	rm -rf $(BUILD) $(BUILD)-fuzz

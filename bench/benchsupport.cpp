@@ -21,7 +21,12 @@ QString QuietPrompt::chooseOpenFile(const QString &, const QString &, const QStr
 
 double processMegabytes(const char *field)
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    return processMegabytes(field, 0);
+}
+
+double processMegabytes(const char *field, qint64 pid)
+{
+    QFile status(pid > 0 ? QStringLiteral("/proc/%1/status").arg(pid) : QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     const QByteArray name(field);

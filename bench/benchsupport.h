@@ -24,6 +24,8 @@ private:
 // A figure of this process from the kernel's own account ("VmRSS:" resident,
 // "VmHWM:" peak resident), in MB; 0 where there is no such account.
 double processMegabytes(const char *field);
+// The same figure of another process of this user.
+double processMegabytes(const char *field, qint64 pid);
 
 // CPU time this process has used, user and system, in seconds.
 double processCpuSeconds();

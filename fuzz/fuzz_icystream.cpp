@@ -2,9 +2,12 @@
 // metadata interval of a ready-made header (255: the input brings its own
 // header); the rest is a series of packets, each a size byte and its bytes,
 // so packet boundaries fall everywhere. Size 0 is an event without data.
+// Titles never carry control characters, and nothing is held beyond what was
+// received or past the backlog bound.
 #include "recorder/icystream.h"
 #include "recorder/icystreamhost.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -14,7 +17,13 @@ class NullHost : public IcyStreamHost
 {
 public:
     QString shownTitle() const override { return m_title; }
-    void showTitle(const QString &title) override { m_title = title; }
+    void showTitle(const QString &title) override
+    {
+        if (std::any_of(title.begin(), title.end(),
+                        [](QChar c) { return c.category() == QChar::Other_Control; }))
+            std::abort();
+        m_title = title;
+    }
     void showStreamText(const QString &) override {}
     void showGenre(const QString &) override {}
     void setHyperlinkA(const QString &) override {}
@@ -56,7 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         fed += qsizetype(length);
         at += 1 + length;
         // Nothing is held beyond what was received.
-        if (icy.receiveBufferLength() > fed)
+        if (icy.receiveBufferLength() > fed || icy.receiveBufferLength() > IcyStream::BacklogLimit + 256)
+            std::abort();
+        if (!icy.failure().isEmpty() && icy.receiveBufferLength() != 0)
             std::abort();
     }
     icy.flushRest();

@@ -1,6 +1,7 @@
 #include "base/unicodefile.h"
 
 #include "base/apperror.h"
+#include "base/diskwrite.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -42,17 +43,18 @@ void writeBytes(const QString &path, const QByteArray &buffer, bool writeBom)
         QFile::remove(path);
 
     QFile file(path);
-    if (readOnly || !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    // Unbuffered: the failing write itself says why, not a flush that forgets it.
+    if (readOnly || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         throw AppError::pathFileAccess(path);
-    bool written = true;
-    if (writeBom)
-        written = file.write("\xFF\xFE", 2) == 2;
-    written = written && file.write(buffer) == buffer.size();
-    written = file.flush() && written;
+    const QByteArrayView bom = writeBom ? QByteArrayView("\xFF\xFE") : QByteArrayView();
+    const bool written =
+        DiskWrite::writeAll(file, bom) == bom.size() && DiskWrite::writeAll(file, buffer) == buffer.size();
+    QString why = written ? QString() : DiskWrite::why(file);
     file.close();
+    if (written && file.error() != QFileDevice::NoError)
+        why = DiskWrite::why(file);
     if (!written || file.error() != QFileDevice::NoError)
-        throw AppError(AppError::PathFileAccess,
-                       AppError::tr("Could not write %1: %2").arg(path, file.errorString()));
+        throw AppError(AppError::PathFileAccess, AppError::tr("Could not write %1: %2").arg(path, why));
 }
 
 bool readText(const QString &path, QString &text)

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 #include <algorithm>
@@ -95,6 +96,26 @@ QString nameFromTitleLine(const QString &line)
     return StationNames::cleanName(title);
 }
 
+// A copy of a damaged file beside it: "<file>.damaged", then ".damaged2" and
+// on, reusing one that holds the same bytes. Empty when none could be made.
+QString keepDamagedCopy(const QString &path)
+{
+    QFile damaged(path);
+    if (!damaged.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = damaged.readAll();
+    for (int n = 1; n <= 99; ++n) {
+        const QString copy = path + QStringLiteral(".damaged") + (n > 1 ? QString::number(n) : QString());
+        QFile existing(copy);
+        if (!existing.exists())
+            return QFile::copy(path, copy) ? copy : QString();
+        if (existing.open(QIODevice::ReadOnly) && existing.size() == bytes.size() &&
+            existing.readAll() == bytes)
+            return copy;
+    }
+    return {};
+}
+
 } // namespace
 
 CategoryList::CategoryList()
@@ -114,7 +135,7 @@ bool CategoryList::add(const QString &category)
 
 QString Catalogue::damagedMessage()
 {
-    return QCoreApplication::translate("Catalogue", "Station file appears damaged.. attempting to recover");
+    return tr("Station file appears damaged.. attempting to recover");
 }
 
 Catalogue::Catalogue() : m_stations(1) {}
@@ -137,70 +158,102 @@ void Catalogue::removeAll()
 
 void Catalogue::load(Prompt &prompt, const QString &appTitle)
 {
-    // A fresh array rather than a cleared one: the old capacity is given back
-    // before the file is read.
-    m_stations = std::vector<Station>(1);
-    categories = CategoryList();
-
+    const QString path = cataloguePath();
     QString text;
     {
         QByteArray bytes;
-        ModUnicodeFile::readBytes(cataloguePath(), bytes, true);
+        ModUnicodeFile::readBytes(path, bytes, true);
         text = fromUtf16Le(bytes);
     } // the bytes go before parsing, so that a large file is not held twice
+    QString problem = read(text);
+    m_loadedDamaged = !problem.isEmpty();
+    if (!m_loadedDamaged)
+        return;
+    const bool exists = QFileInfo::exists(path);
+    if (!exists)
+        problem = tr("The file %1 does not exist.").arg(QDir::toNativeSeparators(path));
+    QStringList lines = {damagedMessage(), QString(), problem};
+    if (exists) {
+        const QString copy = keepDamagedCopy(path);
+        lines.append(copy.isEmpty()
+                         ? tr("No copy of the damaged file could be made.")
+                         : tr("The damaged file is kept as %1.").arg(QDir::toNativeSeparators(copy)));
+    }
+    const QString backup = path + QStringLiteral(".bck");
+    lines.append(QFileInfo::exists(backup) ? tr("The list as it was before the last save is kept in %1.")
+                                                 .arg(QDir::toNativeSeparators(backup))
+                                           : tr("There is no backup of an earlier list."));
+    prompt.message(lines.join(u'\n'), appTitle, Prompt::Icon::Information);
+}
+
+QString Catalogue::read(const QString &text)
+{
+    // A fresh array rather than a cleared one: the old capacity is given back
+    // before the text is read.
+    m_stations = std::vector<Station>(1);
+    categories = CategoryList();
+
     // Lines and fields are views into text; only the stored fields are copied.
     QList<QStringView> lines;
     if (!text.isEmpty())
         splitInto(lines, text, crLf);
     m_stations.reserve(static_cast<std::size_t>(std::max<qsizetype>(lines.size() - 1, 1)));
+    if (lines.isEmpty())
+        return tr("The file is empty.");
+    version = lines.at(0).toString();
+    if (lines.size() < 2)
+        return tr("The file ends after its first line: the separator line is missing.");
+    separator = lines.at(1).toString();
+
     QList<QStringView> f;
-    try {
-        if (lines.isEmpty())
-            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
-        version = lines.at(0).toString();
-        if (lines.size() < 2)
-            throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
-        separator = lines.at(1).toString();
-
-        for (qsizetype i = 2; i < lines.size(); ++i) {
-            QStringView line = lines.at(i);
-            QString untabbed;
-            if (line.contains(u'\t')) {
-                untabbed = line.toString().replace(u'\t', u' ');
-                line = untabbed;
-            }
-            const QStringView trimmed = StationNames::trimBlanks(line);
-            if (trimmed.isEmpty() || trimmed.startsWith(u'#'))
-                continue;
-            splitInto(f, line, separator);
-            if (f.size() < 11)
-                continue;
-
-            // The record is counted before it is filled: a failure below
-            // leaves it partly filled, as the recovery keeps it.
-            m_stations.emplace_back();
-            const Station &previous = m_stations[m_stations.size() - 2];
-            Station &s = m_stations.back();
-            s.Name = f[0].toString();
-            s.Genre = sharedWith(previous.Genre, f[1]);
-            s.BitRate = sharedWith(previous.BitRate, f[2]);
-            s.Format = sharedWith(previous.Format, f[3]);
-            s.Category = sharedWith(previous.Category, f[4]);
-            s.OutputFile = sharedWith(previous.OutputFile, f[5]);
-            s.SingleSong = Convert::toBoolean(f[6]);
-            s.Rating = Convert::toInt32(f[7]);
-            s.LastDate = f[8].toString();
-            s.CallSign = f[9].toString();
-            s.StreamURL = f[10].toString();
-            if (f.size() < 12)
-                throw AppError(AppError::SubscriptOutOfRange, AppError::tr("Subscript out of range"));
-            s.InfoUrl = StationNames::trimBlanks(f[11]).toString();
-            if (s.Category != previous.Category) // an equal one went in with the line before
-                categories.add(s.Category);
+    for (qsizetype i = 2; i < lines.size(); ++i) {
+        QStringView line = lines.at(i);
+        QString untabbed;
+        if (line.contains(u'\t')) {
+            untabbed = line.toString().replace(u'\t', u' ');
+            line = untabbed;
         }
-    } catch (const AppError &) {
-        prompt.message(damagedMessage(), appTitle, Prompt::Icon::Information);
+        const QStringView trimmed = StationNames::trimBlanks(line);
+        if (trimmed.isEmpty() || trimmed.startsWith(u'#'))
+            continue;
+        splitInto(f, line, separator);
+        if (f.size() < 11)
+            continue;
+
+        // The record is counted before it is filled: a failure below
+        // leaves it partly filled, as the recovery keeps it.
+        m_stations.emplace_back();
+        const Station &previous = m_stations[m_stations.size() - 2];
+        Station &s = m_stations.back();
+        const qsizetype number = i + 1;
+        s.Name = f[0].toString();
+        s.Genre = sharedWith(previous.Genre, f[1]);
+        s.BitRate = sharedWith(previous.BitRate, f[2]);
+        s.Format = sharedWith(previous.Format, f[3]);
+        s.Category = sharedWith(previous.Category, f[4]);
+        s.OutputFile = sharedWith(previous.OutputFile, f[5]);
+        try {
+            s.SingleSong = Convert::toBoolean(f[6]);
+        } catch (const AppError &) {
+            return tr("Line %1: the one-file-per-song field \"%2\" is neither True nor False.")
+                .arg(number)
+                .arg(f[6]);
+        }
+        try {
+            s.Rating = Convert::toInt32(f[7]);
+        } catch (const AppError &) {
+            return tr("Line %1: the rating \"%2\" is not a whole number.").arg(number).arg(f[7]);
+        }
+        s.LastDate = f[8].toString();
+        s.CallSign = f[9].toString();
+        s.StreamURL = f[10].toString();
+        if (f.size() < 12)
+            return tr("Line %1 has 11 fields; a station has 12.").arg(number);
+        s.InfoUrl = StationNames::trimBlanks(f[11]).toString();
+        if (s.Category != previous.Category) // an equal one went in with the line before
+            categories.add(s.Category);
     }
+    return {};
 }
 
 QString Catalogue::stationLine(const Station &s) const
@@ -228,11 +281,14 @@ void Catalogue::save()
     }
 
     const QString path = cataloguePath();
-    const QString backup = path + QStringLiteral(".bck");
-    QFile::remove(backup);
-    QFile::copy(path, backup);
+    if (!m_loadedDamaged) {
+        const QString backup = path + QStringLiteral(".bck");
+        QFile::remove(backup);
+        QFile::copy(path, backup);
+    }
 
     ModUnicodeFile::writeBytes(path, bytes, true);
+    m_loadedDamaged = false;
     dirty = false;
 }
 

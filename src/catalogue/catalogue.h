@@ -2,6 +2,7 @@
 
 #include "catalogue/station.h"
 
+#include <QCoreApplication>
 #include <QSet>
 #include <QStringList>
 
@@ -29,9 +30,12 @@ private:
 // stations at 1 to stationCount()), its version, separator and categories.
 class Catalogue
 {
+    Q_DECLARE_TR_FUNCTIONS(Catalogue)
+
 public:
     static inline const QString defaultSeparator = QStringLiteral("\u00B1");
-    // What load tells the user when the file cannot be read whole.
+    // The first line of what load tells the user when the file cannot be
+    // read whole; below it come what was wrong and where the lists are kept.
     static QString damagedMessage();
 
     Catalogue();
@@ -40,10 +44,17 @@ public:
     static QString cataloguePath();
 
     // Reads the catalogue file. A damaged line stops the load with a message
-    // through prompt; what was read before it stays loaded.
+    // through prompt that says what was wrong; what was read before it stays
+    // loaded. The damaged file is copied aside first (".damaged", numbered
+    // when one with other contents is there), so no station in it is lost.
     void load(Prompt &prompt, const QString &appTitle);
-    // Writes the whole catalogue, keeping the previous file as ".bck". Throws
-    // AppError when the new file cannot be written; clears the changed flag.
+    // Reads the text of a catalogue file into this catalogue as load does.
+    // Returns what stopped it, empty when the whole text was read.
+    QString read(const QString &text);
+    // Writes the whole catalogue, keeping the previous file as ".bck" - unless
+    // the previous file was found damaged: its copy is aside already, and the
+    // ".bck" still holds the list before it. Throws AppError when the new file
+    // cannot be written; clears the changed flag.
     void save();
 
     int stationCount() const { return static_cast<int>(m_stations.size()) - 1; }
@@ -80,4 +91,6 @@ private:
                         const QString &bitRate);
 
     std::vector<Station> m_stations;
+    // The file last loaded was damaged: its ".bck" is the list to keep.
+    bool m_loadedDamaged = false;
 };

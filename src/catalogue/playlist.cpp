@@ -3,7 +3,11 @@
 #include "base/apperror.h"
 #include "base/conversions.h"
 
+#include <QCoreApplication>
+#include <QRegularExpression>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace Playlist {
 
@@ -96,6 +100,27 @@ QString usableAddress(const QString &chosen)
     while (end > 0 && (chosen[end - 1] == u'\r' || chosen[end - 1] == u'\n' || chosen[end - 1] == u' '))
         --end;
     return chosen.first(end);
+}
+
+QString streamAddressProblem(const QString &address)
+{
+    static const QRegularExpression scheme(QStringLiteral("^([A-Za-z][A-Za-z0-9+.-]*)://"));
+    const QRegularExpressionMatch match = scheme.match(address);
+    if (match.hasMatch()) {
+        const QString name = match.captured(1).toLower();
+        if (name != u"http" && name != u"https" && name != u"icyx")
+            return QCoreApplication::translate("Playlist",
+                                               "\"%1\" is not a stream address: only http://, https:// and "
+                                               "icyx:// addresses name a stream, not %2://.")
+                .arg(address, name);
+    }
+    if (std::any_of(address.begin(), address.end(),
+                    [](QChar c) { return c.category() == QChar::Other_Control; }))
+        return QCoreApplication::translate("Playlist",
+                                           "\"%1\" is not a stream address: it holds a control character.")
+            .arg(
+                QString(address).replace(QRegularExpression(QStringLiteral("\\p{Cc}")), QStringLiteral("?")));
+    return {};
 }
 
 } // namespace Playlist

@@ -31,4 +31,9 @@ QString chooseStreamFromPlaylist(const QString &text);
 // above keeps them, so that it reads the playlist exactly as it stands.
 QString usableAddress(const QString &chosen);
 
+// Why an address (a station's, or one a playlist names) cannot be a stream:
+// a scheme other than http://, https:// or icyx:// (file://, ftp://, ...), or
+// a control character inside it. Empty when nothing speaks against it.
+QString streamAddressProblem(const QString &address);
+
 } // namespace Playlist

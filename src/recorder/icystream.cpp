@@ -62,6 +62,8 @@ void IcyStream::reset()
     m_lastText.clear();
     m_lastValid = true;
     m_failure.clear();
+    m_titlesGivenUp = false;
+    m_sinceAccepted = 0;
     m_metaBlocks = 0;
     m_bytesTotal = 0;
     m_resyncState = 0;
@@ -93,7 +95,8 @@ void IcyStream::onData(QByteArrayView packet)
             return;
         }
         metadataStep();
-        // A sender faster than one interval per event must not fill memory.
+        // A sender faster than one interval per event must not fill memory,
+        // whether the position is known or lost.
         if (receiveBufferLength() > BacklogLimit) {
             while (metadataStep()) {
             }
@@ -141,6 +144,7 @@ void IcyStream::consume(qsizetype n)
 {
     m_offset += n;
     m_searched = std::max<qsizetype>(0, m_searched - n);
+    m_sinceAccepted += n;
 }
 
 void IcyStream::discard(qsizetype n)
@@ -157,6 +161,9 @@ void IcyStream::headerStep()
     const qsizetype end = buffer.indexOf(HeaderEnd, std::max<qsizetype>(0, m_searched - (HeaderEnd.size() - 1)));
     if (end < 0) {
         m_searched = buffer.size();
+        if (buffer.size() > MaxHeader)
+            refuseHeader(
+                QCoreApplication::translate("IcyStream", "The station's answer did not end within 64 KB."));
         return;
     }
     const qsizetype length = end + HeaderEnd.size();
@@ -165,19 +172,65 @@ void IcyStream::headerStep()
     m_headerText = m_lastText;
     consume(length);
     m_searched = 0;
-    // Each answer says for itself whether it has an interval.
+    // Each answer says for itself whether it has an interval and titles.
     m_metaInterval = 0;
+    m_badInterval.reset();
+    m_titlesGivenUp = false;
+    m_sinceAccepted = 0;
     ParseResponseText();
     m_headerDone = true;
-    if (m_metaInterval < 0 || m_metaInterval > MaxMetaInterval) {
-        m_failure = QCoreApplication::translate(
-                        "IcyStream", "The station's metadata interval (%1 bytes) cannot be recorded.")
-                        .arg(m_metaInterval);
-        m_buffer.clear();
-        m_offset = 0;
+    if (m_badInterval) {
+        refuseHeader(intervalProblem(*m_badInterval));
     } else if (m_metaInterval == 0) {
         recordWithoutTitles();
     }
+}
+
+void IcyStream::refuseHeader(const QString &reason)
+{
+    m_failure = reason;
+    m_buffer = QByteArray();
+    m_offset = 0;
+    m_searched = 0;
+}
+
+std::optional<qint32> IcyStream::metaIntervalFrom(QStringView value)
+{
+    if (value.isEmpty() || value.size() > 10 ||
+        !std::all_of(value.begin(), value.end(), [](QChar c) { return c >= u'0' && c <= u'9'; }))
+        return std::nullopt;
+    const qint64 interval = value.toLongLong();
+    if (interval < 1 || interval > MaxMetaInterval)
+        return std::nullopt;
+    return static_cast<qint32>(interval);
+}
+
+QString IcyStream::intervalProblem(QStringView value)
+{
+    if (metaIntervalFrom(value))
+        return {};
+    return QCoreApplication::translate(
+               "IcyStream",
+               "The station's answer is bad: its metadata interval \"%1\" is not a number from 1 to %2.")
+        .arg(value)
+        .arg(MaxMetaInterval);
+}
+
+QString IcyStream::headerProblem(QByteArrayView header)
+{
+    QString problem;
+    // The last line counts, as in ParseResponseText.
+    for (const QString &line : decodeText(header).split(QStringLiteral("\r\n"))) {
+        if (line.startsWith(u"icy-metaint:"))
+            problem = intervalProblem(headerValue(line, u"icy-metaint:"));
+    }
+    return problem;
+}
+
+QString IcyStream::titlesGivenUpText()
+{
+    return QCoreApplication::translate("IcyStream",
+                                       "The station's titles cannot be read: recording without titles.");
 }
 
 bool IcyStream::ParseResponseText()
@@ -200,7 +253,8 @@ bool IcyStream::ParseResponseText()
                     throw AppError::overflow();
                 m_bitrate = static_cast<qint16>(bitrate);
             } else if (line.startsWith(u"icy-name:")) {
-                const QString name = headerValue(line, u"icy-name:");
+                const QString name = StationNames::trimBlanks(
+                    StationNames::withoutControlChars(headerValue(line, u"icy-name:")));
                 // A header-like line arriving as metadata names the song.
                 if (m_headerDone)
                     titleChanged = applyTitle(name) || titleChanged;
@@ -208,8 +262,15 @@ bool IcyStream::ParseResponseText()
                     m_host.showStreamText(name);
             } else if (line.startsWith(u"icy-genre:")) {
                 m_host.showGenre(headerValue(line, u"icy-genre:"));
-            } else if (line.startsWith(u"icy-metaint:")) {
-                m_metaInterval = Convert::leadingInt32(headerValue(line, u"icy-metaint:"));
+            } else if (line.startsWith(u"icy-metaint:") && !m_headerDone) {
+                // Only the answer's header sets the interval: a block cannot move its own position.
+                const QString value = headerValue(line, u"icy-metaint:");
+                const std::optional<qint32> interval = metaIntervalFrom(value);
+                m_metaInterval = interval.value_or(0);
+                if (!interval)
+                    m_badInterval = value;
+                else
+                    m_badInterval.reset();
             }
         } catch (const AppError &) {
         }
@@ -229,7 +290,7 @@ bool IcyStream::ParseMetadata()
         const QString key = parts[0].toLower();
         QString value = parts[1];
         value.remove(u'\'');
-        value = StationNames::trimBlanks(value);
+        value = StationNames::trimBlanks(StationNames::withoutControlChars(value));
         if (key == u"streamtitle")
             titleChanged = applyTitle(value) || titleChanged;
         else if (key == u"streamurl")
@@ -289,9 +350,6 @@ bool IcyStream::isWellFormed(QByteArrayView block)
             close = text.indexOf("';", close + 1);
         if (close < 0)
             return false;
-        const QByteArrayView value = text.sliced(key + 2, close - key - 2);
-        if (std::any_of(value.begin(), value.end(), [](char c) { return static_cast<uchar>(c) < 32; }))
-            return false;
         at = close + 2;
     } while (at < text.size());
     return true;
@@ -345,14 +403,21 @@ void IcyStream::writeInterval(QByteArrayView audio, bool titleChanged)
 bool IcyStream::metadataStep()
 {
     const qint32 m = m_metaInterval;
-    if (m == 0) {
+    if (m != 0 && !m_titlesGivenUp && m_resyncState == ResyncLost) {
+        // Two intervals and a block of the longest kind must fit in before giving up.
+        const qsizetype giveUpAfter = std::max(TitleGiveUp, 2 * (qsizetype(m) + 1) + 4080);
+        const qsizetype before = receiveBufferLength();
+        if (m_sinceAccepted < giveUpAfter && !resync(m) && m_sinceAccepted < giveUpAfter)
+            return receiveBufferLength() != before;
+        if (m_resyncState == ResyncLost)
+            giveUpTitles();
+    }
+    if (m == 0 || m_titlesGivenUp) {
         const QByteArrayView audio = ReceiveBuffer();
         writeInterval(audio, false);
         consume(audio.size());
         return !audio.isEmpty();
     }
-    if (m_resyncState == ResyncLost && !resync(m))
-        return false;
 
     const QByteArrayView buffer = ReceiveBuffer();
     if (buffer.size() <= m)
@@ -363,6 +428,7 @@ bool IcyStream::metadataStep()
         recordWithoutTitles();
         writeInterval(audio, false);
         consume(qsizetype(m) + 1);
+        m_sinceAccepted = 0;
         return true;
     }
     // Deliberately m + L, not m + 1 + L: a block missing only its last byte is
@@ -375,7 +441,7 @@ bool IcyStream::metadataStep()
         m_resyncState = ResyncLost;
         m_searchFrom = qsizetype(m) + 2;
         m_rejectedEnd = qsizetype(m) + 1 + blockLength;
-        return false;
+        return true;
     }
     m_lastValid = true;
     m_lastText = decodeText(block);
@@ -384,6 +450,15 @@ bool IcyStream::metadataStep()
         recordWithoutTitles();
     writeInterval(audio, titleChanged);
     consume(std::min(qsizetype(m) + 1 + blockLength, buffer.size()));
+    m_sinceAccepted = 0;
     ++m_metaBlocks;
     return true;
+}
+
+void IcyStream::giveUpTitles()
+{
+    m_titlesGivenUp = true;
+    m_resyncState = 0;
+    m_host.showStreamText(titlesGivenUpText());
+    recordWithoutTitles();
 }

@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
+#include <QStringView>
+
+#include <optional>
 
 class IcyStreamHost;
 
@@ -16,10 +19,12 @@ class IcyStreamHost;
 // buffer. Header and metadata text is decoded as UTF-8 when it is valid UTF-8,
 // else as Latin-1; lengths and positions are byte counts either way.
 //
-// Memory stays bounded whatever a station sends: a backlog of more than
-// BacklogLimit bytes is worked off within one event, an interval may be at
+// Memory stays bounded whatever a station sends: a header may be at most
+// MaxHeader bytes, a backlog of more than BacklogLimit bytes is worked off
+// within one event (also while the position is lost), an interval may be at
 // most MaxMetaInterval bytes, and while the position is lost only the bytes a
-// coming block could still need are kept.
+// coming block could still need are kept. A station whose blocks cannot be
+// found again is recorded as plain audio rather than not at all.
 class IcyStream
 {
 public:
@@ -27,6 +32,10 @@ public:
     static constexpr quint16 ResyncLost = 65535;
     static constexpr qsizetype BacklogLimit = 1024 * 1024;
     static constexpr qint32 MaxMetaInterval = 1024 * 1024;
+    static constexpr qsizetype MaxHeader = 64 * 1024;
+    // While lost, no block accepted for this many bytes (and at least two
+    // intervals and a block) gives the titles up.
+    static constexpr qsizetype TitleGiveUp = 64 * 1024;
 
     explicit IcyStream(IcyStreamHost &host);
     IcyStream(const IcyStream &) = delete;
@@ -34,7 +43,8 @@ public:
 
     // What a new recording starts from: HeaderDone false, LastText, MetaBlocks,
     // BytesTotal, ReceiveBuffer, ResyncState, Bitrate, failure and the
-    // statistics cleared. MetaInterval, HeaderText and StationUrl keep their values.
+    // statistics cleared, titles no longer given up. MetaInterval, HeaderText
+    // and StationUrl keep their values.
     void reset();
 
     // One socket read: appends the packet, updates the statistics and runs one
@@ -46,7 +56,9 @@ public:
     // A header without "icy-metaint:" makes the rest plain audio, written as it
     // comes. A station that names no song (its blocks are empty or carry no
     // title, or it has no interval) is recorded into one continuous file from
-    // the first audio byte, unless a song scan waits for a title.
+    // the first audio byte, unless a song scan waits for a title. So is one
+    // whose position stays lost for TitleGiveUp bytes: the rest is written as
+    // it comes, and the station's label says why (titlesGivenUp).
     void onData(QByteArrayView packet);
 
     // End of a recording: complete intervals still waiting are parsed as
@@ -59,10 +71,23 @@ public:
     // The counters and the title shown stay, so the recording goes on.
     void interrupt();
 
-    // Why the stream cannot be recorded (a metadata interval that is negative
-    // or larger than MaxMetaInterval); empty while it can. Once set, data is
-    // ignored until reset.
+    // Why the stream cannot be recorded (a bad header: an "icy-metaint:" that
+    // is not a number from 1 to MaxMetaInterval, or a header longer than
+    // MaxHeader); empty while it can. Once set, data is ignored until reset.
     const QString &failure() const { return m_failure; }
+    // Whether the titles were given up and the stream is written as it comes.
+    bool titlesGivenUp() const { return m_titlesGivenUp; }
+    // What the station's label shows once the titles are given up.
+    static QString titlesGivenUpText();
+
+    // The interval an "icy-metaint:" value names: decimal digits only, from 1
+    // to MaxMetaInterval. Nothing for anything else.
+    static std::optional<qint32> metaIntervalFrom(QStringView value);
+    // Why such a value cannot be recorded; empty when it can.
+    static QString intervalProblem(QStringView value);
+    // Why an answer's header cannot be recorded, read as the header step
+    // reads it; empty when it can.
+    static QString headerProblem(QByteArrayView header);
 
     // Parses LastText as header lines, or as metadata when it has no CR LF.
     // Returns whether the title changed.
@@ -76,7 +101,7 @@ public:
     // well formed.
     static bool IsCleanText(QByteArrayView block);
     // True for one or more "key='value';" pairs and nothing after them but zero
-    // padding; keys are letters, digits and "_", values any bytes from 32 up.
+    // padding; keys are letters, digits and "_", values any bytes at all.
     static bool isWellFormed(QByteArrayView block);
     // UTF-8 when the bytes are valid UTF-8, else Latin-1.
     static QString decodeText(QByteArrayView bytes);
@@ -111,9 +136,13 @@ public:
 private:
     void updateStatistics(qsizetype packetLength);
     void headerStep();
+    // One step of the stream after the header; true when it consumed or
+    // dropped bytes or changed state, so that a caller may take another.
     bool metadataStep();
     bool resync(qint32 m);
+    void giveUpTitles();
     bool applyTitle(const QString &value);
+    void refuseHeader(const QString &reason);
     void recordWithoutTitles();
     void consume(qsizetype n);
     void discard(qsizetype n);
@@ -129,6 +158,9 @@ private:
     // rejected block ended (intervals are taken back only after it).
     qsizetype m_searchFrom = 0;
     qsizetype m_rejectedEnd = 0;
+    // Bytes taken or dropped since a block was last accepted.
+    qsizetype m_sinceAccepted = 0;
+    bool m_titlesGivenUp = false;
 
     bool m_headerDone = false;
     QString m_lastText;
@@ -136,6 +168,8 @@ private:
     QString m_headerText;
     QString m_failure;
     qint32 m_metaInterval = 0;
+    // The "icy-metaint:" value of the header being read when it is no interval.
+    std::optional<QString> m_badInterval;
     qint32 m_metaBlocks = 0;
     double m_bytesTotal = 0;
     quint16 m_resyncState = 0;

@@ -37,7 +37,7 @@ QString BuildFileName(const QString &templ, const QString &station, const QDateT
         if (marker >= 0)
             name.replace(marker, 2, recordingsFolder);
     }
-    name.replace(QStringLiteral("%STATION%"), station);
+    name.replace(QStringLiteral("%STATION%"), StationNames::fileNamePart(station, 60));
     name.replace(QStringLiteral("%DATE%"), now.toString(QStringLiteral("yyyy-MM-dd")));
     name.replace(QStringLiteral("%TIME%"), now.toString(QStringLiteral("HH-mm")));
     return name;

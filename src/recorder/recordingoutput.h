@@ -20,9 +20,10 @@
 
 // Expands a file-name template: a leading ".\" (and, off Windows, "./") goes
 // into the recordings folder, which is created; every "%STATION%" becomes the
-// station name as it stands, "%DATE%" the date "yyyy-MM-dd", "%TIME%" the time
-// "HH-mm" (case-sensitive). "%SONG%" is left in place. A template that does not
-// begin with "." is used as it stands.
+// station name cleaned as a title is (StationNames::fileNamePart, 60
+// characters), so that no name reaches another folder; "%DATE%" the date
+// "yyyy-MM-dd", "%TIME%" the time "HH-mm" (case-sensitive). "%SONG%" is left
+// in place. A template that does not begin with "." is used as it stands.
 QString BuildFileName(const QString &templ, const QString &station, const QDateTime &now,
                       const QString &recordingsFolder);
 

@@ -2,6 +2,7 @@
 
 #include "base/apperror.h"
 #include "base/conversions.h"
+#include "catalogue/playlist.h"
 
 namespace {
 
@@ -31,6 +32,8 @@ QString StreamAddress::url() const
 
 StreamAddress ParseAddress(const QString &address)
 {
+    if (const QString problem = Playlist::streamAddressProblem(address); !problem.isEmpty())
+        throw AppError(AppError::InvalidArgument, problem);
     StreamAddress result;
     QString work = address;
     if (address.contains(u"icyx://", Qt::CaseInsensitive)) {

@@ -28,7 +28,10 @@ struct StreamAddress
 // - without ":" the port is 80 and the host ends before the first "/"; an
 //   address with neither port nor "/" throws AppError::InvalidArgument, which
 //   ends the start attempt (the address is not mended);
-// - the path is "/" or everything from that "/" to the end.
+// - the path is "/" or everything from that "/" to the end;
+// - an address that cannot be a stream at all (Playlist::streamAddressProblem:
+//   file://, ftp://, a control character) throws AppError::InvalidArgument
+//   saying why, before any of the above.
 StreamAddress ParseAddress(const QString &address);
 
 // The one request the recorder sends, CR LF line ends and an empty line last.

@@ -1,5 +1,8 @@
 #include "recorder/streamconnection.h"
 
+#include "recorder/icystream.h"
+
+#include <QCoreApplication>
 #include <QSignalBlocker>
 #include <QSslConfiguration>
 #include <QSslSocket>
@@ -40,6 +43,55 @@ QString secondsText(std::chrono::milliseconds span)
     return QString::number((span.count() + 999) / 1000);
 }
 
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("StreamConnection", text);
+}
+
+enum class Verdict
+{
+    Undecided,
+    WebPage,
+    Audio
+};
+
+// Blanks that may come before a page's first tag; so many of them are no page.
+constexpr qsizetype MaxLeadingBlanks = 4096;
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f';
+}
+
+// Whether the first bytes of an answer's body are a web page: after an
+// optional UTF-8 byte order mark and blanks, one of the openings below in any
+// letter case. A stream may begin anywhere in its bytes, so a "<" alone
+// proves nothing; until more bytes come (final: none will) it may stay open.
+Verdict judgeFirstBytes(QByteArrayView body, bool final)
+{
+    static constexpr QByteArrayView openings[] = {"<!doctype", "<html",   "<head", "<body",
+                                                  "<title",    "<script", "<?xml", "<!--"};
+    constexpr QByteArrayView byteOrderMark = "\xEF\xBB\xBF";
+    if (!final && body.size() < byteOrderMark.size() && byteOrderMark.startsWith(body))
+        return Verdict::Undecided;
+    qsizetype at = body.startsWith(byteOrderMark) ? byteOrderMark.size() : 0;
+    while (at < body.size() && isBlank(body[at]))
+        ++at;
+    if (at == body.size())
+        return final || at > MaxLeadingBlanks ? Verdict::Audio : Verdict::Undecided;
+    const QByteArrayView rest = body.sliced(at);
+    bool maybe = false;
+    for (const QByteArrayView opening : openings) {
+        const qsizetype n = std::min(rest.size(), opening.size());
+        if (qstrnicmp(rest.data(), n, opening.data(), n) != 0)
+            continue;
+        if (n == opening.size())
+            return Verdict::WebPage;
+        maybe = true;
+    }
+    return maybe && !final ? Verdict::Undecided : Verdict::Audio;
+}
+
 } // namespace
 
 StreamConnection::StreamConnection(Timing timing, QObject *parent)
@@ -48,8 +100,17 @@ StreamConnection::StreamConnection(Timing timing, QObject *parent)
     useSocket(false);
     m_stall.setSingleShot(true);
     m_pause.setSingleShot(true);
+    m_answer.setSingleShot(true);
+    m_firstAudio.setSingleShot(true);
     connect(&m_stall, &QTimer::timeout, this, [this] {
         lost(QStringLiteral("Radio Station has sent nothing for %1 s.").arg(secondsText(m_timing.stall)));
+    });
+    connect(&m_answer, &QTimer::timeout, this, [this] {
+        lost(translated("Radio Station did not answer within %1 s.").arg(secondsText(m_timing.answer)));
+    });
+    connect(&m_firstAudio, &QTimer::timeout, this, [this] {
+        lost(translated("Radio Station answered but sent no audio within %1 s.")
+                 .arg(secondsText(m_timing.firstAudio)));
     });
     connect(&m_pause, &QTimer::timeout, this, [this] {
         m_redirects = 0;
@@ -92,6 +153,11 @@ StreamConnection::~StreamConnection()
     close();
 }
 
+QString StreamConnection::textWebPage()
+{
+    return translated("The station sent a web page, not audio");
+}
+
 const QTcpSocket &StreamConnection::socket() const
 {
     return *m_socket;
@@ -114,6 +180,8 @@ void StreamConnection::close()
     m_phase = Phase::Idle;
     m_stall.stop();
     m_pause.stop();
+    m_answer.stop();
+    m_firstAudio.stop();
     abortQuietly();
     m_header = QByteArray();
 }
@@ -135,6 +203,7 @@ void StreamConnection::connectTo(const StreamAddress &address)
     m_streamBytes = 0;
     m_phase = Phase::Connecting;
     m_stall.start(m_timing.stall);
+    m_answer.start(m_timing.answer);
     if (auto *tls = qobject_cast<QSslSocket *>(m_socket)) {
         // Picked up at each connection, so trust given to the process applies.
         tls->setSslConfiguration(QSslConfiguration::defaultConfiguration());
@@ -154,7 +223,7 @@ void StreamConnection::sendRequest()
 
 void StreamConnection::onReadyRead()
 {
-    if (m_phase != Phase::Header && m_phase != Phase::Streaming)
+    if (m_phase != Phase::Header && m_phase != Phase::FirstAudio && m_phase != Phase::Streaming)
         return;
     const QByteArray bytes = m_socket->readAll();
     if (bytes.isEmpty())
@@ -165,6 +234,11 @@ void StreamConnection::onReadyRead()
         if (m_try > 0 && m_streamBytes >= SteadyBytes)
             m_try = 0;
         emit dataReceived(bytes);
+        return;
+    }
+    if (m_phase == Phase::FirstAudio) {
+        m_header += bytes;
+        checkFirstAudio(false);
         return;
     }
     const qsizetype searched = std::max<qsizetype>(0, m_header.size() - (HeaderEnd.size() - 1));
@@ -190,9 +264,37 @@ void StreamConnection::takeHeader(qsizetype end)
         lost(QStringLiteral("Radio Station answered: ") + QString::fromLatin1(statusLine));
         return;
     }
+    if (fieldValue(header, "Content-Type").toLower().startsWith("text/")) {
+        lost(textWebPage(), Failure::NotAudio);
+        return;
+    }
+    if (const QString problem = IcyStream::headerProblem(header); !problem.isEmpty()) {
+        lost(problem, Failure::BadHeader);
+        return;
+    }
+    m_answer.stop();
+    m_phase = Phase::FirstAudio;
+    m_bodyStart = header.size();
+    m_firstAudio.start(m_timing.firstAudio);
+    checkFirstAudio(false);
+}
+
+void StreamConnection::checkFirstAudio(bool final)
+{
+    const QByteArrayView body = QByteArrayView(m_header).sliced(m_bodyStart);
+    switch (judgeFirstBytes(body, final)) {
+    case Verdict::Undecided:
+        return;
+    case Verdict::WebPage:
+        lost(textWebPage(), Failure::NotAudio);
+        return;
+    case Verdict::Audio:
+        break;
+    }
+    m_firstAudio.stop();
     m_phase = Phase::Streaming;
     m_established = true;
-    m_streamBytes = m_header.size() - header.size();
+    m_streamBytes = body.size();
     emit dataReceived(std::exchange(m_header, QByteArray()));
 }
 
@@ -229,6 +331,9 @@ void StreamConnection::onError()
     // Bytes that came with the close still belong to the stream.
     if (m_socket->bytesAvailable() > 0)
         onReadyRead();
+    // No more bytes will come to tell a page from audio; without any there is no stream.
+    if (m_phase == Phase::FirstAudio && m_header.size() > m_bodyStart)
+        checkFirstAudio(true);
     if (m_phase == Phase::Idle || m_phase == Phase::Pausing)
         return;
     if (!m_tlsErrors.isEmpty())
@@ -243,10 +348,12 @@ void StreamConnection::onError()
         lost(TextNoConnection);
 }
 
-void StreamConnection::lost(const QString &reason)
+void StreamConnection::lost(const QString &reason, Failure kind)
 {
     const bool wasStreaming = m_phase == Phase::Streaming;
     m_stall.stop();
+    m_answer.stop();
+    m_firstAudio.stop();
     abortQuietly();
     m_header = QByteArray();
     if (!m_established || m_try >= m_timing.pauses.size()) {
@@ -259,7 +366,7 @@ void StreamConnection::lost(const QString &reason)
         if (wasStreaming)
             emit interrupted();
         m_phase = Phase::Idle;
-        emit failed(why);
+        emit failed(why, m_established ? Failure::Dropped : kind);
         return;
     }
     m_phase = Phase::Pausing;

@@ -21,6 +21,10 @@ struct StreamTiming
     QList<std::chrono::milliseconds> pauses{std::chrono::seconds(5),  std::chrono::seconds(10),
                                             std::chrono::seconds(20), std::chrono::seconds(40),
                                             std::chrono::seconds(80), std::chrono::seconds(120)};
+    // From connecting to the end of the answer's header, however the bytes trickle.
+    std::chrono::milliseconds answer{15000};
+    // From the end of the header to the first byte of the stream.
+    std::chrono::milliseconds firstAudio{15000};
 };
 
 // The recorder's connection to a station: the socket (TLS with the system's
@@ -28,6 +32,10 @@ struct StreamTiming
 // status and - once the station has sent a stream - reconnection when it drops
 // or stalls. Stream bytes, each answer's header first, go out through
 // dataReceived; everything else that happens through the other signals.
+//
+// Only audio is taken: an answer of type text/*, one whose first bytes are a
+// web page, or one whose "icy-metaint:" is no interval is refused, and every
+// wait has a bound (the answer, its first audio byte, silence while streaming).
 //
 // The first connection of a recording gets one try: an address that does not
 // work is said at once. Once a stream has come, a drop, a stall or a failed
@@ -41,6 +49,16 @@ class StreamConnection : public QObject
 
 public:
     using Timing = StreamTiming;
+
+    // What kind of failure ended the connection, for whoever maps it to an outcome.
+    enum class Failure
+    {
+        Unreachable, // no connection, no answer in time, a refusal, a redirect that cannot be followed
+        NotAudio,    // a web page or other text instead of a stream
+        BadHeader,   // a stream whose header cannot be recorded
+        Dropped,     // a stream that came stopped and could not be reached again
+    };
+    Q_ENUM(Failure)
 
     static constexpr int MaxRedirects = 5;
     // An answer whose header has not ended after this many bytes is no stream.
@@ -58,6 +76,7 @@ public:
         QStringLiteral("Radio Station sent no stream: its answer did not end within 64 KB.");
     static inline const QString TextWaiting =
         QStringLiteral("Connected, waiting for the station's answer...");
+    static QString textWebPage();
 
     explicit StreamConnection(Timing timing = {}, QObject *parent = nullptr);
     ~StreamConnection() override;
@@ -82,7 +101,7 @@ signals:
     // reconnection follows.
     void interrupted();
     // The recording cannot go on; the connection is closed. The text says why.
-    void failed(const QString &reason);
+    void failed(const QString &reason, StreamConnection::Failure kind);
 
 private:
     enum class Phase
@@ -90,6 +109,7 @@ private:
         Idle,
         Connecting,
         Header,
+        FirstAudio, // a good header came; held until the first bytes show it is no web page
         Streaming,
         Pausing
     };
@@ -100,18 +120,24 @@ private:
     void onReadyRead();
     void onError();
     void takeHeader(qsizetype end);
+    // Looks at the first bytes after the header; starts streaming once they are no web page.
+    void checkFirstAudio(bool final);
     void redirect(const QByteArray &location);
-    void lost(const QString &reason);
+    void lost(const QString &reason, Failure kind = Failure::Unreachable);
     void abortQuietly();
 
     Timing m_timing;
     QTcpSocket *m_socket = nullptr;
     QTimer m_stall;
     QTimer m_pause;
+    QTimer m_answer;
+    QTimer m_firstAudio;
     Phase m_phase = Phase::Idle;
     StreamAddress m_origin;
     StreamAddress m_target;
+    // The answer until its header has ended and its first bytes are known to be audio.
     QByteArray m_header;
+    qsizetype m_bodyStart = 0;
     qsizetype m_peakHeader = 0;
     QStringList m_tlsErrors;
     int m_redirects = 0;

@@ -40,9 +40,17 @@ public:
             lines.append(catalogue.stationLine(catalogue.at(i)));
         return lines.join(u'\n');
     }
-    void expectDamaged(bool damaged) const
+    // Damaged: one message whose first line is the damaged text and which says why (a piece of it).
+    void expectDamaged(const QString &why) const
     {
-        EXPECT_EQ(prompt.texts(), damaged ? QStringList{damagedText} : QStringList{});
+        if (why.isEmpty()) {
+            EXPECT_EQ(prompt.texts(), QStringList{});
+            return;
+        }
+        ASSERT_EQ(prompt.texts().size(), 1);
+        const QStringList lines = prompt.texts().first().split(u'\n');
+        EXPECT_EQ(lines.first(), damagedText);
+        EXPECT_TRUE(prompt.texts().first().contains(why)) << prompt.texts().first().toStdString();
     }
     Catalogue catalogue;
     ScriptedPrompt prompt;
@@ -96,7 +104,7 @@ TEST_F(CatalogueFile, SaveAndLoadKeepEverythingButGrowACrOnTheLastInfoUrl)
     load();
     EXPECT_EQ(loaded(),
               u" Spaced  |G|128|mp3|Jazz|o|True|-7||id|u|i1\nLast|G|128|mp3|jazz|o|False|2||id|u|i3\r\r"_s);
-    expectDamaged(false);
+    expectDamaged({});
 }
 
 TEST_F(CatalogueFile, MissingFileIsDamagedAndKeepsVersionAndSeparator)
@@ -108,7 +116,7 @@ TEST_F(CatalogueFile, MissingFileIsDamagedAndKeepsVersionAndSeparator)
     EXPECT_EQ(catalogue.stationCount(), 0);
     EXPECT_EQ(catalogue.version, u"v"_s);
     EXPECT_EQ(catalogue.separator, u"s"_s);
-    expectDamaged(true);
+    expectDamaged(u"does not exist"_s);
 }
 
 TEST_F(CatalogueFile, TwoLineFileIsAnEmptyCatalogue)
@@ -119,7 +127,7 @@ TEST_F(CatalogueFile, TwoLineFileIsAnEmptyCatalogue)
     EXPECT_EQ(catalogue.version, u"1.0"_s);
     // The file's unread last byte leaves the final line's CR in place.
     EXPECT_EQ(catalogue.separator, u"|\r"_s);
-    expectDamaged(false);
+    expectDamaged({});
 }
 
 TEST_F(CatalogueFile, TheSecondLineIsTheWholeSeparator)
@@ -132,7 +140,7 @@ TEST_F(CatalogueFile, TheSecondLineIsTheWholeSeparator)
         load();
         EXPECT_EQ(loaded(), separator.isEmpty() ? QString() : fields.join(separator));
     }
-    expectDamaged(false);
+    expectDamaged({});
 }
 
 TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
@@ -141,24 +149,30 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
     {
         const char *name;
         QString stationLines;
-        bool damaged;
+        QString why;        // a piece of the reason given; empty when not damaged
         QString loaded;     // the stations as the writer would put them, one per line
         QString categories; // joined by commas
     } rows[] = {
         {"comments and blank lines",
-         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + good, false,
-         goodRead + u'\r', u",Cat"_s},
-        {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + good, false, goodRead + u'\r', u",Cat"_s},
-        {"eleven fields stop the load", good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + good, true,
+         u"   #B|G|1|mp3|C|o|True|1||i|u|w\r\n\t#B|G|1|mp3|C|o|True|1||i|u|w\r\n  \r\n"_s + good,
+         {},
+         goodRead + u'\r',
+         u",Cat"_s},
+        {"ten fields skipped", u"B|G|1|mp3|C|o|True|1||i\r\n"_s + good, {}, goodRead + u'\r', u",Cat"_s},
+        {"eleven fields stop the load", good + u"B|G|1|mp3|Lost|o|1|-4|d|id|http://b\r\n"_s + good,
+         u"Line 6 has 11 fields; a station has 12."_s,
          goodRead + u"\nB|G|1|mp3|Lost|o|True|-4|d|id|http://b|"_s, u",Cat"_s},
-        {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + good, true,
-         u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
-        {"a bad boolean stops the load", u"B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"_s, true,
+        {"an empty rating stops the load", u"B|G|1|mp3|C|o|true||d|id|u|w\r\n"_s + good,
+         u"Line 5: the rating \"\" is not a whole number."_s, u"B|G|1|mp3|C|o|True|0||||"_s, QString()},
+        {"a bad boolean stops the load", u"B|G|1|mp3|C|o|yes|1|d|id|u|w\r\n"_s,
+         u"Line 5: the one-file-per-song field \"yes\" is neither True nor False."_s,
          u"B|G|1|mp3|C|o|False|0||||"_s, QString()},
         // TAB becomes a blank, blanks inside fields stay, only InfoUrl is trimmed (its CR stops the trim).
         {"hand-edited values",
-         u"A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"_s, false,
-         u"A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"_s, u",C"_s}};
+         u"A\tB| G |1|mp3|C|o|0|+5||id|u|  w x  |extra\r\nC|G|1|mp3|c|o|fALSE|1||i|u|  w  \r\n"_s,
+         {},
+         u"A B| G |1|mp3|C|o|False|5||id|u|w x\nC|G|1|mp3|c|o|False|1||i|u|w  \r"_s,
+         u",C"_s}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         catalogue = Catalogue();
@@ -167,8 +181,41 @@ TEST_F(CatalogueFile, LoadReadsEachLineAsTheFileSays)
         load();
         EXPECT_EQ(loaded(), row.loaded);
         EXPECT_EQ(catalogue.categories.items().join(u','), row.categories);
-        expectDamaged(row.damaged);
+        expectDamaged(row.why);
     }
+}
+
+TEST_F(CatalogueFile, ADamagedFileIsKeptAsideAndTheMessageSaysWhereEachListIs)
+{
+    const QString native = QDir::toNativeSeparators(path());
+    const QByteArray damaged =
+        TempProfile::utf16File(u"2.1\r\n|\r\n"_s + good + u"B|G|1\r\nC|G|1|mp3|C|o|x|1||i|u|w\r\n"_s);
+    TempProfile::writeFile(path(), damaged);
+    load();
+    expectDamaged(u"Line 5: the one-file-per-song field \"x\""_s);
+    EXPECT_TRUE(
+        prompt.texts().value(0).contains(u"The damaged file is kept as "_s + native + u".damaged."_s));
+    EXPECT_TRUE(prompt.texts().value(0).contains(u"There is no backup of an earlier list."_s));
+    EXPECT_EQ(TempProfile::readFile(path() + u".damaged"_s), damaged);
+    // The same file again reuses its copy; another one gets a numbered copy.
+    prompt.shown.clear();
+    load();
+    EXPECT_FALSE(QFile::exists(path() + u".damaged2"_s));
+    const QByteArray previous = TempProfile::utf16File(u"2.1\r\n|\r\n"_s + good);
+    TempProfile::writeFile(path() + u".bck"_s, previous);
+    const QByteArray other = TempProfile::utf16File(u"2.1"_s);
+    TempProfile::writeFile(path(), other);
+    prompt.shown.clear();
+    load();
+    expectDamaged(u"The file ends after its first line"_s);
+    EXPECT_EQ(TempProfile::readFile(path() + u".damaged2"_s), other);
+    EXPECT_TRUE(prompt.texts().value(0).contains(u"The list as it was before the last save is kept in "_s +
+                                                 native + u".bck."_s));
+    // Saving what could be read keeps that backup: it is the last good list.
+    catalogue.save();
+    EXPECT_EQ(TempProfile::readFile(path() + u".bck"_s), previous);
+    catalogue.save();
+    EXPECT_NE(TempProfile::readFile(path() + u".bck"_s), previous) << "a good load backs up as before";
 }
 
 namespace {

@@ -87,4 +87,29 @@ TEST_F(FileDLTest, FailuresEndAsErrors)
     }
 }
 
+TEST_F(FileDLTest, ADownloadEndsAtItsSizeOrTimeLimitAndSaysWhich)
+{
+    using namespace std::chrono_literals;
+    const qint64 limit = 64 * 1024;
+    dl.setLimits(limit, 500ms);
+    server.pages["/exact"] = IcyServer::page(QByteArray(limit, 'x'));
+    server.pages["/over"] = IcyServer::page(QByteArray(limit + 1, 'x'));
+    server.endlessPages = {"/endless.pls"};
+    server.silentPages = {"/silent.pls"};
+    begin(u"/exact"_s, u"exact"_s);
+    begin(u"/over"_s, u"over"_s);
+    begin(u"/endless.pls"_s, u"endless"_s);
+    begin(u"/silent.pls"_s, u"silent"_s);
+    waitForEnds(4);
+    EXPECT_EQ(bodies().keys(), QList<QString>{u"exact"_s});
+    EXPECT_EQ(bodies().value(u"exact"_s).size(), limit);
+    QHash<QString, QString> errors;
+    for (const QList<QVariant> &args : failed)
+        errors.insert(args[0].toString(), args[2].toString());
+    const QString tooLarge = u"The download is larger than 64 KB."_s;
+    EXPECT_EQ(errors, (QHash<QString, QString>{{u"over"_s, tooLarge},
+                                               {u"endless"_s, tooLarge},
+                                               {u"silent"_s, u"The download did not finish within 1 s."_s}}));
+}
+
 } // namespace

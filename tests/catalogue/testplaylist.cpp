@@ -72,3 +72,26 @@ TEST(Playlist, UsableAddressDropsTheLineEnd)
     EXPECT_EQ(usableAddress(u" http://c/x y"_s), u" http://c/x y");
     EXPECT_EQ(usableAddress(u"\r\n "_s), u"");
 }
+
+TEST(Playlist, AnEntryThatCannotBeAStreamSaysWhy)
+{
+    const struct
+    {
+        QString address;
+        const char *why; // a piece of the reason; empty when the address may be a stream
+    } rows[] = {
+        {u"file:///etc/passwd"_s, "only http://, https:// and icyx:// addresses name a stream, not file://"},
+        {u"FTP://host/x.mp3"_s, "not ftp://"},
+        {u"http://host/a\u0001b"_s, "control character"},
+        {u"http://host:8000/live"_s, ""},
+        {u"HTTPS://host/"_s, ""},
+        {u"icyx://host:9000/"_s, ""},
+        {u"host:8000/a"_s, ""},
+        {u"http://host/?next=file://x"_s, ""}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.address.toStdString());
+        const QString problem = streamAddressProblem(row.address);
+        EXPECT_EQ(problem.isEmpty(), *row.why == 0) << problem.toStdString();
+        EXPECT_TRUE(problem.contains(QString::fromLatin1(row.why))) << problem.toStdString();
+    }
+}

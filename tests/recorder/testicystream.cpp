@@ -1,8 +1,12 @@
 #include "recorder/icystream.h"
 
 #include "recorder/icystreamhost.h"
+#include "recorder/streamconnection.h"
+#include "support/eventwait.h"
 #include "support/icyserver.h"
+#include "support/memoryprobe.h"
 
+#include <QSet>
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -125,10 +129,16 @@ TEST_F(IcyStreamTest, MetadataValuesAreCutAndStripped)
                 {"STREAMTITLE=' Spaced ';", "Spaced", ""},
                 {"junk;StreamTitle='Late';", "", ""},
                 {" StreamTitle='Key with a blank';", "", ""},
-                {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"}};
+                {"StreamUrl='http://s.example';StreamTitle='Second';", "Second", "http://s.example"},
+                // Control characters go; tabs and line breaks become blanks.
+                {"StreamTitle='Artist\tName - Song';", "Artist Name - Song", ""},
+                {"StreamTitle='\x1b[1m\x01"
+                 "Bold\x7f\r\n';",
+                 "[1mBold", ""}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
         host.title.clear();
+        host.linkB.clear();
         icy.setLastText(QString::fromLatin1(row.text));
         EXPECT_EQ(icy.ParseMetadata(), *row.title != 0);
         EXPECT_EQ(host.title, QString::fromLatin1(row.title));
@@ -148,11 +158,12 @@ TEST_F(IcyStreamTest, BlocksAreTakenWhenWellFormedOrClean)
     } rows[] = {{"StreamTitle='Caf\xc3\xa9 {live} | 100%';\0\0\0"_ba, true},
                 {"StreamTitle='It's ';' here';StreamUrl='';", true},
                 {"StreamTitle='x';", true},
+                {"StreamTitle='Artist\tName - Song\x1b';", true},
+                {"StreamTitle='\0\x01';"_ba, true},
                 {"StreamTitle='x'", false},
                 {"StreamTitle='x';junk", false},
                 {"StreamTitle='x';\0junk"_ba, false},
                 {"Stream Title='x';", false},
-                {"StreamTitle='a\x01';", false},
                 {"='x';", false},
                 {QByteArray(16, '\0'), false}};
     for (const auto &row : rows)
@@ -216,21 +227,79 @@ TEST_F(IcyStreamTest, ResyncDropsOnlyTheBytesBeforeTheNextGoodBlock)
     }
 }
 
-TEST_F(IcyStreamTest, WhileLostOnlyWhatAComingBlockNeedsIsKept)
+TEST_F(IcyStreamTest, BlocksThatNeverComeBackGiveTheTitlesUpAndTheRestIsRecordedAsItComes)
 {
+    host.fileOpen = false;
     start(8000);
-    host.title = u"Before"_s;
     feed(interval("A", 8000) + block("StreamTitle='Cut\x01"));
     ASSERT_EQ(icy.ResyncState(), IcyStream::ResyncLost);
-    const QByteArray noise(64 * 1024, '\x01');
-    for (int i = 0; i < 80; ++i) {
+    // Audio that holds no block: only what a coming block could need is held.
+    const QByteArray noise(16 * 1024, '\x01');
+    for (int i = 0; i < 3; ++i) {
         feed(noise);
-        ASSERT_LE(icy.receiveBufferLength(), 8001 + 10 + noise.size());
+        EXPECT_LE(icy.receiveBufferLength(), 8001 + 10 + noise.size());
+        EXPECT_FALSE(icy.titlesGivenUp());
     }
-    feed(interval("T", 8000) + block("StreamTitle='Back';"), 2);
+    EXPECT_TRUE(host.written.isEmpty());
+    // Past 64 KB without a block the station is recorded as plain audio, in one file.
+    feed(noise + "late audio");
+    EXPECT_TRUE(icy.titlesGivenUp());
     EXPECT_EQ(icy.ResyncState(), 0);
+    EXPECT_EQ(host.stream, IcyStream::titlesGivenUpText());
+    EXPECT_EQ(host.calls.value(0), u"continuous"_s);
+    EXPECT_TRUE(host.written.endsWith("late audio"));
+    EXPECT_LE(host.written.size(), 8001 + 10);
+    // From here on blocks are audio like the rest.
+    const QByteArray rest = interval("B", 8000) + block("StreamTitle='Not read';");
+    feed(rest);
+    EXPECT_TRUE(host.written.endsWith(QByteArray("late audio" + rest)));
+    EXPECT_TRUE(host.title.isEmpty());
+    // A new answer is read afresh.
+    icy.interrupt();
+    feed(header(8) + interval("B", 8) + block("StreamTitle='Back';"), 2);
+    EXPECT_FALSE(icy.titlesGivenUp());
     EXPECT_EQ(host.title, u"Back"_s);
-    EXPECT_EQ(host.written, interval("T", 8000).repeated(2));
+}
+
+TEST_F(IcyStreamTest, AStationAtFullSpeedWithControlCharactersInItsTitlesKeepsItsPlaceAndItsMemoryBound)
+{
+    IcyServer station;
+    station.songs = {{"Artist\tName - Song", 1},
+                     {"Clean - Title", 1},
+                     {"\x01"
+                      "Ctrl\x1b - Esc",
+                      1}};
+    station.repeat = true;
+    station.flood = true;
+    station.keepSent = false;
+    ASSERT_TRUE(station.start());
+    StreamConnection connection;
+    QSet<QString> titles;
+    QObject::connect(&connection, &StreamConnection::dataReceived, &connection, [&](const QByteArray &bytes) {
+        icy.onData(bytes);
+        titles.insert(host.title);
+        host.written.clear(); // the bytes are counted, not kept
+    });
+    qint64 audio = 0;
+    host.writeEnabled = true;
+    host.calls.clear();
+    HeapPeak heap;
+    const qint64 limit = 40 * 1024 * 1024;
+    connection.open(ParseAddress(station.url()));
+    // Bytes are counted as the parser hands them on; the wait ends early when memory runs away.
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            audio = qint64(icy.BytesTotal());
+            return heap.sample() > limit || audio > 200'000'000;
+        },
+        60000));
+    connection.close();
+    EXPECT_LT(heap.growth(), limit);
+    EXPECT_GT(audio, 200'000'000);
+    EXPECT_EQ(icy.resyncCount(), 0);
+    EXPECT_EQ(icy.discardedBytes(), 0);
+    EXPECT_TRUE(titles.contains(u"Artist Name - Song"_s));
+    EXPECT_TRUE(titles.contains(u"Ctrl - Esc"_s));
 }
 
 TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
@@ -256,11 +325,12 @@ TEST_F(IcyStreamTest, SongScanHoldsWritingUntilTheTitleMatches)
     EXPECT_TRUE(untitled.written.isEmpty());
 }
 
-TEST_F(IcyStreamTest, AHeaderLikeBlockNamesTheSong)
+TEST_F(IcyStreamTest, AHeaderLikeBlockNamesTheSongButCannotMoveTheInterval)
 {
     start(8);
-    feed(interval("A", 8) + block("icy-name:Header Song\r\nicy-genre:Rock\r\n"));
+    feed(interval("A", 8) + block("icy-name:Header Song\r\nicy-genre:Rock\r\nicy-metaint:2\r\n"));
     EXPECT_EQ(host.title, u"Header Song"_s);
+    EXPECT_EQ(icy.MetaInterval(), 8);
     EXPECT_EQ(host.stream, u"Radio X") << "the station's name stays";
     EXPECT_EQ(host.genre, u"Rock");
     EXPECT_EQ(host.calls, (QStringList{u"write A.. flush"_s, u"song Header Song"_s, u"write A.."_s}));
@@ -305,21 +375,35 @@ TEST_F(IcyStreamTest, ResetKeepsTheIntervalAndStatisticsFollowThePackets)
     EXPECT_EQ(icy.receiveBufferLength(), 0);
 }
 
-TEST_F(IcyStreamTest, AnIntervalThatCannotBeRecordedFailsTheStream)
+TEST_F(IcyStreamTest, AnIntervalThatIsNotANumberFromOneToOneMegabyteIsABadHeader)
 {
-    for (const QByteArray interval : {"-5", "1048577"}) {
+    for (const QByteArray interval :
+         {"-5", "0", "abc", "8000x", "1048577", "2147483648", "", "1048576", "1"}) {
         SCOPED_TRACE(interval.toStdString());
+        const bool good = interval == "1048576" || interval == "1";
+        const QByteArray answer = "ICY 200 OK\r\nicy-metaint: " + interval + " \r\nicy-br:99999\r\n\r\n";
+        EXPECT_EQ(IcyStream::headerProblem(answer).isEmpty(), good);
         RecordingHost fresh;
         IcyStream stream(fresh);
-        stream.onData(QByteArray("ICY 200 OK\r\nicy-metaint:" + interval + "\r\nicy-br:99999\r\n\r\nAUDIO"));
+        stream.onData(QByteArray(answer + "AUDIO"));
         stream.onData(QByteArray(4096, 'x'));
         EXPECT_EQ(stream.Bitrate(), 0) << "a number that does not fit leaves its field";
-        EXPECT_TRUE(stream.failure().contains(QString::fromLatin1(interval)))
+        EXPECT_EQ(stream.failure(), IcyStream::headerProblem(answer));
+        if (good)
+            continue;
+        EXPECT_TRUE(stream.failure().contains(u'"' + QString::fromLatin1(interval) + u'"'))
             << stream.failure().toStdString();
         EXPECT_EQ(stream.receiveBufferLength(), 0);
         stream.reset();
         EXPECT_TRUE(stream.failure().isEmpty());
     }
+    // An answer that never ends is no header either.
+    RecordingHost endless;
+    IcyStream stream(endless);
+    for (int i = 0; i < 20 && stream.failure().isEmpty(); ++i)
+        stream.onData(QByteArray("icy-notice:x\r\n").repeated(1000));
+    EXPECT_FALSE(stream.failure().isEmpty());
+    EXPECT_EQ(stream.receiveBufferLength(), 0);
 }
 
 } // namespace

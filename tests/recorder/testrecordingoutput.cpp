@@ -80,14 +80,19 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
     const struct
     {
         QString templ, expected;
-    } rows[] = {{u".\\%STATION%_%DATE%_%TIME%.mp3"_s, rec + u"Radio: X_2024-03-05_07-09.mp3"_s},
+    } rows[] = {{u".\\%STATION%_%DATE%_%TIME%.mp3"_s, rec + u"Radio X_2024-03-05_07-09.mp3"_s},
                 {u"./%SONG%.mp3"_s, rec + u"%SONG%.mp3"_s},
                 {u".x\\.\\a.mp3"_s, u".x\\"_s + rec + u"a.mp3"_s},
-                {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio: X.mp3"_s},
+                {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio X.mp3"_s},
                 {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s}};
     for (const auto &row : rows)
-        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected) << row.templ.toStdString();
+        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected)
+            << row.templ.toStdString();
     EXPECT_TRUE(QFileInfo(rec).isDir());
+    // A station name never names another folder.
+    for (const QString &station : {u"../../x"_s, u"..\\x"_s, u"/x"_s, u".x"_s})
+        EXPECT_EQ(BuildFileName(u"./%STATION%.mp3"_s, station, Now, rec), rec + u"x.mp3"_s);
+    EXPECT_EQ(BuildFileName(u"./%STATION%.mp3"_s, u".."_s, Now, rec), rec + u"_.mp3"_s);
 }
 
 TEST_F(RecordingOutputTest, SongFilesBeginWithTheirTagsAndAWholeFrameAndSayWhetherTheyAreWhole)

@@ -32,7 +32,9 @@ TEST(StreamAddress, SplitsHostPortAndPathOrSaysWhyNot)
                 {"host:65536/", "", 0, "", AppError::Overflow},
                 {"host:-1/", "", 0, "", AppError::Overflow},
                 {"HTTPS://secure.example/live", "secure.example", 443, "/live", 0, true},
-                {"https://secure.example:8443/a?b=c", "secure.example", 8443, "/a?b=c", 0, true}};
+                {"https://secure.example:8443/a?b=c", "secure.example", 8443, "/a?b=c", 0, true},
+                // Not "the port must be a number": the scheme is what is wrong.
+                {"file:///etc/passwd", "", 0, "", AppError::InvalidArgument}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.address);
         try {
@@ -46,6 +48,8 @@ TEST(StreamAddress, SplitsHostPortAndPathOrSaysWhyNot)
             EXPECT_EQ(e.number(), row.error) << e.what();
             if (row.error != AppError::InvalidArgument) {
                 EXPECT_TRUE(e.description().contains(u"from 1 to 65535")) << e.what();
+            } else if (QByteArrayView(row.address).startsWith("file:")) {
+                EXPECT_TRUE(e.description().contains(u"is not a stream address")) << e.what();
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "recorder/streamconnection.h"
 
+#include "recorder/icystream.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 
@@ -151,6 +152,87 @@ TEST_F(StreamConnectionTest, AReconnectionThatStreamsStartsTheTriesAfreshAndASta
     EXPECT_EQ(failure(), u"Radio Station could not be reached again after 3 tries. "_s +
                              StreamConnection::TextNoConnection);
     EXPECT_TRUE(statuses.contains(u"Reconnecting... (try 3 of 3)"_s));
+}
+
+TEST_F(StreamConnectionTest, OnlyAudioIsTakenAndARefusalSaysWhatKindItIs)
+{
+    using Failure = StreamConnection::Failure;
+    IcyServer front, badInterval;
+    const QByteArray page = "<!DOCTYPE html>\n<html><body>Station moved</body></html>";
+    front.pages["/typed"] = "HTTP/1.0 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n\r\n<p>x</p>";
+    front.pages["/plain"] = "ICY 200 OK\r\ncontent-type:TEXT/plain\r\n\r\nhello";
+    front.pages["/sniffed"] = "HTTP/1.0 200 OK\r\nContent-Type: audio/mpeg\r\n\r\n \r\n" + page;
+    front.pages["/marked"] = "HTTP/1.0 200 OK\r\n\r\n\xEF\xBB\xBF<HTML><head></head></HTML>";
+    front.pages["/huge"] = "ICY 200 OK\r\nicy-metaint:2147483648\r\n\r\n" + QByteArray(100, 'a');
+    // Audio may begin with any byte, "<" too.
+    front.pages["/audio"] = "ICY 200 OK\r\ncontent-type:audio/mpeg\r\n\r\n<ht\xff\xfb audio";
+    badInterval.songs = {{"Song", 50}};
+    badInterval.announcedInterval = "abc";
+    ASSERT_TRUE(front.start());
+    ASSERT_TRUE(badInterval.start());
+    const QString webPage = StreamConnection::textWebPage();
+    const struct
+    {
+        QString url, reason;
+        Failure kind;
+    } rows[] = {{front.url(u"/typed"_s), webPage, Failure::NotAudio},
+                {front.url(u"/plain"_s), webPage, Failure::NotAudio},
+                {front.url(u"/sniffed"_s), webPage, Failure::NotAudio},
+                {front.url(u"/marked"_s), webPage, Failure::NotAudio},
+                {front.url(u"/huge"_s), IcyStream::intervalProblem(u"2147483648"), Failure::BadHeader},
+                {badInterval.url(), IcyStream::intervalProblem(u"abc"), Failure::BadHeader},
+                {front.url(u"/missing.pls"_s), u"Radio Station answered: HTTP/1.0 404 Not Found"_s,
+                 Failure::Unreachable},
+                {front.url(u"/audio"_s), {}, Failure::Unreachable}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.url.toStdString());
+        received.clear();
+        failed.clear();
+        open(row.url);
+        if (row.reason.isEmpty()) {
+            ASSERT_TRUE(receivedAtLeast(50));
+            EXPECT_TRUE(received.endsWith("\r\n\r\n<ht\xff\xfb audio"));
+            connection.close();
+            continue;
+        }
+        EXPECT_EQ(failure(), row.reason);
+        ASSERT_EQ(failed.size(), 1);
+        EXPECT_EQ(failed.first().at(1).value<Failure>(), row.kind);
+        EXPECT_TRUE(received.isEmpty()) << "nothing of a refused answer is recorded";
+    }
+}
+
+TEST_F(StreamConnectionTest, EveryWaitForTheStationHasABound)
+{
+    // Long enough that silence is never what ends these waits.
+    StreamConnection bounded{StreamConnection::Timing{5000ms, {50ms}, 300ms, 300ms}};
+    QSignalSpy boundedFailed(&bounded, &StreamConnection::failed);
+    IcyServer silent, trickling, mute;
+    silent.silentPages = {"/stream"};
+    // A header that would take about two seconds to arrive.
+    trickling.fault = IcyServer::Fault::SlowHeader;
+    trickling.bytesPerSecond = 100;
+    trickling.songs = {{"Song", 50}};
+    // A header, then nothing: the script has no audio.
+    ASSERT_TRUE(silent.start());
+    ASSERT_TRUE(trickling.start());
+    ASSERT_TRUE(mute.start());
+    const QString noAnswer = u"Radio Station did not answer within 1 s."_s;
+    const struct
+    {
+        IcyServer *station;
+        QString reason;
+    } rows[] = {{&silent, noAnswer},
+                {&trickling, noAnswer},
+                {&mute, u"Radio Station answered but sent no audio within 1 s."_s}};
+    for (const auto &row : rows) {
+        boundedFailed.clear();
+        bounded.open(ParseAddress(row.station->url()));
+        ASSERT_TRUE(boundedFailed.wait(Wait));
+        EXPECT_EQ(boundedFailed.first().at(0).toString(), row.reason);
+        EXPECT_EQ(boundedFailed.first().at(1).value<StreamConnection::Failure>(),
+                  StreamConnection::Failure::Unreachable);
+    }
 }
 
 } // namespace

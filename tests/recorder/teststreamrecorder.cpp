@@ -350,7 +350,8 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
                 {stream, CloseAtOnce, loop, plain, Kind::Unreachable, StreamConnection::TextNotAccepting},
                 {stream, EndlessHeader, loop, plain, Kind::Unreachable, StreamConnection::TextNoStream},
                 {stream, None, loop, u"/proc/no/such/folder/%STATION%.mp3"_s, Kind::OutputFailed, unable},
-                {stream, None, u"AC/DC Radio"_s, u"./%STATION% %SONG%.mp3"_s, Kind::OutputFailed, unable}};
+                {stream, None, loop, u"/proc/no/such/folder/%SONG%.mp3"_s, Kind::OutputFailed, unable},
+                {stream, None, loop, u"/dev/full"_s, Kind::OutputFailed, u"Unable to write \"/dev/full\""_s}};
     make(plain, false);
     for (const auto &row : rows) {
         SCOPED_TRACE(row.address.toStdString() + ' ' + row.saveTemplate.toStdString());

@@ -18,6 +18,9 @@ struct IcyServer::Client
     QTcpSocket *socket = nullptr;
     QByteArray received;
     bool streaming = false;
+    bool endlessPage = false;
+    QByteArray slowHeader; // what is still to go of a header sent at the stream's pace
+    qint64 headerSent = 0;
     bool announced = false;
     QByteArray lastTitle;
     qint64 audioPos = 0;
@@ -171,6 +174,14 @@ void IcyServer::onReadyRead(Client &client)
     if (keepSent)
         client.sent.request = client.received;
     const QByteArray path = client.received.split(' ').value(1);
+    if (silentPages.contains(path))
+        return;
+    if (endlessPages.contains(path)) {
+        client.socket->write("HTTP/1.0 200 OK\r\nContent-Type: audio/x-scpls\r\n\r\n[playlist]\n");
+        client.endlessPage = true;
+        client.streaming = true;
+        return;
+    }
     if (pages.contains(path) || path.endsWith(".pls")) {
         client.socket->write(pages.value(path, "HTTP/1.0 404 Not Found\r\nContent-Length: 0\r\n\r\n"));
         client.socket->disconnectFromHost();
@@ -179,9 +190,14 @@ void IcyServer::onReadyRead(Client &client)
     if (fault == Fault::EndlessHeader) {
         client.socket->write("ICY 200 OK\r\n");
     } else {
-        const QByteArray interval =
-            announceInterval ? "icy-metaint:" + QByteArray::number(metaInt) + "\r\n" : QByteArray();
-        client.socket->write(header + "content-type:" + contentType + "\r\n" + interval + "\r\n");
+        const QByteArray value =
+            announcedInterval.isEmpty() ? QByteArray::number(metaInt) : announcedInterval;
+        const QByteArray interval = announceInterval ? "icy-metaint:" + value + "\r\n" : QByteArray();
+        const QByteArray answer = header + "content-type:" + contentType + "\r\n" + interval + "\r\n";
+        if (fault == Fault::SlowHeader)
+            client.slowHeader = answer;
+        else
+            client.socket->write(answer);
     }
     client.streaming = true;
     client.clock.start();
@@ -189,13 +205,27 @@ void IcyServer::onReadyRead(Client &client)
 
 void IcyServer::pump(Client &client)
 {
+    if (client.endlessPage) {
+        if (client.socket->bytesToWrite() < floodBacklog)
+            client.socket->write(QByteArray("File1=http://endless.example/\n").repeated(2000));
+        return;
+    }
+    if (!client.slowHeader.isEmpty()) {
+        const qint64 due = bytesPerSecond * client.clock.elapsed() / 1000 - client.headerSent;
+        if (due > 0) {
+            client.socket->write(client.slowHeader.first(qMin(due, client.slowHeader.size())));
+            client.slowHeader.remove(0, qMin(due, client.slowHeader.size()));
+            client.headerSent += due;
+        }
+        return;
+    }
     // Unpaced writes stop at each metadata block, so the reader's buffer
     // empties whenever it keeps up.
     qint64 due = qMin<qint64>(2000, metaInt - client.audioPos % metaInt);
     if (flood)
         due = client.socket->bytesToWrite() < floodBacklog ? floodPiece : 0;
     else if (bytesPerSecond > 0)
-        due = bytesPerSecond * client.clock.elapsed() / 1000 - client.audioPos;
+        due = bytesPerSecond * client.clock.elapsed() / 1000 - client.headerSent - client.audioPos;
     if (due <= 0)
         return;
     if (fault == Fault::None) {

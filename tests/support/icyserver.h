@@ -4,6 +4,7 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QSet>
 #include <QTcpServer>
 #include <QTimer>
 
@@ -27,6 +28,7 @@ public:
         None,
         CloseAtOnce,   // closes every connection before reading the request
         EndlessHeader, // sends header lines that never end: a station that sends no answer
+        SlowHeader,    // sends its header at bytesPerSecond too, then the stream
     };
     struct Song
     {
@@ -75,6 +77,7 @@ public:
     // The audio sent, from its start and round again; empty: varied bytes that are no audio.
     QByteArray audio;
     QByteArray contentType = "audio/mpeg";
+    QByteArray announcedInterval; // what "icy-metaint:" says when not metaInt as a number
     qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
     bool flood = false;        // unpaced and in large pieces: faster than a reader takes it
     int dropAfter = 0;         // closes each connection after so many intervals (0: never)
@@ -83,6 +86,10 @@ public:
     bool keepSent = true; // false: remember nothing (long runs)
     // Whole HTTP answers by path; other ".pls" paths get a 404.
     QMap<QByteArray, QByteArray> pages;
+    // Paths answered with a header and then a text body that never ends, sent as fast as it goes.
+    QSet<QByteArray> endlessPages;
+    // Paths whose request is read and never answered; the connection stays open.
+    QSet<QByteArray> silentPages;
     static QByteArray page(const QByteArray &body);
     static QByteArray redirect(const QString &location);
     // A metadata block as it goes on the wire: length byte, then padded text.
