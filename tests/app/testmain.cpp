@@ -130,6 +130,7 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
 // What the program prints and how it ends, as a terminal or a scheduler sees it.
 TEST_F(LaunchTest, TheCommandLineAnswersOnItsStreamsAndItsExitStatusSaysHowTheRecordingEnded)
 {
+    server.songs = {{"Artist - Song", 100}};
     ASSERT_TRUE(server.start());
     const QString refused = u"-a 127.0.0.1:%1/live"_s.arg(IcyServer::refusedPort());
     const QString loop = u"-a "_s + server.url();
