@@ -314,7 +314,7 @@ std::optional<qint64> CutPlanner::cutFrame(const Change &change, const QuietMome
     std::optional<size_t> chosen;
     for (size_t i = 0; i < m_frames.size(); ++i) {
         const HeldFrame &held = m_frames[i];
-        if (held.frame.streamHeader || held.frame.offset <= m_lastCut)
+        if (held.frame.streamHeader || !held.frame.canBegin || held.frame.offset <= m_lastCut)
             continue;
         if (moment.quality == CutQuality::Title) {
             if (m_searching ? held.start >= moment.time - Epsilon : held.frame.offset >= change.offset) {

@@ -24,6 +24,8 @@ struct AudioFrame
     // Stream headers carry no audio but a decoder needs them first (an Ogg
     // stream's identification, comment and setup pages).
     bool streamHeader = false;
+    // A song may begin here: false for an Ogg page that continues a packet.
+    bool canBegin = true;
 };
 
 // The next song starts with byte `offset` of the stream.
