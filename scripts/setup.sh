@@ -9,6 +9,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
   # tags of recorded songs
   libtag1-dev
+  # decoders that find the quiet moment where songs are cut
+  libmpg123-dev libfaad-dev libvorbis-dev libogg-dev
   # the skin engine checks style sheets with Qt's own parser
   qt6-base-private-dev
   # playback backend of Qt Multimedia

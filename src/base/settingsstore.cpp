@@ -34,6 +34,13 @@ void SettingsStore::saveSetting(const QString &key, const QString &value)
     settings.sync();
 }
 
+void SettingsStore::removeSetting(const QString &key)
+{
+    QSettings settings = store();
+    settings.remove(address(key));
+    settings.sync();
+}
+
 qint32 SettingsStore::getNumber(const QString &key, qint32 defaultValue)
 {
     return Convert::leadingInt32(getSetting(key, QString::number(defaultValue)));

@@ -24,9 +24,14 @@ public:
     // What song files carry and what becomes of partial ones (SongFileOptions).
     static inline const QString WriteTags = QStringLiteral("WriteTags");
     static inline const QString PartialSongs = QStringLiteral("PartialSongs");
+    // Songs cut at the quiet moment nearest the title change (a boolean, on
+    // when absent).
+    static inline const QString CutAtQuietMoment = QStringLiteral("CutAtQuietMoment");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);
+    // Removes the key (and the keys under it, "key/..."), so that readers get their default.
+    static void removeSetting(const QString &key);
 
     // Leading-number conversion of the stored text; the default when absent.
     static qint32 getNumber(const QString &key, qint32 defaultValue);

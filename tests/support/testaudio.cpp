@@ -1,5 +1,6 @@
 #include "support/testaudio.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QMap>
 #include <QProcess>
@@ -13,8 +14,13 @@
 #include <tpropertymap.h>
 
 #include <gtest/gtest.h>
+#include <ogg/ogg.h>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
+#include <cstring>
+#include <map>
 #include <numeric>
 #include <sys/resource.h>
 
@@ -88,6 +94,41 @@ QByteArray probe(const QString &entries, const QString &path)
 {
     return run(QStringLiteral("ffprobe -v error -select_streams a -show_entries %1 -of csv=p=0 %2"),
                {entries, path});
+}
+
+std::vector<AudioFrame> probedFrames(const QString &path)
+{
+    std::vector<AudioFrame> frames;
+    for (const QByteArray &line : probe(QStringLiteral("packet=pos,size,duration_time"), path).split('\n')) {
+        const QList<QByteArray> fields = line.trimmed().split(',');
+        if (fields.size() == 3)
+            frames.push_back({fields[2].toLongLong(), fields[1].toInt(), fields[0].toDouble(), false});
+    }
+    return frames;
+}
+
+// Each page is a frame; header pages have granule position 0.
+std::vector<AudioFrame> oggPages(const QByteArray &bytes, int sampleRate)
+{
+    std::vector<AudioFrame> frames;
+    ogg_sync_state sync;
+    ogg_sync_init(&sync);
+    char *buffer = ogg_sync_buffer(&sync, bytes.size());
+    std::memcpy(buffer, bytes.constData(), static_cast<size_t>(bytes.size()));
+    ogg_sync_wrote(&sync, bytes.size());
+    ogg_page page;
+    qint64 offset = 0;
+    ogg_int64_t granule = 0;
+    while (ogg_sync_pageout(&sync, &page) == 1) {
+        const ogg_int64_t end = std::max(granule, ogg_page_granulepos(&page));
+        const auto length = static_cast<qint32>(page.header_len + page.body_len);
+        frames.push_back({offset, length, static_cast<double>(end - granule) / sampleRate,
+                          ogg_page_granulepos(&page) == 0});
+        offset += length;
+        granule = end;
+    }
+    ogg_sync_clear(&sync);
+    return frames;
 }
 
 } // namespace
@@ -223,6 +264,132 @@ FileSizeLimit::~FileSizeLimit()
     getrlimit(RLIMIT_FSIZE, &limit);
     limit.rlim_cur = rlim_t(m_saved);
     setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+qint64 EncodedSound::offsetAt(double time) const
+{
+    double start = 0;
+    for (const AudioFrame &frame : frames) {
+        if (start + frame.duration > time)
+            return frame.offset;
+        start += frame.duration;
+    }
+    return bytes.size();
+}
+
+double SongPlan::start(int i) const
+{
+    double at = lead;
+    for (int k = 0; k < i; ++k)
+        at += length + gaps[static_cast<size_t>(k)];
+    return at;
+}
+
+float SongPlan::operator()(double t) const
+{
+    // A song fades over the overlap with a crossfaded neighbour and switches
+    // on and off where silence separates it.
+    double sum = 0;
+    for (int i = 0; i < songs(); ++i) {
+        const double from = start(i), to = end(i);
+        if (t < from || t >= to)
+            continue;
+        const double beat = std::abs(std::fmod(t - from, 2.0) - 1.075) < 0.075 ? 0.25 : 1;
+        const double fadeIn = i > 0 ? -gaps[static_cast<size_t>(i - 1)] : 0;
+        const double fadeOut = i + 1 < songs() ? -gaps[static_cast<size_t>(i)] : 0;
+        double gain = 1;
+        if (fadeIn > 0)
+            gain = std::min(gain, (t - from) / fadeIn);
+        if (fadeOut > 0)
+            gain = std::min(gain, (to - t) / fadeOut);
+        sum += beat * gain * 0.4 * (0.7 + 0.3 * std::sin(2 * M_PI * 3 * t)) *
+               std::sin(2 * M_PI * (300 + 110 * i) * t);
+    }
+    return static_cast<float>(sum);
+}
+
+const EncodedSound &encodeSound(const Sound &sound, double seconds, const SoundFormat &format)
+{
+    // The samples go to a file a second at a time; their hash names the result.
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    const QString raw = folder().filePath(QStringLiteral("sound.raw"));
+    QFile out(raw);
+    EXPECT_TRUE(out.open(QIODevice::WriteOnly)) << raw.toStdString();
+    const auto count = static_cast<qsizetype>(seconds * format.sampleRate);
+    std::vector<float> block;
+    for (qsizetype i = 0; i < count;) {
+        block.clear();
+        for (const qsizetype end = std::min(count, i + format.sampleRate); i < end; ++i)
+            block.insert(block.end(), format.channels, sound(static_cast<double>(i) / format.sampleRate));
+        const QByteArrayView bytes(reinterpret_cast<const char *>(block.data()), std::ssize(block) * 4);
+        hash.addData(bytes);
+        out.write(bytes.data(), bytes.size());
+    }
+    out.close();
+    hash.addData(QStringLiteral(" %1 %2 %3 %4")
+                     .arg(static_cast<int>(format.format))
+                     .arg(format.sampleRate)
+                     .arg(format.channels)
+                     .arg(format.kbps)
+                     .toLatin1());
+    static std::map<QByteArray, EncodedSound> made;
+    const QByteArray key = hash.result();
+    if (auto found = made.find(key); found != made.end())
+        return found->second;
+    const char *codec = "-c:a libmp3lame -write_xing 0 -id3v2_version 0 -f mp3";
+    if (format.format == StreamFormat::Aac)
+        codec = "-c:a aac -f adts";
+    else if (format.format == StreamFormat::Ogg)
+        codec = "-c:a libvorbis -page_duration 200000 -f ogg";
+    const QString file = folder().filePath(QString::fromLatin1(key.toHex()));
+    run(QStringLiteral("ffmpeg -v error -f f32le -ar %1 -ac %2 -i %3 -b:a %4k %5 %6")
+            .arg(format.sampleRate)
+            .arg(format.channels)
+            .arg(raw)
+            .arg(format.kbps)
+            .arg(QString::fromLatin1(codec), file));
+    EncodedSound audio;
+    QFile in(file);
+    if (in.open(QIODevice::ReadOnly))
+        audio.bytes = in.readAll();
+    audio.frames =
+        format.format == StreamFormat::Ogg ? oggPages(audio.bytes, format.sampleRate) : probedFrames(file);
+    EXPECT_FALSE(audio.frames.empty()) << "no audio made";
+    return made.emplace(key, std::move(audio)).first->second;
+}
+
+PlannedSongs runPlanner(CutPlanner &planner, const EncodedSound &audio,
+                        const std::vector<std::pair<qint64, QString>> &titles, qint64 stopAt)
+{
+    constexpr qint64 Chunk = 4096;
+    const qint64 end = stopAt < 0 ? audio.bytes.size() : std::min<qint64>(stopAt, audio.bytes.size());
+    PlannedSongs out;
+    auto frame = audio.frames.begin();
+    auto title = titles.begin();
+    const auto collect = [&] {
+        for (CutPlanner::Output &piece : planner.takeOutput()) {
+            if (auto *bytes = std::get_if<QByteArray>(&piece))
+                out.bytes += *bytes;
+            else
+                out.cuts.push_back(std::get<SongCut>(piece));
+        }
+    };
+    for (qint64 at = 0; at < end;) {
+        qint64 next = std::min(at + Chunk, end);
+        if (title != titles.end() && title->first > at)
+            next = std::min(next, title->first);
+        planner.addBytes(QByteArrayView(audio.bytes).sliced(at, next - at));
+        at = next;
+        for (; frame != audio.frames.end() && frame->offset + frame->length <= at; ++frame)
+            planner.addFrame(*frame);
+        for (; title != titles.end() && title->first <= at; ++title)
+            planner.changeTitle(title->first, title->second);
+        collect();
+    }
+    out.peakHeld = planner.peakBytesHeld();
+    planner.flush();
+    collect();
+    return out;
 }
 
 } // namespace TestAudio
