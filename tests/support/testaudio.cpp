@@ -24,6 +24,8 @@
 #include <numeric>
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 namespace TestAudio {
 
 namespace {
@@ -342,12 +344,11 @@ const EncodedSound &encodeSound(const Sound &sound, double seconds, const SoundF
     else if (format.format == StreamFormat::Ogg)
         codec = "-c:a libvorbis -page_duration 200000 -f ogg";
     const QString file = folder().filePath(QString::fromLatin1(key.toHex()));
-    run(QStringLiteral("ffmpeg -v error -f f32le -ar %1 -ac %2 -i %3 -b:a %4k %5 %6")
-            .arg(format.sampleRate)
-            .arg(format.channels)
-            .arg(raw)
-            .arg(format.kbps)
-            .arg(QString::fromLatin1(codec), file));
+    // %1 and %2 stand for the paths, which may hold blanks.
+    run(u"ffmpeg -v error -f f32le -ar "_s + QString::number(format.sampleRate) + u" -ac "_s +
+            QString::number(format.channels) + u" -i %1 -b:a "_s + QString::number(format.kbps) + u"k "_s +
+            QString::fromLatin1(codec) + u" %2"_s,
+        {raw, file});
     EncodedSound audio;
     QFile in(file);
     if (in.open(QIODevice::ReadOnly))
