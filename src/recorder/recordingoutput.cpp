@@ -43,6 +43,22 @@ QString BuildFileName(const QString &templ, const QString &station, const QDateT
     return name;
 }
 
+QString templateFolder(const QString &templ, const QDateTime &now, const QString &recordingsFolder)
+{
+    // A character no cleaned name holds marks where the names go.
+    const QChar mark(u'\x01');
+    QString marked = templ;
+    marked.replace(QStringLiteral("%STATION%"), mark).replace(SongPlaceholder, mark);
+    const QStringList parts = QDir::cleanPath(BuildFileName(marked, {}, now, recordingsFolder)).split(u'/');
+    QStringList folder;
+    for (const QString &part : parts) {
+        if (part.contains(mark) || &part == &parts.last())
+            break;
+        folder.append(part);
+    }
+    return folder.join(u'/');
+}
+
 RecordingOutput::RecordingOutput() = default;
 
 RecordingOutput::~RecordingOutput() = default;
@@ -95,6 +111,11 @@ bool RecordingOutput::openFile(const QString &name, FileKind kind, SongTags tags
     // Only the first file can be the one the user agreed to overwrite.
     const bool replace = !m_recording.replaceable.isEmpty() && name == m_recording.replaceable;
     m_recording.replaceable.clear();
+    const QString folder = m_recording.folder;
+    if (!folder.isEmpty() && !QDir::cleanPath(name).startsWith(folder + u'/')) {
+        m_writer.fail(tr("The file name \"%1\" leaves its folder \"%2\"").arg(name, folder));
+        return false;
+    }
     if (!m_writer.open(name, replace))
         return false;
     m_fileName = m_writer.fileName();

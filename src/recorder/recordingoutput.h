@@ -27,6 +27,11 @@
 QString BuildFileName(const QString &templ, const QString &station, const QDateTime &now,
                       const QString &recordingsFolder);
 
+// The folder that the names in a template cannot change: the expanded
+// template up to the first part of the path a "%STATION%" or "%SONG%" gives.
+// Every file of a recording must lie inside it.
+QString templateFolder(const QString &templ, const QDateTime &now, const QString &recordingsFolder);
+
 // The recorder's output stage. The stream parser hands it the audio in
 // intervals and says where titles change; it writes them into one continuous
 // file, or into one file per song:
@@ -63,6 +68,8 @@ public:
         // An existing file the user agreed to overwrite; every other name
         // that is taken gets a number instead.
         QString replaceable;
+        // See templateFolder; a file outside it is refused. Empty: no check.
+        QString folder;
     };
 
     RecordingOutput();
@@ -81,6 +88,10 @@ public:
     // Statistics: cache flushes that reached a file and the bytes they wrote.
     qint32 blockWrites() const { return m_writer.blockWrites(); }
     double bytesWritten() const { return m_writer.bytesWritten(); }
+    // The bytes written and those in the cache: what the files hold once it goes out.
+    double bytesTaken() const { return m_writer.bytesWritten() + double(m_writer.cache().size()); }
+    // Writes the cache out now, so that a failing disk is found early.
+    void flushCache() { m_writer.flush(); }
     // What a new recording starts from: both counters zero, no error.
     void resetCounters() { m_writer.resetCounters(); }
     // Why the output cannot go on: the first open or write that failed; empty while none has.

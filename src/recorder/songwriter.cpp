@@ -1,12 +1,31 @@
 #include "recorder/songwriter.h"
 
+#include "base/diskwrite.h"
+
 #include <QDir>
 #include <QFileInfo>
+
+#ifdef Q_OS_UNIX
+#include <sys/file.h>
+#endif
 
 namespace {
 
 // Enough for any folder a recording fills; past it something else is wrong.
 constexpr int MaxNumber = 100000;
+
+// An advisory lock on the open file for as long as it stays open: another
+// recording, in this process or another, that opens the same file does not
+// get it and moves on to the next name. The system drops it with the file.
+bool lockExclusively(QFile &file)
+{
+#ifdef Q_OS_UNIX
+    return ::flock(file.handle(), LOCK_EX | LOCK_NB) == 0;
+#else
+    Q_UNUSED(file);
+    return true;
+#endif
+}
 
 } // namespace
 
@@ -35,17 +54,28 @@ bool SongWriter::open(const QString &path, bool replace)
 {
     close();
     // Unbuffered: every cache flush is one write, and a failing one is seen at once.
-    // NewOnly makes the test for a free name and the creation one step.
-    const QIODevice::OpenMode mode =
-        QIODevice::WriteOnly | QIODevice::Unbuffered | (replace ? QIODevice::Truncate : QIODevice::NewOnly);
+    // NewOnly makes the test for a free name and the creation one step. A file
+    // to replace is emptied only once it is locked, so that one another
+    // recording is writing keeps what it holds.
+    const QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
     for (int number = 1; number <= MaxNumber; ++number) {
+        const bool replacing = replace && number == 1;
         m_file.setFileName(number == 1 ? path : numberedFileName(path, number));
-        if (m_file.open(mode))
-            return true;
-        if (replace || !m_file.exists())
+        if (m_file.open(mode | (replacing ? QIODevice::ReadWrite : QIODevice::NewOnly))) {
+            if (!lockExclusively(m_file)) {
+                m_file.close();
+                continue;
+            }
+            // A device such as /dev/full has no size to cut.
+            if (m_file.size() == 0 || m_file.resize(0))
+                return true;
+            break;
+        }
+        if (replacing || !m_file.exists())
             break;
     }
-    fail(tr("Unable to open \"%1\": %2").arg(path, m_file.errorString()));
+    fail(tr("Unable to open \"%1\": %2").arg(path, DiskWrite::why(m_file)));
+    m_file.close();
     return false;
 }
 
@@ -85,12 +115,11 @@ void SongWriter::writeBlock(QByteArrayView block)
     // After a failure the recording is being stopped: nothing more goes out.
     if (!m_file.isOpen() || !m_error.isEmpty())
         return;
-    const qint64 written = m_file.write(block.data(), block.size());
-    if (written > 0)
-        m_bytesWritten += double(written);
+    const qint64 written = DiskWrite::writeAll(m_file, block);
+    m_bytesWritten += double(written);
     ++m_blockWrites;
     if (written != block.size())
-        fail(tr("Unable to write \"%1\": %2").arg(m_file.fileName(), m_file.errorString()));
+        fail(tr("Unable to write \"%1\": %2").arg(m_file.fileName(), DiskWrite::why(m_file)));
 }
 
 QString SongWriter::settlePartial(SongFileOptions::PartialSongs choice)

@@ -10,7 +10,8 @@
 
 // Writes a recording's files, one at a time, through a write cache. No file is
 // ever overwritten unless the user agreed to it: a name that is taken gets
-// " (2)", " (3)", ... before its extension. Failures never throw: the first
+// " (2)", " (3)", ... before its extension, and so does a file another
+// recording holds open (an advisory lock, in this process or another). Failures never throw: the first
 // file that cannot be made or written is kept in error() and nothing more goes
 // out; bytes already written stay. It also puts a closed partial song where
 // the settings say.
@@ -55,10 +56,11 @@ public:
     const QString &error() const { return m_error; }
     // What a new recording starts from: both counters zero, no error.
     void resetCounters();
+    // Keeps message as the error, unless one is kept already: nothing more goes out.
+    void fail(const QString &message);
 
 private:
     void writeBlock(QByteArrayView block);
-    void fail(const QString &message);
 
     QFile m_file;
     QByteArray m_cache;

@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include <algorithm>
+
 #include <utility>
 
 StreamRecorder::StreamRecorder(Prompt &prompt, PowerControl &power, Options options, QObject *parent)
@@ -57,7 +59,9 @@ void StreamRecorder::start()
     showTitle({});
     m_recording = true;
     m_streamCame = false;
+    m_limitHit = false;
     emit started();
+    m_clock.start();
     m_limitClock.start();
     const QString &address = m_settings.address;
     if (m_options.launchMode) {
@@ -122,8 +126,10 @@ void StreamRecorder::StartRecording(const QString &address)
     if (StopOverwrite())
         return;
     const QString asked = m_output.FileName();
-    m_output.startRecording({m_settings.station, address, m_startTime, m_settings.songFiles,
-                             QFileInfo::exists(asked) ? asked : QString()});
+    m_output.startRecording(
+        {m_settings.station, address, m_startTime, m_settings.songFiles,
+         QFileInfo::exists(asked) ? asked : QString(),
+         templateFolder(m_settings.saveTemplate, m_startTime, AppPaths::recordingsFolder())});
     if (!StartStream(address))
         stopWithFailure(StopReason::Kind::BadAddress, m_status);
 }
@@ -204,6 +210,13 @@ void StreamRecorder::onStreamData(const QByteArray &bytes)
     beginOutput();
     showWarnings();
     checkFailures();
+    // A size limit seen where the bytes went out: the files end there. What
+    // follows the limit waits until the socket's call chain is left, as a failure's does.
+    if (m_limitHit && m_recording) {
+        emit limitProgress(100);
+        end({StopReason::Kind::LimitReached, {}});
+        QTimer::singleShot(0, this, &StreamRecorder::FinishRecording);
+    }
 }
 
 void StreamRecorder::showWarnings()
@@ -285,18 +298,35 @@ void StreamRecorder::onDownloadError(const QString &key, int statusCode, const Q
 
 void StreamRecorder::checkLimit()
 {
+    if (!m_recording)
+        return;
+    // A disk that fails is found while the recording runs, however slowly the station sends.
+    m_output.flushCache();
+    checkFailures();
     if (!m_recording || !m_settings.limit)
         return;
     const RecordingSettings::StopLimit limit = *m_settings.limit;
-    const std::optional<qint32> elapsed =
+    // The clock as well as the bytes: a station that trickles, or names no bit
+    // rate, cannot stretch the time.
+    const qint32 clockSeconds = qint32(m_clock.elapsed() / 1000);
+    const std::optional<qint32> fromBytes =
         RecorderStats::elapsedSeconds(m_stream.BytesTotal(), m_stream.Bitrate());
+    const qint32 elapsed = std::max(clockSeconds, fromBytes.value_or(0));
     const std::optional<int> percent =
-        RecorderStats::limitProgress(limit.kind, limit.value, elapsed, m_output.bytesWritten());
+        RecorderStats::limitProgress(limit.kind, limit.value, elapsed, m_output.bytesTaken());
     if (!percent)
         return;
     emit limitProgress(*percent);
     if (RecorderStats::limitReached(percent, limit.value))
         FinishRecording();
+}
+
+bool StreamRecorder::sizeLimitReached() const
+{
+    if (!m_settings.limit || m_settings.limit->kind != RecorderStats::Limit::Megabytes ||
+        m_settings.limit->value <= 0)
+        return false;
+    return m_output.bytesTaken() >= m_settings.limit->value * 1024 * 1024;
 }
 
 void StreamRecorder::FinishRecording()
@@ -390,14 +420,20 @@ void StreamRecorder::setWriteEnabled(bool enabled)
 
 void StreamRecorder::WriteToDisk(QByteArrayView data, bool flush)
 {
+    // Past a size limit nothing more goes out, also while the recording ends.
+    if (m_limitHit)
+        return;
     beginOutput();
     m_output.WriteToDisk(data, flush);
+    m_limitHit = sizeLimitReached();
 }
 
 // Where a song ends: the parser calls this at a title change, after the
 // interval in front of the title has been written with flush set.
 void StreamRecorder::NewSong(const QString &title)
 {
+    if (m_limitHit)
+        return;
     beginOutput();
     // One file per song turned off before any song began: the rest is one file.
     if (!m_settings.singleSong && !m_output.isFileOpen())

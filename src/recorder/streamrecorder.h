@@ -9,6 +9,7 @@
 #include "recorder/streamconnection.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -71,7 +72,7 @@ public:
     // Scheme and host of the playlist service in place of the built-in one
     // (a mirror, or a test server).
     static constexpr auto PlaylistServiceVariable = "TUNECATCH_PLAYLIST_SERVICE";
-    // How often the stop limit is checked while recording.
+    // How often the time limit is checked, and the write cache written out, while recording.
     static constexpr int LimitInterval = 500;
 
     StreamRecorder(Prompt &prompt, PowerControl &power, Options options, QObject *parent = nullptr);
@@ -169,6 +170,8 @@ private:
     void onDownloadComplete(const QString &key, const QByteArray &body);
     void onDownloadError(const QString &key, int statusCode, const QString &statusText);
     void checkLimit();
+    // The bytes of the files have reached a megabyte limit: checked where they are written.
+    bool sizeLimitReached() const;
     bool StopOverwrite();
     void Cleanup();
 
@@ -182,6 +185,8 @@ private:
     StreamConnection *m_connection = nullptr;
     FileDL *m_fileDL = nullptr;
     QTimer m_limitClock;
+    // Time since the start, for a minutes limit.
+    QElapsedTimer m_clock;
     QDateTime m_startTime;
     QString m_address;
     QString m_title;
@@ -190,4 +195,6 @@ private:
     bool m_recording = false;
     // Whether a stream has come since the start: a connection lost after that dropped.
     bool m_streamCame = false;
+    // A size limit was reached: the recording finishes, nothing more is written.
+    bool m_limitHit = false;
 };

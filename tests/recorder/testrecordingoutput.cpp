@@ -40,7 +40,7 @@ protected:
     {
         QDir().mkpath(path({}));
         out.resetCounters();
-        out.startRecording({Station, Address, Now, options, replaceable});
+        out.startRecording({Station, Address, Now, options, replaceable, QDir::cleanPath(path({}))});
         // A first recording writes nothing until its first title.
         out.setWriteEnabled(false);
         out.begin(format, interval);
@@ -86,13 +86,31 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
                 {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio X.mp3"_s},
                 {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s}};
     for (const auto &row : rows)
-        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected)
-            << row.templ.toStdString();
+        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected) << row.templ.toStdString();
     EXPECT_TRUE(QFileInfo(rec).isDir());
     // A station name never names another folder.
     for (const QString &station : {u"../../x"_s, u"..\\x"_s, u"/x"_s, u".x"_s})
         EXPECT_EQ(BuildFileName(u"./%STATION%.mp3"_s, station, Now, rec), rec + u"x.mp3"_s);
     EXPECT_EQ(BuildFileName(u"./%STATION%.mp3"_s, u".."_s, Now, rec), rec + u"_.mp3"_s);
+
+    // The folder no name can change, and a file outside it is refused.
+    const QString r = QDir::cleanPath(rec);
+    const struct
+    {
+        QString templ, folder;
+    } folders[] = {{u"./%STATION%/%DATE%/%SONG%.mp3"_s, r},
+                   {u"./%DATE%/../x/%SONG% - %STATION%.mp3"_s, r + u"/x"_s},
+                   {u"/m/a%STATION%b/x.mp3"_s, u"/m"_s},
+                   {u"/m/x.mp3"_s, u"/m"_s}};
+    for (const auto &row : folders)
+        EXPECT_EQ(templateFolder(row.templ, Now, rec), row.folder) << row.templ.toStdString();
+    start(StreamFormat::Mp3, 5000);
+    for (const QString &outside : {path(u"../x.mp3"_s), u"/tmp/x.mp3"_s}) {
+        out.resetCounters();
+        out.setFileName(outside);
+        EXPECT_FALSE(out.OpenFile());
+        EXPECT_TRUE(out.error().startsWith(u"The file name \""_s + outside + u"\" leaves its folder"_s));
+    }
 }
 
 TEST_F(RecordingOutputTest, SongFilesBeginWithTheirTagsAndAWholeFrameAndSayWhetherTheyAreWhole)

@@ -75,6 +75,28 @@ TEST_F(SongWriterTest, ATakenNameGetsANumberUnlessReplacingWasAgreedTo)
         EXPECT_EQ(numberedFileName(row.name, 2), row.numbered);
 }
 
+TEST_F(SongWriterTest, AFileAnotherWriterHoldsIsNeverOpenedAgainEvenToReplaceIt)
+{
+    SongWriter other;
+    ASSERT_TRUE(other.open(path(u"Song.mp3"_s), true));
+    other.write("first");
+    other.flush();
+    for (const bool replace : {true, false}) {
+        ASSERT_TRUE(writer.open(path(u"Song.mp3"_s), replace));
+        EXPECT_EQ(writer.fileName(), path(u"Song (2).mp3"_s));
+        writer.write("second");
+        writer.close();
+        QFile::remove(writer.fileName());
+    }
+    other.close();
+    EXPECT_EQ(TempProfile::readFile(path(u"Song.mp3"_s)), "first");
+    // Once it is closed, replacing it is what was agreed to.
+    ASSERT_TRUE(writer.open(path(u"Song.mp3"_s), true));
+    writer.write("third");
+    writer.close();
+    EXPECT_EQ(TempProfile::readFile(path(u"Song.mp3"_s)), "third");
+}
+
 TEST_F(SongWriterTest, AFailureIsKeptAndNothingMoreGoesOut)
 {
     EXPECT_FALSE(writer.open(path(u"missing/a.mp3"_s), false));
@@ -90,6 +112,13 @@ TEST_F(SongWriterTest, AFailureIsKeptAndNothingMoreGoesOut)
     writer.close();
     EXPECT_TRUE(writer.error().startsWith(u"Unable to write \""_s)) << writer.error().toStdString();
     EXPECT_EQ(TempProfile::readFile(path(u"full.mp3"_s)), QByteArray(70000, 'a') + QByteArray(30000, 'b'));
+
+    // A full disk is said in words.
+    writer.resetCounters();
+    ASSERT_TRUE(QFile::link(u"/dev/full"_s, path(u"disk.mp3"_s)));
+    ASSERT_TRUE(writer.open(path(u"disk.mp3"_s), true));
+    writer.write(QByteArray(70000, 'a'));
+    EXPECT_EQ(writer.error(), u"Unable to write \""_s + path(u"disk.mp3"_s) + u"\": The disk is full"_s);
 }
 
 TEST_F(SongWriterTest, PartialSongsAreKeptMovedOrDeleted)

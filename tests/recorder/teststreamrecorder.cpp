@@ -10,6 +10,7 @@
 #include "support/testaudio.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -330,6 +331,8 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
     using enum IcyServer::Fault;
     const QString stream = server.url(), loop = u"Loop"_s, plain = u"./%STATION%.mp3"_s;
     const QString unable = u"Unable to open"_s, invalid = u"Invalid stream address: "_s;
+    // A disk that fills up: the file the user agreed to replace leads to /dev/full.
+    const QString full = u"Unable to write \""_s + recordings() + u"Full.mp3\": The disk is full"_s;
     const struct
     {
         QString address;
@@ -351,7 +354,7 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
                 {stream, EndlessHeader, loop, plain, Kind::Unreachable, StreamConnection::TextNoStream},
                 {stream, None, loop, u"/proc/no/such/folder/%STATION%.mp3"_s, Kind::OutputFailed, unable},
                 {stream, None, loop, u"/proc/no/such/folder/%SONG%.mp3"_s, Kind::OutputFailed, unable},
-                {stream, None, loop, u"/dev/full"_s, Kind::OutputFailed, u"Unable to write \"/dev/full\""_s}};
+                {stream, None, u"Full"_s, plain, Kind::OutputFailed, full}};
     make(plain, false);
     for (const auto &row : rows) {
         SCOPED_TRACE(row.address.toStdString() + ' ' + row.saveTemplate.toStdString());
@@ -363,6 +366,10 @@ TEST_F(StreamRecorderTest, WhatCannotGoOnStopsWithEverythingWrittenAndSaysWhy)
         settings.saveTemplate = row.saveTemplate;
         settings.station = row.station;
         settings.singleSong = row.saveTemplate.contains(u"%SONG%"_s);
+        if (row.status == full) {
+            ASSERT_TRUE(QDir().mkpath(recordings()) &&
+                        QFile::link(u"/dev/full"_s, recordings() + u"Full.mp3"_s));
+        }
         start();
         EXPECT_TRUE(stopsWith(row.kind)) << (stops.isEmpty() ? -1 : int(stops.last().kind));
         EXPECT_FALSE(recorder->Recording());
@@ -474,6 +481,76 @@ TEST_F(StreamRecorderTest, LimitsStopTheRecordingThenThePowerActionFollows)
                                          : continuousFile(sent, server.metaInt, limit).left(limit));
         prompt.shown.clear();
     }
+}
+
+TEST_F(StreamRecorderTest, ATimeLimitEndsByTheClockWhateverTheStationSends)
+{
+    // 0.02 minutes: 1.2 s. A station that trickles ten bytes a second, and one that names no bit rate.
+    const struct
+    {
+        qint64 bytesPerSecond;
+        bool bitrate;
+    } rows[] = {{10, true}, {16000, false}};
+    server.songs = {{"Song", 100}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.bytesPerSecond);
+        server.bytesPerSecond = row.bytesPerSecond;
+        server.announceBitrate = row.bitrate;
+        make(u"./%STATION%.mp3"_s, false, true);
+        settings.limit = {{RecorderStats::Limit::Minutes, 0.02}};
+        QElapsedTimer clock;
+        clock.start();
+        start();
+        ASSERT_TRUE(stopsWith(Kind::LimitReached));
+        EXPECT_GE(clock.elapsed(), 1200);
+        EXPECT_EQ(finished, 1);
+    }
+}
+
+TEST_F(StreamRecorderTest, ASizeLimitStopsWhereTheBytesAreWritten)
+{
+    server.songs = {{"One", 1}, {"Two", 1}};
+    server.repeat = true;
+    server.flood = true;
+    server.keepSent = false;
+    for (const bool singleSong : {false, true}) {
+        SCOPED_TRACE(singleSong);
+        QDir(recordings()).removeRecursively();
+        make(u"./%SONG%%STATION%.mp3"_s, singleSong, true);
+        settings.limit = {{RecorderStats::Limit::Megabytes, 0.05}};
+        start();
+        ASSERT_TRUE(stopsWith(Kind::LimitReached));
+        qint64 total = 0;
+        for (const QString &name : recordedNames())
+            total += QFileInfo(recordings() + name).size();
+        // Past it at most the interval that reached it, the one written twice at a
+        // title, and the frames a song file held back to find where its song begins.
+        EXPECT_GE(total, qint64(0.05 * 1024 * 1024));
+        EXPECT_LE(total, qint64(0.05 * 1024 * 1024) + 3 * server.metaInt);
+    }
+}
+
+TEST_F(StreamRecorderTest, TwoRecordingsOfOneStationNeverWriteIntoTheSameFile)
+{
+    server.songs = {{"Song", 400}};
+    server.bytesPerSecond = 64000;
+    // Launched: a file left from before is replaced unasked, but not one in use.
+    TempProfile::writeFile(recordings() + u"Loop.mp3"_s, "left from last time");
+    make(u"./%STATION%.mp3"_s, false, true);
+    std::unique_ptr<StreamRecorder> first = std::move(recorder);
+    first->setSettings(settings);
+    first->start();
+    ASSERT_TRUE(waitUntil([&] { return first->counters().bytesWritten > 0; }, Wait));
+    make(u"./%STATION%.mp3"_s, false, true);
+    start();
+    ASSERT_TRUE(waitUntil([&] { return recorder->counters().bytesTotal >= 2 * server.metaInt; }, Wait));
+    EXPECT_EQ(recorder->output().FileName(), recordings() + u"Loop (2).mp3"_s);
+    recorder->stop();
+    first->stop();
+    EXPECT_EQ(stops.last().kind, Kind::Stopped);
+    const QByteArray a = recorded(u"Loop.mp3"_s), b = recorded(u"Loop (2).mp3"_s);
+    EXPECT_TRUE(continuousFile(server.sent(0), server.metaInt, a.size()).startsWith(a));
+    EXPECT_TRUE(continuousFile(server.sent(1), server.metaInt, b.size()).startsWith(b));
 }
 
 TEST_F(StreamRecorderTest, AFloodKeepsMemoryBounded)

@@ -32,7 +32,7 @@ namespace {
 
 const QByteArray header = "ICY 200 OK\r\nicy-notice1:scripted test station\r\nicy-name:Loopback FM\r\n"
                           "icy-genre:Test\r\nicy-url:http://station.example/\r\n"
-                          "icy-pub:1\r\nicy-br:128\r\n";
+                          "icy-pub:1\r\n";
 
 // A header line repeated for ever never makes the empty line that ends a header.
 const QByteArray endlessLine = "icy-notice1:still going\r\n";
@@ -193,7 +193,9 @@ void IcyServer::onReadyRead(Client &client)
         const QByteArray value =
             announcedInterval.isEmpty() ? QByteArray::number(metaInt) : announcedInterval;
         const QByteArray interval = announceInterval ? "icy-metaint:" + value + "\r\n" : QByteArray();
-        const QByteArray answer = header + "content-type:" + contentType + "\r\n" + interval + "\r\n";
+        const QByteArray bitrate = announceBitrate ? "icy-br:128\r\n" : QByteArray();
+        const QByteArray answer =
+            header + bitrate + "content-type:" + contentType + "\r\n" + interval + "\r\n";
         if (fault == Fault::SlowHeader)
             client.slowHeader = answer;
         else
