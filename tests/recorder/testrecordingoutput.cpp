@@ -86,7 +86,8 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
                 {u"C:\\Music\\%STATION%.mp3"_s, u"C:\\Music\\Radio X.mp3"_s},
                 {u"/m/%DATE%/%DATE% %station%.mp3"_s, u"/m/2024-03-05/2024-03-05 %station%.mp3"_s}};
     for (const auto &row : rows)
-        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected) << row.templ.toStdString();
+        EXPECT_EQ(BuildFileName(row.templ, u"Radio: X"_s, Now, rec), row.expected)
+            << row.templ.toStdString();
     EXPECT_TRUE(QFileInfo(rec).isDir());
     // A station name never names another folder.
     for (const QString &station : {u"../../x"_s, u"..\\x"_s, u"/x"_s, u".x"_s})

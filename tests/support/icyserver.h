@@ -73,16 +73,16 @@ public:
     bool repeatTitles = false;    // send the title in every block, not only on a change
     bool titles = true;           // false: every block is empty (length 0)
     bool announceInterval = true; // false: no "icy-metaint:", the stream is plain audio
-    bool announceBitrate = true;  // false: no "icy-br:", the time is known only by the clock
     int metaInt = 8000;
+    bool announceBitrate = true; // false: no "icy-br:", the time is known only by the clock
     // The audio sent, from its start and round again; empty: varied bytes that are no audio.
     QByteArray audio;
     QByteArray contentType = "audio/mpeg";
     QByteArray announcedInterval; // what "icy-metaint:" says when not metaInt as a number
-    qint64 bytesPerSecond = 0;    // audio pace; 0 sends as fast as the loop turns
-    bool flood = false;           // unpaced and in large pieces: faster than a reader takes it
-    int dropAfter = 0;            // closes each connection after so many intervals (0: never)
-    int stallAfter = 0;           // falls silent after so many intervals, connection kept (0: never)
+    qint64 bytesPerSecond = 0; // audio pace; 0 sends as fast as the loop turns
+    bool flood = false;        // unpaced and in large pieces: faster than a reader takes it
+    int dropAfter = 0;         // closes each connection after so many intervals (0: never)
+    int stallAfter = 0;        // falls silent after so many intervals, connection kept (0: never)
     Fault fault = Fault::None;
     bool keepSent = true; // false: remember nothing (long runs)
     // Whole HTTP answers by path; other ".pls" paths get a 404.
