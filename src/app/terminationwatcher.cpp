@@ -1,6 +1,9 @@
 #include "app/terminationwatcher.h"
 
+#include <QApplication>
+#include <QDialog>
 #include <QSocketNotifier>
+#include <QWidget>
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -24,11 +27,16 @@ void onSignal(int)
 constexpr int watchedSignals[] = {SIGINT, SIGTERM, SIGHUP};
 #endif
 
+constexpr int MaxModals = 16;
+
 } // namespace
 
 TerminationWatcher::TerminationWatcher(std::function<void()> onTerminate, QObject *parent)
     : QObject(parent), m_onTerminate(std::move(onTerminate))
 {
+    m_modalWait.setSingleShot(true);
+    m_modalWait.setInterval(ModalWait);
+    connect(&m_modalWait, &QTimer::timeout, this, &TerminationWatcher::deliver);
 #ifdef Q_OS_UNIX
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0)
         return;
@@ -36,8 +44,8 @@ TerminationWatcher::TerminationWatcher(std::function<void()> onTerminate, QObjec
     connect(m_notifier, &QSocketNotifier::activated, this, [this] {
         char byte = 0;
         [[maybe_unused]] const auto read = ::read(signalPipe[1], &byte, 1);
-        if (m_onTerminate)
-            m_onTerminate();
+        m_modalsClosed = 0;
+        deliver();
     });
     struct sigaction action = {};
     action.sa_handler = onSignal;
@@ -46,6 +54,28 @@ TerminationWatcher::TerminationWatcher(std::function<void()> onTerminate, QObjec
     for (const int s : watchedSignals)
         ::sigaction(s, &action, nullptr);
 #endif
+}
+
+void TerminationWatcher::deliver()
+{
+    m_modalWait.stop();
+    disconnect(m_modalGone);
+    QWidget *modal = QApplication::activeModalWidget();
+    if (modal && m_modalsClosed < MaxModals) {
+        ++m_modalsClosed;
+        // Queued: a dialog on the stack is destroyed as the call that ran it
+        // returns, and the close goes on from the loop below it.
+        m_modalGone =
+            connect(modal, &QObject::destroyed, this, &TerminationWatcher::deliver, Qt::QueuedConnection);
+        m_modalWait.start();
+        if (auto *dialog = qobject_cast<QDialog *>(modal))
+            dialog->reject();
+        else
+            modal->close();
+        return;
+    }
+    if (m_onTerminate)
+        m_onTerminate();
 }
 
 TerminationWatcher::~TerminationWatcher()

@@ -90,8 +90,6 @@ public:
     double bytesWritten() const { return m_writer.bytesWritten(); }
     // The bytes written and those in the cache: what the files hold once it goes out.
     double bytesTaken() const { return m_writer.bytesWritten() + double(m_writer.cache().size()); }
-    // Writes the cache out now, so that a failing disk is found early.
-    void flushCache() { m_writer.flush(); }
     // What a new recording starts from: both counters zero, no error.
     void resetCounters() { m_writer.resetCounters(); }
     // Why the output cannot go on: the first open or write that failed; empty while none has.

@@ -298,11 +298,6 @@ void StreamRecorder::onDownloadError(const QString &key, int statusCode, const Q
 
 void StreamRecorder::checkLimit()
 {
-    if (!m_recording)
-        return;
-    // A disk that fails is found while the recording runs, however slowly the station sends.
-    m_output.flushCache();
-    checkFailures();
     if (!m_recording || !m_settings.limit)
         return;
     const RecordingSettings::StopLimit limit = *m_settings.limit;

@@ -72,7 +72,7 @@ public:
     // Scheme and host of the playlist service in place of the built-in one
     // (a mirror, or a test server).
     static constexpr auto PlaylistServiceVariable = "TUNECATCH_PLAYLIST_SERVICE";
-    // How often the time limit is checked, and the write cache written out, while recording.
+    // How often the time limit is checked while recording.
     static constexpr int LimitInterval = 500;
 
     StreamRecorder(Prompt &prompt, PowerControl &power, Options options, QObject *parent = nullptr);

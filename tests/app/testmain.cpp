@@ -6,6 +6,7 @@
 #include "app/programparts.h"
 #include "app/qtappwindows.h"
 #include "app/startup.h"
+#include "app/terminationwatcher.h"
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
 #include "base/settingsstore.h"
@@ -39,6 +40,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <csignal>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -126,6 +129,32 @@ TEST_F(LaunchTest, AnOrdinaryStartShowsTheStationsAndBeingToldToEndSavesEditsAnd
     EXPECT_TRUE(found);
     EXPECT_TRUE(start.prompt.shown.isEmpty());
 }
+
+#ifdef Q_OS_UNIX
+// A dialog runs on the stack as a child of the station window: the signal
+// closes it before the window goes.
+TEST_F(LaunchTest, ASignalWhileADialogIsOpenClosesItFirstThenEndsTheProgram)
+{
+    for (const char *button : {"cmdAbout", "cmdSettings"}) {
+        SCOPED_TRACE(button);
+        OrdinaryStart start(profile);
+        ASSERT_TRUE(start.shown);
+        TerminationWatcher watcher([&start] { start.startup.terminate(); });
+        QString shown;
+        const int status = start.runUntil([&] {
+            QTimer::singleShot(0, [&] {
+                if (QWidget *modal = QApplication::activeModalWidget())
+                    shown = QString::fromLatin1(modal->metaObject()->className());
+                ::raise(SIGTERM);
+            });
+            QTest::mouseClick(start.main->findChild<QWidget *>(QLatin1StringView(button)), Qt::LeftButton);
+        });
+        EXPECT_EQ(status, 0);
+        EXPECT_FALSE(shown.isEmpty()) << "the dialog was not open when the signal came";
+        EXPECT_TRUE(std::ranges::none_of(QApplication::topLevelWidgets(), &QWidget::isVisible));
+    }
+}
+#endif
 
 // What the program prints and how it ends, as a terminal or a scheduler sees it.
 TEST_F(LaunchTest, TheCommandLineAnswersOnItsStreamsAndItsExitStatusSaysHowTheRecordingEnded)
