@@ -43,6 +43,8 @@
 #include <algorithm>
 #include <csignal>
 #include <functional>
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -175,7 +177,11 @@ TEST_F(LaunchTest, TheCommandLineAnswersOnItsStreamsAndItsExitStatusSaysHowTheRe
         {rest, 2, {}, u"No stream address given (-a)."_s},
         {refused + rest, 3, {}, StreamConnection::TextNoConnection},
         {loop + u" -w Loop -s /proc/none/%STATION%.mp3 -b 1"_s, 4, {}, u"Unable to open"_s},
+        {loop + u" -w Full -s ./%STATION%.mp3 -b 1"_s, 4, {}, u"Full.mp3\": The disk is full"_s},
     };
+    // A disk that fills up: the file a launched recording replaces leads to /dev/full.
+    const QString recordings = profile.dataFolder() + u"Rec/"_s;
+    ASSERT_TRUE(QDir().mkpath(recordings) && QFile::link(u"/dev/full"_s, recordings + u"Full.mp3"_s));
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments.toStdString());
         ASSERT_NO_FATAL_FAILURE(launch(row.arguments));
@@ -192,6 +198,57 @@ TEST_F(LaunchTest, TheCommandLineAnswersOnItsStreamsAndItsExitStatusSaysHowTheRe
         }
         EXPECT_TRUE(errors.contains(row.errors)) << errors.toStdString();
         QFile::remove(profile.installFolder() + u"/tunecatch"_s);
+    }
+}
+
+// Limits by the clock and at the byte, and recordings of one station at the
+// same time, each in its own file.
+TEST_F(LaunchTest, LaunchedRecordingsEndAtTheirLimitsAndNeverShareAFile)
+{
+    server.songs = {{"Artist - Endless", 1000}};
+    server.repeat = true;
+    server.keepSent = false;
+    ASSERT_TRUE(server.start());
+    const QString recordings = profile.dataFolder() + u"Rec/"_s;
+    const qint64 limitBytes = qint64(0.05 * 1024 * 1024);
+    const struct
+    {
+        qint64 bytesPerSecond;
+        bool bitrate, flood;
+        QString limit;
+        int programs;
+    } rows[] = {{10, true, false, u"-t 0.02"_s, 1},
+                {16000, false, false, u"-t 0.02"_s, 1},
+                {0, true, true, u"-b 0.05"_s, 3}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.limit.toStdString() + ' ' + std::to_string(row.bytesPerSecond));
+        QDir(recordings).removeRecursively();
+        server.bytesPerSecond = row.bytesPerSecond;
+        server.announceBitrate = row.bitrate;
+        server.flood = row.flood;
+        const QString copy = copyProgram();
+        std::vector<std::unique_ptr<QProcess>> runs;
+        for (int i = 0; i < row.programs; ++i) {
+            runs.push_back(std::make_unique<QProcess>());
+            const QString arguments = u"-a %1 -w Loop -s ./%STATION%.mp3 "_s.arg(server.url()) + row.limit;
+            runs.back()->start(copy, QProcess::splitCommand(arguments));
+        }
+        for (const auto &run : runs) {
+            ASSERT_TRUE(waitUntil([&run] { return run->state() == QProcess::NotRunning; }, 20000))
+                << "a limit must end an unattended recording";
+            EXPECT_EQ(run->exitStatus(), QProcess::NormalExit);
+            EXPECT_EQ(run->exitCode(), 0) << run->readAllStandardError().toStdString();
+        }
+        const QStringList names = QDir(recordings).entryList({u"*.mp3"_s}, QDir::Files, QDir::Name);
+        EXPECT_EQ(names.size(), row.programs) << names.join(u", "_s).toStdString();
+        if (row.flood) {
+            for (const QString &name : names) {
+                const qint64 size = QFileInfo(recordings + name).size();
+                EXPECT_GE(size, limitBytes) << name.toStdString();
+                EXPECT_LE(size, limitBytes + 3 * server.metaInt) << name.toStdString();
+            }
+        }
+        QFile::remove(copy);
     }
 }
 
