@@ -5,7 +5,9 @@
 // for the floods how long it took to end after SIGTERM with everything written.
 // Targets: the peak stays within 40 MB of a recording of a well-behaved
 // station (the first row), every wait ends by itself within about 15 s, and
-// SIGTERM ends the program within 1 s.
+// SIGTERM ends the program within 1 s. The rows with a limit show that it
+// holds: a minutes limit by the clock however slowly the station sends
+// (ended_by_itself_s), a size limit at the byte at full speed (file_mb).
 #include "benchsupport.h"
 
 #include <QCoreApplication>
@@ -29,17 +31,22 @@ struct Station
     const char *mode;
     const char *path;
     int seconds; // how long the program may record before it is told to end
+    int bytesPerSecond = 16000;
+    const char *limit = ""; // switches for a stop limit
 };
 
 const Station stations[] = {
     {"", "/stream", 6},               // well-behaved, 128 kbit/s: the reference
-    {"flood", "/stream", 6},          // as fast as the loopback carries
-    {"flood-controls", "/stream", 6}, // the same, titles with tabs and control characters
-    {"slow-header", "/stream", 25},   // one byte a second, its header included
+    {"flood", "/stream", 6, 0},          // as fast as the loopback carries
+    {"flood-controls", "/stream", 6, 0}, // the same, titles with tabs and control characters
+    {"slow-header", "/stream", 25, 1},   // one byte a second, its header included
     {"web-page", "/stream", 25},
     {"bad-interval", "/stream", 25},
     {"endless-pls", "/list.pls", 25},
     {"silent-pls", "/list.pls", 25},
+    {"", "/stream", 25, 1, "-t 0.1"},      // a byte a second after its header: 6 s by the clock
+    {"no-bitrate", "/stream", 25, 16000, "-t 0.1"},
+    {"flood", "/stream", 25, 0, "-b 0.05"}, // 52,429 bytes at full speed
 };
 
 double referencePeak = 0;
@@ -47,13 +54,15 @@ double referencePeak = 0;
 void BM_HostileStation(benchmark::State &state)
 {
     const Station &station = stations[state.range(0)];
-    state.SetLabel(*station.mode ? station.mode : "well-behaved");
+    const QByteArray label = QByteArray(*station.mode ? station.mode : "well-behaved") +
+                             (station.bytesPerSecond == 1 && !*station.mode ? " 1 B/s" : "") +
+                             (*station.limit ? QByteArray(" ") + station.limit : QByteArray());
+    state.SetLabel(label.toStdString());
     const QString folder = QCoreApplication::applicationDirPath();
-    const QString rate = QString::fromLatin1(QByteArrayView(station.mode) == "slow-header" ? "1" : "16000");
     QProcess server;
     server.start(folder + QStringLiteral("/icyserve"),
-                 {QByteArrayView(station.mode).startsWith("flood") ? QStringLiteral("0") : rate,
-                  QStringLiteral("16000"), QStringLiteral("10"), QString::fromLatin1(station.mode)});
+                 {QString::number(station.bytesPerSecond), QStringLiteral("16000"), QStringLiteral("10"),
+                  QString::fromLatin1(station.mode)});
     if (!server.waitForStarted() || !server.waitForReadyRead(5000)) {
         state.SkipWithError("icyserve did not start (it is built with the tests)");
         return;
@@ -74,8 +83,10 @@ void BM_HostileStation(benchmark::State &state)
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         QProcess run;
         run.setProcessEnvironment(env);
-        run.start(program, {QStringLiteral("-a"), url, QStringLiteral("-w"), QStringLiteral("Bench"),
-                            QStringLiteral("-s"), profile.filePath(QStringLiteral("%STATION%.mp3"))});
+        QStringList arguments = {QStringLiteral("-a"), url, QStringLiteral("-w"), QStringLiteral("Bench"),
+                                 QStringLiteral("-s"), profile.filePath(QStringLiteral("%STATION%.mp3"))};
+        arguments += QString::fromLatin1(station.limit).split(u' ', Qt::SkipEmptyParts);
+        run.start(program, arguments);
         if (!run.waitForStarted()) {
             state.SkipWithError("the program did not start");
             return;

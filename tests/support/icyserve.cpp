@@ -10,6 +10,7 @@
 //   bad-interval     "icy-metaint: abc"
 //   endless-pls      /list.pls answered with a body that never ends
 //   silent-pls       /list.pls never answered
+//   no-bitrate       no "icy-br:" in the answer
 // Prints the port it listens on, then a line break.
 #include "support/icyserver.h"
 
@@ -31,7 +32,8 @@ int main(int argc, char *argv[])
                                QStringLiteral("web-page"),
                                QStringLiteral("bad-interval"),
                                QStringLiteral("endless-pls"),
-                               QStringLiteral("silent-pls")};
+                               QStringLiteral("silent-pls"),
+                               QStringLiteral("no-bitrate")};
     if (args.size() < 4 || args.size() > 5 || !modes.contains(mode)) {
         std::fprintf(stderr, "usage: icyserve BYTES_PER_SECOND METAINT INTERVALS_PER_SONG [%s]\n",
                      qPrintable(modes.mid(1).join(u'|')));
@@ -60,6 +62,7 @@ int main(int argc, char *argv[])
         server.endlessPages = {"/list.pls"};
     if (mode == u"silent-pls")
         server.silentPages = {"/list.pls"};
+    server.announceBitrate = mode != u"no-bitrate";
     if (!server.start())
         return 1;
     std::printf("%u\n", unsigned(server.port()));
