@@ -70,9 +70,9 @@ void StreamRecorder::start()
             stopWithFailure(StopReason::Kind::BadSwitches, tr("No stream address given (-a)."));
             return;
         }
-        if (m_settings.limit && m_settings.limit->value <= 0) {
-            stopWithFailure(StopReason::Kind::BadSwitches,
-                            tr("A stop limit (-t, -b) must be a number above 0."));
+        // A limit of 0 means no limit, as in the window; only a negative one is wrong.
+        if (m_settings.limit && m_settings.limit->value < 0) {
+            stopWithFailure(StopReason::Kind::BadSwitches, tr("A stop limit (-t, -b) cannot be negative."));
             return;
         }
     }

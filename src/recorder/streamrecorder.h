@@ -86,8 +86,8 @@ public:
     bool Recording() const { return m_recording; }
     // Starts a recording of the settings' address (through its playlist for a
     // playlist address); Recording from here on, until stop. A launched
-    // recording without an address, or with a stop limit that is no number
-    // above 0, stops at once (BadSwitches).
+    // recording without an address, or with a negative stop limit, stops at
+    // once (BadSwitches); a limit of 0 means none.
     void start();
     // Ends the recording with everything received written; stopped follows.
     void stop();
