@@ -32,7 +32,7 @@ TEST_F(LaunchReportTest, EveryStatusIsALineAndTheEndIsTheExitStatus)
     const struct
     {
         QString address, saveTemplate;
-        double megabytes; // 0: no limit, -1: a limit that is no number
+        double megabytes; // 0: no limit
         int status;
         QString last; // the last line's beginning
     } rows[] = {
@@ -58,7 +58,7 @@ TEST_F(LaunchReportTest, EveryStatusIsALineAndTheEndIsTheExitStatus)
         settings.saveTemplate = row.saveTemplate;
         settings.station = u"Loop"_s;
         if (row.megabytes != 0)
-            settings.limit = {{RecorderStats::Limit::Megabytes, std::max(row.megabytes, 0.0)}};
+            settings.limit = {{RecorderStats::Limit::Megabytes, row.megabytes}};
         recorder.setSettings(settings);
         recorder.start();
         if (row.address == dropping.url()) {
