@@ -127,8 +127,8 @@ qsizetype FrameScanner::finishScan(QByteArrayView all, std::vector<FrameMark> &m
     return all.size();
 }
 
-FrameScanner::Verdict FrameScanner::confirm(QByteArrayView all, qsizetype pos, const Header &first, Header &next,
-                                            bool &nextKnown) const
+FrameScanner::Verdict FrameScanner::confirm(QByteArrayView all, qsizetype pos, const Header &first,
+                                            Header &next, bool &nextKnown) const
 {
     qsizetype at = pos + first.length;
     if (at > all.size())

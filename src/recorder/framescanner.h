@@ -90,7 +90,8 @@ public:
     bool inSync() const { return m_inSync; }
     // Stream position up to which the bytes are decided.
     qint64 decided() const { return m_offset; }
-    // Stream bytes pushed so far, and how many of them are still held back.
+    // The pushing way: stream bytes pushed so far, and how many of them are
+    // still held back.
     qint64 position() const { return m_offset + m_held.size(); }
     qsizetype heldBytes() const { return m_held.size(); }
     // The bytes held back, not yet decided.
@@ -138,12 +139,13 @@ private:
     qsizetype finishScan(QByteArrayView all, std::vector<FrameMark> &marks);
     // Whether the headers after the frame at pos confirm it; next gets the
     // first of them when it was read.
-    Verdict confirm(QByteArrayView all, qsizetype pos, const Header &first, Header &next, bool &nextKnown) const;
+    Verdict confirm(QByteArrayView all, qsizetype pos, const Header &first, Header &next,
+                    bool &nextKnown) const;
     void addOther(std::vector<FrameMark> &marks, qsizetype from, qsizetype to) const;
     // The pushing way: pieces of the held bytes that the marks say.
     QList<StreamPiece> cutHeld(const std::vector<FrameMark> &marks, qsizetype decided);
 
-    QByteArray m_held; // only in the pushing way
+    QByteArray m_held;   // only in the pushing way
     qint64 m_offset = 0; // stream position of m_held's first byte
     bool m_inSync = false;
     quint32 m_key = 0;

@@ -35,7 +35,8 @@ SongFrames::Cut SongFrames::cut(qint64 from)
     for (const FrameMark &mark : m_kept) {
         while (chunk->end() <= mark.offset)
             ++chunk;
-        route(mark, QByteArrayView(chunk->bytes).sliced(mark.offset - chunk->offset, mark.length), result.head);
+        route(mark, QByteArrayView(chunk->bytes).sliced(mark.offset - chunk->offset, mark.length),
+              result.head);
     }
     return result;
 }
