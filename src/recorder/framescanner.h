@@ -7,6 +7,7 @@
 #include <QList>
 
 #include <memory>
+#include <vector>
 
 // One stretch of a stream as a frame scanner sees it. The pieces a scanner
 // hands out follow each other without gap or overlap.
@@ -33,6 +34,19 @@ struct StreamPiece
     qint64 end() const { return offset + bytes.size(); }
 };
 
+// A stretch of a stream as a StreamPiece says it, without a copy of its bytes:
+// a caller that keeps the stream itself cuts them by offset.
+struct FrameMark
+{
+    StreamPiece::Kind kind = StreamPiece::Kind::Other;
+    qint64 offset = 0;
+    qsizetype length = 0;
+    qint64 durationNs = 0;
+    bool canBegin = false;
+    QByteArray headers; // shared with the scanner's copy, not copied
+    qint64 end() const { return offset + length; }
+};
+
 // Finds where whole frames begin and end in a stream that arrives in chunks of
 // any size. A frame counts once its header is valid and the next frame's header
 // is found where its length says (an Ogg page once its checksum is right);
@@ -41,6 +55,11 @@ struct StreamPiece
 // come out as Other as soon as that is known, so nothing is lost and nothing
 // waits longer than a few frames: what is held back is at most the frames
 // still awaiting confirmation.
+//
+// Two ways to use it: push() and its kin hold the undecided bytes and hand
+// out pieces with copies of theirs; mark() and its kin only say where the
+// pieces lie, in bytes the caller holds (the stream from decided() on).
+// A scanner is used one way only.
 class FrameScanner
 {
 public:
@@ -59,9 +78,20 @@ public:
     // that was held back, as Other.
     QList<StreamPiece> finish();
 
+    // As push, takeComplete and finish, over undecided: the stream's bytes
+    // from decided() on, which the caller holds (what an earlier call left
+    // undecided, then the new bytes). Appends the marks of what is now
+    // decided and returns how many bytes of undecided that is.
+    qsizetype mark(QByteArrayView undecided, std::vector<FrameMark> &marks);
+    qsizetype markComplete(QByteArrayView undecided, std::vector<FrameMark> &marks);
+    qsizetype markFinish(QByteArrayView undecided, std::vector<FrameMark> &marks);
+
     // Frames are being found (the last piece decided was a frame).
     bool inSync() const { return m_inSync; }
-    // Stream bytes pushed so far, and how many of them are still held back.
+    // Stream position up to which the bytes are decided.
+    qint64 decided() const { return m_offset; }
+    // The pushing way: stream bytes pushed so far, and how many of them are
+    // still held back.
     qint64 position() const { return m_offset + m_held.size(); }
     qsizetype heldBytes() const { return m_held.size(); }
     // The bytes held back, not yet decided.
@@ -94,8 +124,9 @@ protected:
     virtual qsizetype findSync(QByteArrayView bytes, qsizetype from) const = 0;
     // Next headers that must confirm a frame: more while the stream is sought.
     virtual int confirmationsNeeded(bool inSync) const = 0;
-    // Fills in a piece for a frame that was found (kind, duration, ...).
-    virtual void describe(const Header &header, StreamPiece &piece);
+    // Fills in the mark of a frame that was found (kind, duration, ...); frame
+    // is its bytes.
+    virtual void describe(const Header &header, QByteArrayView frame, FrameMark &mark);
 
 private:
     enum class Ending
@@ -104,11 +135,17 @@ private:
         Complete, // whole frames go out unconfirmed
     };
 
-    void scan(QList<StreamPiece> &pieces, Ending ending);
-    Verdict confirm(qsizetype pos, const Header &first) const;
-    void emitPiece(QList<StreamPiece> &pieces, StreamPiece::Kind kind, qsizetype from, qsizetype to);
+    qsizetype scan(QByteArrayView all, std::vector<FrameMark> &marks, Ending ending);
+    qsizetype finishScan(QByteArrayView all, std::vector<FrameMark> &marks);
+    // Whether the headers after the frame at pos confirm it; next gets the
+    // first of them when it was read.
+    Verdict confirm(QByteArrayView all, qsizetype pos, const Header &first, Header &next,
+                    bool &nextKnown) const;
+    void addOther(std::vector<FrameMark> &marks, qsizetype from, qsizetype to) const;
+    // The pushing way: pieces of the held bytes that the marks say.
+    QList<StreamPiece> cutHeld(const std::vector<FrameMark> &marks, qsizetype decided);
 
-    QByteArray m_held;
+    QByteArray m_held;   // only in the pushing way
     qint64 m_offset = 0; // stream position of m_held's first byte
     bool m_inSync = false;
     quint32 m_key = 0;

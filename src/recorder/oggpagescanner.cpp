@@ -90,9 +90,8 @@ int OggPageScanner::confirmationsNeeded(bool) const
     return 0; // the checksum has confirmed the page
 }
 
-void OggPageScanner::describe(const Header &, StreamPiece &piece)
+void OggPageScanner::describe(const Header &, QByteArrayView page, FrameMark &piece)
 {
-    const QByteArrayView page(piece.bytes);
     const quint8 flags = at(page, 5);
     const auto granule = qFromLittleEndian<qint64>(page.data() + 6);
     const auto serial = qFromLittleEndian<quint32>(page.data() + 14);

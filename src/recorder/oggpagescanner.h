@@ -24,7 +24,7 @@ protected:
     Verdict readHeader(QByteArrayView bytes, Header &header) const override;
     qsizetype findSync(QByteArrayView bytes, qsizetype from) const override;
     int confirmationsNeeded(bool inSync) const override;
-    void describe(const Header &header, StreamPiece &piece) override;
+    void describe(const Header &header, QByteArrayView page, FrameMark &piece) override;
 
 private:
     // One logical stream of the current link.

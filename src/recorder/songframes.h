@@ -8,6 +8,7 @@
 
 #include <deque>
 #include <memory>
+#include <vector>
 
 // Turns a recorded stream into song files of whole frames. Every stream byte
 // is pushed once; a song boundary is set by cut(). A song file begins at the
@@ -18,8 +19,13 @@
 // frame are held while it is sought and written after all when none turns up
 // within SearchLimit bytes, and a file that ends while no frames are found
 // gets every byte pushed up to its end, so a stream the scanner cannot read
-// is written as it came. What is kept: the last `history` bytes of pieces,
-// the search, and the scanner's few unconfirmed frames.
+// is written as it came. What is kept: the last `history` bytes of the
+// stream, the search, and the scanner's few unconfirmed frames.
+//
+// The stream is kept once: each push's decided bytes are one shared array,
+// which the open file gets as it is and the history keeps beside the places
+// of its frames, so that a cut takes the new file's beginning from it by
+// offset.
 class SongFrames
 {
 public:
@@ -72,15 +78,30 @@ public:
     qsizetype heldBytes() const;
 
 private:
-    void take(QList<StreamPiece> pieces, QByteArray &out);
-    void keep(StreamPiece &&piece);
-    void route(const StreamPiece &piece, QByteArray &out);
+    // Decided stream bytes, from one call to the scanner.
+    struct Chunk
+    {
+        qint64 offset = 0;
+        QByteArray bytes;
+        qint64 end() const { return offset + bytes.size(); }
+    };
+
+    // The first decided bytes of m_undecided, which the scanner's marks in
+    // m_marks describe: routed into out and kept.
+    void take(qsizetype decided, QByteArray &out);
+    void keep(Chunk &&chunk);
+    void route(const FrameMark &mark, QByteArrayView bytes, QByteArray &out);
     QByteArray giveUpSearch();
 
     std::unique_ptr<FrameScanner> m_scanner;
     qsizetype m_history;
-    std::deque<StreamPiece> m_kept;
-    qsizetype m_keptBytes = 0;
+    // Bytes pushed that the scanner has not decided yet.
+    QByteArray m_undecided;
+    // The history: what the last decided bytes are, and the bytes themselves.
+    std::deque<FrameMark> m_kept;
+    std::deque<Chunk> m_chunks;
+    qsizetype m_chunkBytes = 0;
+    std::vector<FrameMark> m_marks; // reused for every scan
 
     bool m_open = false;
     bool m_seeking = false;

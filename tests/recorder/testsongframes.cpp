@@ -107,3 +107,38 @@ TEST(SongFrames, TimeAtAPositionCountsTheFramesBeforeIt)
         EXPECT_NEAR(frames.timeAt(reference[i].pos + 1) / 1e9, reference[i].time + 1152 / 44100.0, 1e-6) << i;
     }
 }
+
+TEST(SongFrames, PushesOfAnySizeGiveTheSameFilesAndKeepMemoryNearTheHistory)
+{
+    const QByteArray stream = encoded(Clip::Mp3).bytes.repeated(4);
+    const qsizetype history = 16000;
+    QList<QByteArray> reference;
+    for (const qsizetype size : {40000, 7000, 700, 90}) {
+        SCOPED_TRACE(size);
+        SongFrames frames(StreamFormat::Mp3, history);
+        QList<QByteArray> files;
+        qsizetype mostHeld = 0;
+        // A song begins 10000 bytes before every 50000th byte, when the stream is there.
+        for (qsizetype at = 0, next = 10000; at < stream.size();) {
+            const qsizetype length = std::min({size, stream.size() - at, next - at});
+            const QByteArray bytes = frames.push(QByteArrayView(stream).sliced(at, length));
+            at += length;
+            if (!files.isEmpty())
+                files.last() += bytes;
+            if (at == next) {
+                const SongFrames::Cut cut = frames.cut(at - 10000);
+                if (!files.isEmpty())
+                    files.last() += cut.tail;
+                files.append(cut.head);
+                next += 50000;
+            }
+            mostHeld = std::max(mostHeld, frames.heldBytes());
+        }
+        files.last() += frames.finish();
+        EXPECT_LT(mostHeld, history + history / 8 + 4 * 1441);
+        if (reference.isEmpty())
+            reference = files;
+        EXPECT_EQ(files.size(), reference.size());
+        EXPECT_TRUE(files == reference);
+    }
+}
