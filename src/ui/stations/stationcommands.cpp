@@ -238,7 +238,8 @@ void StationCommands::deleteStation()
     if (row < 0 || index < 1 || index > m_catalogue.stationCount())
         return;
     Station &station = m_catalogue.at(index);
-    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning,
+                                    Prompt::Answer::No))
         return;
     // The record stays in the array; the catalogue writer leaves it out.
     station.Deleted = true;
@@ -249,7 +250,8 @@ void StationCommands::deleteStation()
 
 void StationCommands::deleteAll()
 {
-    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning,
+                                    Prompt::Answer::No))
         return;
     m_catalogue.removeAll();
     // The emptied list marks nothing changed on purpose, and edits of the
