@@ -17,6 +17,12 @@ public:
     static inline const QString AppSkinOn = QStringLiteral("AppSkinOn");
     static inline const QString AppSkinFile = QStringLiteral("AppSkinFile");
     static inline const QString Theme = QStringLiteral("Theme");
+    // Beyond the nine: where the windows were left, the station grid's
+    // columns and whether the recorder's monitor panel was open.
+    static inline const QString MainWindow = QStringLiteral("MainWindow");
+    static inline const QString MainColumns = QStringLiteral("MainColumns");
+    static inline const QString RecorderWindow = QStringLiteral("RecorderWindow");
+    static inline const QString RecorderMonitor = QStringLiteral("RecorderMonitor");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -87,9 +87,8 @@ StationInput::Problem StationInput::check(const Station &station, const QString 
     static const QRegularExpression number(QStringLiteral("^\\d{0,5}$"));
     if (!number.match(station.BitRate).hasMatch())
         return {Field::BitRate, tr("The bit rate is a number of kbit/s, such as 128.")};
-    if (!station.InfoUrl.isEmpty() && !isWebAddress(station.InfoUrl)) {
-        return {Field::InfoUrl, tr("The information address must begin with http:// or https://, as in "
-                                   "https://www.example.org/.")};
-    }
+    // The browser gets it: a page address, with or without its http://, and nothing else.
+    if (!station.InfoUrl.isEmpty() && !hasScheme(QUrl::fromUserInput(station.InfoUrl), {u"http", u"https"}))
+        return {Field::InfoUrl, tr("The information address must be a web page, as in https://www.example.org/.")};
     return {};
 }

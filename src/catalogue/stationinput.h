@@ -7,7 +7,7 @@
 
 // What a station typed into a form must be before it joins the catalogue:
 // a name, a stream address the players and the recorder can open, an
-// information address a browser may be sent to, and no field holding the
+// information address that is a web page (a browser is sent there), and no field holding the
 // catalogue's separator or a line break, which would break its line in the file.
 class StationInput
 {

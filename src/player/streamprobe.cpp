@@ -242,6 +242,7 @@ void StreamProbe::takeHeader(qsizetype end)
     m_report.bitRate = QString::fromLatin1(field(lines, "icy-br"));
     m_report.name = decoded(field(lines, "icy-name"));
     m_report.genre = decoded(field(lines, "icy-genre"));
+    m_report.homePage = QString::fromLatin1(field(lines, "icy-url"));
     m_metaInt = field(lines, "icy-metaint").toLongLong();
     if (m_metaInt <= 0) {
         finish(ProbeReport::Outcome::Stream);

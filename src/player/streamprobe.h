@@ -32,6 +32,7 @@ struct ProbeReport
     QString bitRate;     // icy-br
     QString name;        // icy-name
     QString genre;       // icy-genre
+    QString homePage;    // icy-url
     QString title;       // the first song title the stream announced
     int limitSeconds = 0;
 

@@ -32,6 +32,11 @@ TEST(StationInput, AcceptsTheAddressesThePlayersAndTheRecorderOpen)
     blank.InfoUrl.clear();
     blank.Genre = u"Rock & Roll: \"live\""_s;
     EXPECT_TRUE(StationInput::check(blank, u"\u00b1"_s).message.isEmpty()) << "optional fields may be empty";
+    // A page address without its scheme is one the browser takes as it stands.
+    for (const QString &page : {u"www.example.org/radio"_s, u"i"_s}) {
+        blank.InfoUrl = page;
+        EXPECT_EQ(StationInput::check(blank, u"\u00b1"_s).field, Field::None) << page.toStdString();
+    }
 }
 
 TEST(StationInput, RefusesWhatCannotPlayOrWouldBreakTheFileWithTheFieldToFix)

@@ -60,6 +60,7 @@ TEST_F(StreamProbeTest, AStationReportsItsFieldsAndFirstTitleThroughRedirectsAnd
         EXPECT_EQ(report.bitRate, u"128"_s);
         EXPECT_EQ(report.name, u"Loopback FM"_s);
         EXPECT_EQ(report.genre, u"Test"_s);
+        EXPECT_EQ(report.homePage, u"http://station.example/"_s);
         EXPECT_EQ(report.title, u"Artist - First"_s);
     }
     EXPECT_TRUE(server.sent(0).request.contains("Icy-MetaData: 1\r\n"));

@@ -59,6 +59,8 @@ public:
     QString catalogueText() const;
     // Opens the main window; its players are scripted unless factory makes them.
     void open(const MediaPlayerFactory &factory = {});
+    // Makes the window the active one, so that its keys reach their commands.
+    void activate();
     template <typename T = QWidget> T *child(const char *name) const
     {
         T *found = window->findChild<T *>(QLatin1StringView(name));
@@ -78,6 +80,8 @@ public:
     StationCheck::Timing checkTiming{2, 101};
     // Plays the user at modal dialogs; empty runs them for real.
     std::function<int(QDialog &)> runModal;
+    // Station names of the recordings a recorder window was asked to schedule.
+    QStringList scheduled;
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;

@@ -44,6 +44,11 @@ public:
     virtual FrmListen *createListenWindow() = 0;
     // Takes the colour theme's colours again, after the theme changed.
     virtual void applyColors() = 0;
+    // Refills the grid and makes the row of the station at index current,
+    // clearing the filters when they would hide it.
+    virtual void showStation(int index) = 0;
+    // A category the catalogue may not know yet: the filter offers it too.
+    virtual void addCategory(const QString &category) = 0;
 };
 
 // The main window's commands on the current station or the whole catalogue:
@@ -67,11 +72,14 @@ public:
         StationCheck::Timing checkTiming = {};
         // Runs a modal dialog and gives its result; empty means QDialog::exec.
         std::function<int(QDialog &)> runModal = {};
+        // How long the station form's Test waits for an answer, in milliseconds.
+        int testLimit = 10000;
     };
 
     // What the commands say to the user.
     static QString recordNoStation();
     static QString listenNoStation();
+    static QString editNoStation();
     static QString deleteQuestion(const QString &station);
     static QString deleteAllQuestion();
     static QString trimNotStarted(const QString &command);
@@ -85,6 +93,8 @@ public:
     static QString fileTitle(const QString &path);
 
     void record();
+    // A recorder window filled as by Record, with its Schedule dialog open.
+    void schedule();
     void listen();
     void replay();
     // Left Shift held: playlist import.
@@ -95,10 +105,22 @@ public:
     // the next station that plays. A click while a check runs stops it.
     void info();
     void loadPls();
+    // The station form for a new station, appended to the catalogue.
+    void add();
+    // The station form for the current row's station.
+    void edit();
+    // The station check, started from a menu: every station from the current
+    // one, or up to the next that plays. While a check runs, each stops it.
+    void checkAll();
+    void findNextPlaying();
+    // The question, then every station goes.
+    void deleteAll();
     void trim();
     void skin();
     void about();
     void searchWww(const QString &text, const QString &genre);
+    // The user guide (the README that comes with the program) in the browser.
+    void userGuide();
 
     // The list is going: ends a station check, and closes the recorder
     // windows Record opened, newest first, each completing its file. A Record
@@ -111,7 +133,7 @@ private:
     int runModal(QDialog &dialog) const;
     void copyStation();
     void deleteStation();
-    void deleteAll();
+    void runCheck(StationCheck::Mode mode);
     void importPlaylist();
     QString currentCell(int column) const;
     // The current row; with none, -1 after showing noStation.
@@ -130,6 +152,8 @@ private:
     QString m_listenTag;
     // The grid row Listen plays; below 0 for a file chosen by Replay.
     int m_listenRow = -1;
+    // The recorder window TimerRecord opens is to show its Schedule dialog.
+    bool m_scheduleNext = false;
     StationCheck *m_check;
     QList<QPointer<QWidget>> m_recorders;
 };
