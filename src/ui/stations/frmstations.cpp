@@ -16,50 +16,22 @@
 #include "player/mainplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
-#include "ui/stations/columnstate.h"
+#include "ui/stations/stationcolumns.h"
+#include "ui/stations/stationmenus.h"
 #include "ui/windowplacement.h"
 
-#include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QContextMenuEvent>
 #include <QDir>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace {
-
-struct ColumnDef
-{
-    const char *heading;
-    int width;
-};
-
-// Headings and widths in creation order. The Station column grows into the
-// width the others leave; Output is as wide as a usual file template.
-constexpr ColumnDef columns[FrmStations::ColumnCount] = {
-    {" ", 23},
-    {QT_TRANSLATE_NOOP("FrmStations", "Station"), 100},
-    {QT_TRANSLATE_NOOP("FrmStations", "Genre"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "Bit"), 33},
-    {QT_TRANSLATE_NOOP("FrmStations", "Type"), 33},
-    {QT_TRANSLATE_NOOP("FrmStations", "Category"), 100},
-    {QT_TRANSLATE_NOOP("FrmStations", "Rating"), 66},
-    {QT_TRANSLATE_NOOP("FrmStations", "StreamUrl"), 200},
-    {QT_TRANSLATE_NOOP("FrmStations", "Single"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "LastDate"), 66},
-    {QT_TRANSLATE_NOOP("FrmStations", "Sign"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "InfoUrl"), 166},
-    {QT_TRANSLATE_NOOP("FrmStations", "Output"), 200},
-};
 
 // "Funk" is listed twice on purpose.
 const QStringList genreEntries = {
@@ -79,9 +51,6 @@ const QStringList ratingEditorEntries = ratingEntries.mid(1);
 
 const QString playKey = QStringLiteral("Play");
 
-// The Station column shows names whole up to this width before it takes spare room.
-constexpr int StationNameWidth = 320;
-
 QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
 {
     auto *combo = new QComboBox(parent);
@@ -89,16 +58,6 @@ QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
     combo->setMinimumWidth(minimumWidth);
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     return combo;
-}
-
-SchemeButton *newButton(QWidget *parent, const char *name, const QString &text)
-{
-    auto *button = new SchemeButton(text, parent);
-    button->setObjectName(QLatin1StringView(name));
-    button->setAutoDefault(false);
-    // Narrower than the style's dialog-button minimum, so that the window fits small screens.
-    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + 24);
-    return button;
 }
 
 // Selects the first entry whose text equals value exactly; with none, the selection stays.
@@ -138,7 +97,16 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     buildPlayer();
     m_commands = new StationCommands(m_parts.catalogue, m_parts.appearance, m_parts.trimTool, m_parts.installFolder,
                                      *this, *m_player, std::move(services), this);
-    buildCommands();
+    StationMenus::WindowActions windowActions{[this] {
+                                                  m_player->playKey(playKey);
+                                                  m_player->showState(playKey);
+                                              },
+                                              [this] {
+                                                  m_txtSearch->setFocus(Qt::ShortcutFocusReason);
+                                                  m_txtSearch->selectAll();
+                                              },
+                                              [this] { cmdSettingsClick(); }, [this] { return pos(ColStation); }};
+    m_menus = new StationMenus(*this, *m_grid, *m_menuBar, *m_commandStrip, *m_commands, std::move(windowActions));
     connectCommands();
 
     // Load, in its fixed order.
@@ -152,7 +120,8 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     selectEntry(m_cmbType, m_parts.filters.type);
     selectEntry(m_cmbRating, m_parts.filters.rating);
     // The shape the user left the window and its columns in.
-    restoreLayout();
+    m_columns->restore(SettingsStore::MainColumns);
+    WindowPlacement::restore(*this, SettingsStore::MainWindow);
 
     // A hidden listening window, kept as long as this one, holds a paused
     // player, so that later players start quickly.
@@ -207,6 +176,16 @@ void FrmStations::stationPlayed(int kind, int row, const QString &date)
     m_parts.catalogue.dirty = true;
 }
 
+QMenu &FrmStations::rowMenu() const
+{
+    return m_menus->rowMenu();
+}
+
+QMenu &FrmStations::gridMenu() const
+{
+    return m_menus->gridMenu();
+}
+
 void FrmStations::buildControls()
 {
     resize(1100, 660);
@@ -253,7 +232,7 @@ void FrmStations::buildControls()
         row->addWidget(combo);
         filters->addWidget(pair);
     }
-    auto *cmdFilter = newButton(fraFilter, "cmdFilter", tr("Filter"));
+    auto *cmdFilter = StationMenus::newButton(fraFilter, "cmdFilter", tr("Filter"));
     cmdFilter->setToolTip(tr("Filter: show only the stations that match the genre, category, type and "
                              "rating chosen."));
     filters->addWidget(cmdFilter);
@@ -267,11 +246,11 @@ void FrmStations::buildControls()
     m_txtSearch->setClearButtonEnabled(true);
     m_txtSearch->setMinimumWidth(100);
     searchRow->addWidget(m_txtSearch, 1);
-    auto *cmdSearch = newButton(search, "cmdSearch", tr("Search"));
+    auto *cmdSearch = StationMenus::newButton(search, "cmdSearch", tr("Search"));
     cmdSearch->setToolTip(tr("Search: go to the next station whose name or category holds the text "
                              "(Enter in the box does the same; Ctrl+F comes here)."));
     searchRow->addWidget(cmdSearch);
-    auto *cmdSearchWww = newButton(search, "cmdSearchWww", tr("Search Web"));
+    auto *cmdSearchWww = StationMenus::newButton(search, "cmdSearchWww", tr("Search Web"));
     cmdSearchWww->setToolTip(tr("Search Web: search the web station directory for the text and the chosen "
                                 "genre, in your browser."));
     searchRow->addWidget(cmdSearchWww);
@@ -301,8 +280,7 @@ void FrmStations::buildControls()
     QFont gridFont = m_grid->font();
     gridFont.setPointSizeF(qMax(8.0, gridFont.pointSizeF() - 1));
     m_grid->setFont(gridFont);
-    m_grid->installEventFilter(this);
-    m_grid->viewport()->installEventFilter(this);
+    m_columns = new StationColumns(*m_grid);
     outer->addWidget(m_grid, 1);
 
     // The play bar comes here, under the grid and as wide as it.
@@ -323,137 +301,6 @@ void FrmStations::buildControls()
     outer->activate();
 }
 
-// Every command of the window, in the order its menu lists it. A command is
-// added here, once: the menus, the context menus, the key and the button follow.
-QList<FrmStations::Command> FrmStations::commands()
-{
-    StationCommands &c = *m_commands;
-    return {
-        {"actAdd", tr("&Add..."), Menu::Station, QKeySequence(Qt::Key_Insert), GridMenu,
-         tr("Add: add a new station in a form (Insert)."), [&c] { c.add(); }, "cmdAdd", tr("Add"), 205},
-        {"actPlay", tr("&Play"), Menu::Station, QKeySequence(Qt::Key_Enter), RowMenu | GridKey,
-         tr("Play: play the selected station in the play bar (Enter)."),
-         [this] {
-             m_player->playKey(playKey);
-             m_player->showState(playKey);
-         }},
-        {"actListen", tr("&Listen"), Menu::Station, {}, RowMenu,
-         tr("Listen: play the selected station in a window of its own."), [&c] { c.listen(); }, "cmdListen",
-         tr("Listen"), 120},
-        {"actRecord", tr("&Record"), Menu::Station, {}, RowMenu,
-         tr("Record: record the selected station in a new recorder window."), [&c] { c.record(); }, "cmdRecord",
-         tr("Record"), 110},
-        {"actSchedule", tr("&Schedule..."), Menu::Station, {}, RowMenu,
-         tr("Schedule: plan a recording of the selected station."), [&c] { c.schedule(); }},
-        {"actCopy", tr("&Copy"), Menu::Station, {}, RowMenu,
-         tr("Copy: copy the selected station. Left Shift: import a playlist."), [&c] { c.copy(); }, "cmdCopy",
-         tr("Copy"), 210},
-        {"actEdit", tr("&Edit..."), Menu::Station, QKeySequence(Qt::CTRL | Qt::Key_E), RowMenu,
-         tr("Edit: change the selected station in a form (Ctrl+E)."), [&c] { c.edit(); }},
-        {"actDelete", tr("&Delete..."), Menu::Station, QKeySequence(Qt::Key_Delete), RowMenu | GridKey,
-         tr("Delete: delete the selected station, after a question (Delete). Right Shift: delete all "
-            "stations."),
-         [&c] { c.del(); }, "cmdDel", tr("Delete"), 220},
-        {"actInfo", tr("&Information"), Menu::Station, {}, RowMenu,
-         tr("Info: open the station's information page. Left Shift: check all stations from the selected "
-            "one. Left Ctrl: find the next station that plays. A second click stops a check."),
-         [&c] { c.info(); }, "cmdInfo", tr("Info"), 230},
-        {"actFind", tr("&Find..."), Menu::List, QKeySequence(Qt::CTRL | Qt::Key_F), 0,
-         tr("Find: type a part of a station's name or category (Ctrl+F)."),
-         [this] {
-             m_txtSearch->setFocus(Qt::ShortcutFocusReason);
-             m_txtSearch->selectAll();
-         }},
-        {"actLoadPls", tr("&Load PLS..."), Menu::List, {}, GridMenu,
-         tr("Load PLS: import every .pls playlist in the folder of the file you choose."),
-         [&c] { c.loadPls(); }, "cmdLoadPls", tr("Load PLS"), 240},
-        {"actCheckAll", tr("&Check all stations"), Menu::List, {}, GridMenu,
-         tr("Check all stations: play each station from the selected one and rate it by what it does. "
-            "Choose again to stop."),
-         [&c] { c.checkAll(); }},
-        {"actFindNext", tr("Find the &next station that plays"), Menu::List, {}, 0,
-         tr("Find the next station that plays, from the selected one on. Choose again to stop."),
-         [&c] { c.findNextPlaying(); }},
-        {"actDeleteAll", tr("Delete &all stations..."), Menu::List, {}, 0,
-         tr("Delete all stations, after a question."), [&c] { c.deleteAll(); }},
-        {"actReplay", tr("&Replay..."), Menu::Recordings, {}, 0,
-         tr("Replay: play a recording in a listening window."), [&c] { c.replay(); }, "cmdReplay",
-         tr("Replay"), 130},
-        {"actTrim", tr("&Trim..."), Menu::Recordings, {}, 0,
-         tr("Trim: open a recording in the MP3 trimming tool."), [&c] { c.trim(); }, "cmdTrim", tr("Trim"),
-         250},
-        {"actSettings", tr("&Settings..."), Menu::Tools, {}, 0,
-         tr("Settings: the command line of the MP3 trimming tool."), [this] { cmdSettingsClick(); },
-         "cmdSettings", tr("Settings"), 310},
-        {"actSkin", tr("S&kin..."), Menu::Tools, {}, 0, tr("Skin: choose the colour theme and the skin."),
-         [&c] { c.skin(); }, "cmdSkin", tr("Skin"), 320},
-        {"actGuide", tr("&User guide"), Menu::Help, QKeySequence(Qt::Key_F1), 0,
-         tr("User guide: how to use Tunecatch, in your browser (F1)."), [&c] { c.userGuide(); }},
-        {"actAbout", tr("&About"), Menu::Help, {}, 0,
-         tr("About: the version and your data and recordings folders."), [&c] { c.about(); }, "cmdAbout",
-         tr("About"), 330},
-    };
-}
-
-void FrmStations::buildCommands()
-{
-    QMenu *menus[] = {m_menuBar->addMenu(tr("&Station")), m_menuBar->addMenu(tr("&List")),
-                      m_menuBar->addMenu(tr("&Recordings")), m_menuBar->addMenu(tr("&Tools")),
-                      m_menuBar->addMenu(tr("&Help"))};
-    m_rowMenu = new QMenu(this);
-    m_rowMenu->setObjectName(QStringLiteral("RowMenu"));
-    m_gridMenu = new QMenu(this);
-    m_gridMenu->setObjectName(QStringLiteral("GridMenu"));
-    for (QMenu *menu : menus)
-        menu->setToolTipsVisible(true);
-    m_rowMenu->setToolTipsVisible(true);
-    m_gridMenu->setToolTipsVisible(true);
-
-    QWidget *gfxOption = m_commandStrip->parentWidget();
-    QList<std::pair<int, SchemeButton *>> buttons;
-    for (const Command &command : commands()) {
-        auto *action = new QAction(command.text, this);
-        action->setObjectName(QLatin1StringView(command.name));
-        action->setToolTip(command.tip);
-        if (!command.key.isEmpty()) {
-            QList<QKeySequence> keys{command.key};
-            // Enter names the keypad's key; the main Enter key is Return to Qt.
-            if (command.key == QKeySequence(Qt::Key_Enter))
-                keys << QKeySequence(Qt::Key_Return);
-            action->setShortcuts(keys);
-        }
-        if (command.places & GridKey) {
-            action->setShortcutContext(Qt::WidgetShortcut);
-            m_grid->addAction(action);
-        } else {
-            addAction(action);
-        }
-        connect(action, &QAction::triggered, this, command.run);
-        menus[int(command.menu)]->addAction(action);
-        if (command.places & RowMenu)
-            m_rowMenu->addAction(action);
-        if (command.places & GridMenu)
-            m_gridMenu->addAction(action);
-        if (command.button) {
-            SchemeButton *button = newButton(gfxOption, command.button, command.buttonText);
-            button->setToolTip(command.tip);
-            connect(button, &QPushButton::clicked, action, &QAction::trigger);
-            buttons.append({command.order, button});
-        }
-    }
-    std::sort(buttons.begin(), buttons.end(),
-              [](const auto &a, const auto &b) { return a.first < b.first; });
-    int group = -1;
-    for (const auto &[order, button] : buttons) {
-        if (group >= 0 && order / 100 != group)
-            m_commandStrip->addItem(new QSpacerItem(14, 1, QSizePolicy::Fixed));
-        group = order / 100;
-        m_commandStrip->addWidget(button);
-    }
-    // The window's main action stands out.
-    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->setAccent(true);
-}
-
 void FrmStations::connectCommands()
 {
     const auto clicked = [this](const char *name, auto slot) {
@@ -464,45 +311,6 @@ void FrmStations::connectCommands()
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearchClick);
     clicked("cmdSearchWww",
             [this] { m_commands->searchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
-}
-
-bool FrmStations::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool gridPart = watched == m_grid || watched == m_grid->viewport();
-    if (watched == m_grid->viewport() && event->type() == QEvent::Resize)
-        stretchStationColumn();
-    if (gridPart && event->type() == QEvent::ContextMenu) {
-        const auto *request = static_cast<QContextMenuEvent *>(event);
-        const QPoint at = watched == m_grid ? m_grid->viewport()->mapFrom(m_grid, request->pos()) : request->pos();
-        showContextMenu(at, request->reason() == QContextMenuEvent::Keyboard);
-        return true;
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void FrmStations::showContextMenu(const QPoint &viewportPos, bool atCurrentRow)
-{
-    int row = -1;
-    QPoint at = viewportPos;
-    if (atCurrentRow) {
-        row = m_grid->Row();
-        if (row >= 0)
-            at = QPoint(m_grid->ColLeft(pos(ColStation)), m_grid->RowTop(row) + m_grid->RowHeight());
-    } else {
-        for (int candidate = 0; candidate < m_grid->ItemCount() && row < 0; ++candidate) {
-            const int top = m_grid->RowTop(candidate);
-            if (top != -1 && viewportPos.y() >= top && viewportPos.y() < top + m_grid->RowHeight())
-                row = candidate;
-        }
-    }
-    QMenu *menu = m_gridMenu;
-    if (row >= 0) {
-        // A right click makes its row current, as a left click does.
-        if (m_grid->Row() != row)
-            m_grid->GotoCell(row, m_grid->Col() >= 0 ? m_grid->Col() : pos(ColStation));
-        menu = m_rowMenu;
-    }
-    menu->popup(m_grid->viewport()->mapToGlobal(at));
 }
 
 // Names for screen readers where a control's caption does not say what it is:
@@ -530,14 +338,7 @@ void FrmStations::applyColors()
 
 void FrmStations::createColumns()
 {
-    for (int index = 0; index < ColumnCount; ++index) {
-        const ColumnDef &column = columns[index];
-        const QString heading = tr(column.heading);
-        if (index == ColSingle)
-            m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
-        else
-            m_grid->AddColumn(heading, column.width);
-    }
+    m_columns->create();
     m_grid->setColImage(ColPlay, 0);
     m_grid->setColImageAlignment(ColPlay, Qt::AlignHCenter);
     m_grid->setColImageText(ColPlay, tr("Play"));
@@ -575,7 +376,7 @@ void FrmStations::fillGrid()
 
     const Catalogue &catalogue = m_parts.catalogue;
     const Positions at = positions();
-    m_nameWidth = 0;
+    m_columns->clearNames();
     for (int index = 1; index <= catalogue.stationCount(); ++index) {
         const Station &s = catalogue.at(index);
         if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
@@ -591,41 +392,17 @@ void FrmStations::fillGrid()
         const int row = m_grid->AddItem();
         m_grid->setItemData(row, index);
         fillCells(row, s, at);
-        measureName(s.Name);
+        m_columns->measureName(s.Name);
     }
-    stretchStationColumn();
+    m_columns->stretch();
     m_grid->setRedraw(true);
 }
 
 void FrmStations::fillRow(int row, int index)
 {
     fillCells(row, m_parts.catalogue.at(index), positions());
-    measureName(m_parts.catalogue.at(index).Name);
-    stretchStationColumn();
-}
-
-void FrmStations::measureName(const QString &name)
-{
-    if (m_nameWidth >= StationNameWidth)
-        return;
-    // Room for the cell's padding on either side.
-    const int width = m_grid->fontMetrics().horizontalAdvance(name) + 14;
-    m_nameWidth = qMin(StationNameWidth, qMax(m_nameWidth, width));
-}
-
-void FrmStations::stretchStationColumn()
-{
-    const int station = pos(ColStation);
-    if (station < 0)
-        return;
-    int others = 0;
-    for (int col = 0; col < m_grid->Cols(); ++col) {
-        if (col != station && m_grid->ColVisible(col))
-            others += m_grid->ColWidth(col);
-    }
-    const int width = std::max({columns[ColStation].width, m_nameWidth, m_grid->viewport()->width() - others});
-    if (m_grid->ColWidth(station) != width)
-        m_grid->setColWidth(station, width);
+    m_columns->measureName(m_parts.catalogue.at(index).Name);
+    m_columns->stretch();
 }
 
 int FrmStations::rowOf(int index) const
@@ -659,42 +436,6 @@ void FrmStations::addCategory(const QString &category)
 {
     if (m_parts.catalogue.categories.add(category))
         m_cmbCategory->addItem(category);
-}
-
-void FrmStations::restoreLayout()
-{
-    const std::optional<ColumnState> state =
-        ColumnState::fromText(SettingsStore::getSetting(SettingsStore::MainColumns), ColumnCount);
-    if (state) {
-        // Placed from the first position on, each move keeps the ones placed before.
-        for (int position = 0; position < ColumnCount; ++position)
-            m_grid->setColPosition(int(state->positions.indexOf(position)), position);
-        for (int index = 0; index < ColumnCount; ++index) {
-            if (index != ColStation)
-                m_grid->setColWidth(pos(Column(index)), state->widths[index]);
-        }
-        if (state->sortIndex >= 0)
-            m_grid->Sort(pos(Column(state->sortIndex)),
-                         state->descending ? GridSortOrder::Descending : GridSortOrder::Ascending);
-    }
-    stretchStationColumn();
-    WindowPlacement::restore(*this, SettingsStore::MainWindow);
-}
-
-void FrmStations::saveLayout()
-{
-    ColumnState state;
-    for (int index = 0; index < ColumnCount; ++index) {
-        const int at = pos(Column(index));
-        state.widths << m_grid->ColWidth(at);
-        state.positions << at;
-        if (at == m_grid->sortColumn()) {
-            state.sortIndex = index;
-            state.descending = m_grid->sortOrder() == GridSortOrder::Descending;
-        }
-    }
-    SettingsStore::saveSetting(SettingsStore::MainColumns, state.toText());
-    WindowPlacement::save(*this, SettingsStore::MainWindow);
 }
 
 FrmStations::Positions FrmStations::positions() const
@@ -871,7 +612,8 @@ void FrmStations::closeEvent(QCloseEvent *event)
     if (m_unloaded)
         return;
     m_unloaded = true;
-    saveLayout();
+    m_columns->save(SettingsStore::MainColumns);
+    WindowPlacement::save(*this, SettingsStore::MainWindow);
     // An edit still open counts like one the user finished.
     m_grid->commitEdit();
 

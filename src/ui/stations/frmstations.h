@@ -5,8 +5,6 @@
 
 #include "base/tracehook.h"
 
-#include <QKeySequence>
-#include <QList>
 #include <QWidget>
 
 #include <array>
@@ -22,12 +20,13 @@ class FrmListen;
 struct Station;
 class LynxGrid;
 class FlowLayout;
-class QAction;
 class QBoxLayout;
 class QComboBox;
 class QLineEdit;
 class QMenu;
 class QMenuBar;
+class StationColumns;
+class StationMenus;
 class StationPlayer;
 class ucPlayBar;
 
@@ -58,39 +57,6 @@ public:
         ColumnCount
     };
 
-    // Where a command shows: its menu in the menu bar, and the context menus.
-    enum class Menu
-    {
-        Station,
-        List,
-        Recordings,
-        Tools,
-        Help
-    };
-    enum Place
-    {
-        RowMenu = 1,  // the menu of a row
-        GridMenu = 2, // the menu of the grid's empty area
-        GridKey = 4,  // the key works while the grid has the focus (elsewhere it is the field's)
-    };
-    // One command of the window: its action, where it shows, and its button.
-    struct Command
-    {
-        const char *name; // the action's objectName
-        QString text;     // in menus
-        Menu menu;
-        QKeySequence key;
-        int places;
-        // What the command does and what a modifier key held at the click
-        // does instead; the action's and the button's tool tip.
-        QString tip;
-        std::function<void()> run;
-        const char *button = nullptr; // the command strip's button, if any
-        QString buttonText = {};
-        // The button's place in the strip; a new hundred begins a new group.
-        int order = 0;
-    };
-
     // What the window works on and with.
     struct Parts
     {
@@ -118,8 +84,8 @@ public:
     void stationPlayed(int kind, int row, const QString &date);
     StationPlayer &player() const { return *m_player; }
     // The menu of a row and the menu of the grid's empty area.
-    QMenu &rowMenu() const { return *m_rowMenu; }
-    QMenu &gridMenu() const { return *m_gridMenu; }
+    QMenu &rowMenu() const;
+    QMenu &gridMenu() const;
 
 signals:
     // The window has unloaded: edited cells are back in the catalogue and its
@@ -128,22 +94,11 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildControls();
-    QList<Command> commands();
-    void buildCommands();
     void connectCommands();
-    // The grid's context menu at a point of its viewport, or at the current row.
-    void showContextMenu(const QPoint &viewportPos, bool atCurrentRow);
-    // The Station column takes the width the other columns leave, and is at
-    // least as wide as the names need (up to a limit).
-    void stretchStationColumn();
-    void measureName(const QString &name);
     int rowOf(int index) const;
-    void restoreLayout();
-    void saveLayout();
     void createColumns();
     void fillFilterLists();
     void setAccessibleNames();
@@ -194,10 +149,8 @@ private:
     QLineEdit *m_txtSearch = nullptr;
     QMenuBar *m_menuBar = nullptr;
     FlowLayout *m_commandStrip = nullptr;
-    // The width the widest station name shown needs, up to a limit.
-    int m_nameWidth = 0;
-    QMenu *m_rowMenu = nullptr;
-    QMenu *m_gridMenu = nullptr;
+    StationColumns *m_columns = nullptr;
+    StationMenus *m_menus = nullptr;
     QBoxLayout *m_playBarSlot = nullptr;
     ucPlayBar *m_playBar = nullptr;
 };
