@@ -51,6 +51,7 @@ void RecordingOutput::resetCounters()
 {
     m_blockWrites = 0;
     m_bytesWritten = 0;
+    m_files.clear();
     m_error.clear();
 }
 
@@ -59,8 +60,11 @@ bool RecordingOutput::OpenFile()
     CloseFile();
     m_file.setFileName(m_fileName);
     // Unbuffered: every cache flush is one write, and a failing one is seen at once.
-    if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+    if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        if (!m_files.contains(m_fileName))
+            m_files << m_fileName;
         return true;
+    }
     fail(QCoreApplication::translate("RecordingOutput", "Unable to open \"%1\": %2")
              .arg(m_fileName, m_file.errorString()));
     return false;

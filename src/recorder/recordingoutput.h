@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 // Expands a file-name template: a leading ".\" (and, off Windows, "./") goes
 // into the recordings folder, which is created; every "%STATION%" becomes the
@@ -40,7 +41,9 @@ public:
     // Block writes are 32 bits so a recording of days cannot overflow them.
     qint32 blockWrites() const { return m_blockWrites; }
     double bytesWritten() const { return m_bytesWritten; }
-    // What a new recording starts from: both counters zero, no error.
+    // The files opened since the counters were reset, each once.
+    const QStringList &files() const { return m_files; }
+    // What a new recording starts from: both counters zero, no files, no error.
     void resetCounters();
     // Why the output cannot go on: the first open or write that failed; empty while none has.
     const QString &error() const { return m_error; }
@@ -73,6 +76,7 @@ private:
 
     QString m_error;
     QString m_fileName;
+    QStringList m_files;
     QFile m_file;
     QByteArray m_cache;
     bool m_writeEnabled = false;

@@ -3,6 +3,7 @@
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
 #include "controls/roundedframe.h"
+#include "recorder/recordingsummary.h"
 #include "recorder/launchswitches.h"
 #include "schedule/recordingscheduler.h"
 
@@ -107,6 +108,7 @@ void FrmTC::wireControls()
     connect(tmrStats, &QTimer::timeout, this, [this] { showStatistics(m_recorder->counters()); });
     connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_recorder->counters()); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunchTick);
+    connect(lnkFolder, &QLabel::linkActivated, this, [this] { m_hooks.openFolder(m_writtenFolder); });
 }
 
 void FrmTC::wireRecorder()
@@ -115,10 +117,14 @@ void FrmTC::wireRecorder()
     connect(r, &StreamRecorder::started, this, [this] {
         cmdRecord->setText(captionStop());
         SetMode(false);
+        m_running.start();
+        lblSummary->hide();
+        lnkFolder->hide();
     });
     connect(r, &StreamRecorder::stopped, this, [this] {
         SetMode(true);
         cmdRecord->setText(captionRecord());
+        showSummary();
     });
     connect(r, &StreamRecorder::statusChanged, this,
             [this](const QString &text) { setLabel(lbStream, text); });
@@ -225,6 +231,15 @@ void FrmTC::btSaveClick()
         txtSave->setText(path);
 }
 
+
+void FrmTC::showSummary()
+{
+    const RecordingSummary summary = RecordingSummary::of(m_recorder->output().files(), m_running.elapsed() / 1000);
+    lblSummary->setText(summary.text());
+    lblSummary->show();
+    m_writtenFolder = summary.folder;
+    lnkFolder->setVisible(!m_writtenFolder.isEmpty() && m_hooks.openFolder);
+}
 
 void FrmTC::tmrLaunchTick()
 {

@@ -4,6 +4,7 @@
 #include "ui/recorder/frmtccontrols.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QWidget>
 
 #include <functional>
@@ -28,7 +29,8 @@ public:
     // clock that names files, the save dialog of btSave (the current template
     // in, the chosen path out, empty when cancelled), the connection's stall
     // time and reconnection pauses, and how cmdSchedule registers a task (the
-    // window's inputs, its clock and itself as the owner of the task dialog).
+    // window's inputs, its clock and itself as the owner of the task dialog),
+    // and how the folder of the files written is opened.
     struct Hooks
     {
         std::function<QDateTime()> now;
@@ -36,6 +38,7 @@ public:
         std::function<void(const RecordingInputs &, const std::function<QDateTime()> &now, QWidget *owner)>
             schedule;
         StreamConnection::Timing connection;
+        std::function<void(const QString &folder)> openFolder;
     };
 
     using FrmTCControls::captionRecord;
@@ -75,10 +78,14 @@ private:
     void cmdScheduleClick();
     void btSaveClick();
     void tmrLaunchTick();
+    // What the recording that stopped wrote, and where.
+    void showSummary();
 
     const LaunchOptions &m_launch;
     Hooks m_hooks;
     StreamRecorder *m_recorder = nullptr;
+    QElapsedTimer m_running;
+    QString m_writtenFolder;
     bool m_monitorShown = false;
     int m_monitorGrowth = 0;
 

@@ -319,6 +319,23 @@ QWidget *FrmTCControls::buildStatus()
     addPair(grid, row, tr("Stored:"), lbStore, tr("Time:"), lbTime);
     addPair(grid, row, tr("Bit rate:"), lbBitrate, tr("Metadata:"), lbPackets);
     addWide(grid, row, tr("Limit:"), Bar);
+
+    lblSummary = valueLabel(QStringLiteral("lblSummary"));
+    lblSummary->setWordWrap(true);
+    lblSummary->setAccessibleName(tr("Written"));
+    lnkFolder = named(new QLabel(QStringLiteral("<a href=\"folder\">%1</a>").arg(tr("Open folder"))),
+                      QStringLiteral("lnkFolder"));
+    lnkFolder->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    lnkFolder->setFocusPolicy(Qt::TabFocus);
+    lnkFolder->setAccessibleName(tr("Open folder"));
+    auto *written = new QWidget;
+    auto *writtenRow = new QHBoxLayout(written);
+    writtenRow->setContentsMargins(0, 0, 0, 0);
+    writtenRow->addWidget(lblSummary, 1);
+    writtenRow->addWidget(lnkFolder);
+    addWide(grid, row, tr("Written:"), written);
+    lblSummary->hide();
+    lnkFolder->hide();
     return box;
 }
 

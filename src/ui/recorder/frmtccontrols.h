@@ -71,6 +71,9 @@ public:
     QLabel *lbTime = nullptr;
     QLabel *lbBitrate = nullptr;
     QLabel *lbPackets = nullptr;
+    // After a recording: what it wrote, and the link to the folder.
+    QLabel *lblSummary = nullptr;
+    QLabel *lnkFolder = nullptr;
     QProgressBar *Bar = nullptr;
 
     QPushButton *cmdRecord = nullptr;

@@ -13,6 +13,7 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -50,6 +51,7 @@ protected:
             return dialogAnswer;
         };
         hooks.connection = {1000ms, {50ms, 100ms, 150ms}};
+        hooks.openFolder = [this](const QString &folder) { openedFolders << folder; };
         window = new FrmTC(prompt, launch, power, nullptr, hooks);
         return window;
     }
@@ -101,6 +103,7 @@ protected:
     IcyServer server;
     QPointer<FrmTC> window;
     QString dialogAnswer, dialogShownWith;
+    QStringList openedFolders;
 };
 
 TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
@@ -136,6 +139,16 @@ TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
         waitUntil([&] { return text("lbStore") == RecorderStats::storedSizeText(double(consumed)); }, Wait));
     EXPECT_EQ(text("lbBitrate"), u"128 kbit/s"_s);
     EXPECT_TRUE(power.exitCalls.isEmpty());
+    // What it wrote, and where, with the way there.
+    const QDir folder(recordings());
+    const QStringList files = folder.entryList(QDir::Files);
+    ASSERT_EQ(files.size(), 2) << files.join(u',').toStdString();
+    EXPECT_TRUE(text("lblSummary").startsWith(u"Wrote 2 files ("_s)) << text("lblSummary").toStdString();
+    EXPECT_TRUE(text("lblSummary").contains(u", 0:00:"_s));
+    EXPECT_TRUE(text("lblSummary").endsWith(u") to "_s + folder.absolutePath()));
+    ASSERT_TRUE(label("lnkFolder")->isVisible());
+    emit label("lnkFolder")->linkActivated(u"folder"_s);
+    EXPECT_EQ(openedFolders, QStringList{folder.absolutePath()});
 }
 
 TEST_F(RecorderWindow, AFailureIsShownAndAStationWithoutTitlesTurnsOneFilePerSongOff)
@@ -144,6 +157,8 @@ TEST_F(RecorderWindow, AFailureIsShownAndAStationWithoutTitlesTurnsOneFilePerSon
     button("cmdRecord")->click();
     ASSERT_TRUE(waitUntil([&] { return !window->Recording(); }, Wait));
     EXPECT_EQ(text("lbStream"), StreamConnection::TextNoConnection);
+    EXPECT_EQ(text("lblSummary"), u"No file was written."_s);
+    EXPECT_FALSE(label("lnkFolder")->isVisible());
     expectIdle();
     server.songs = {{"Unsent", 60}};
     server.titles = false;
