@@ -95,4 +95,13 @@ void keepOnScreen(QWidget &window)
         fitted(window.geometry(), availableFor(window, window.geometry()), window.minimumSize()).size());
 }
 
+void keepInside(QWidget &window)
+{
+    if (!window.isVisible()) {
+        keepOnScreen(window);
+        return;
+    }
+    window.setGeometry(fitted(window.geometry(), availableFor(window, window.geometry()), window.minimumSize()));
+}
+
 } // namespace WindowPlacement

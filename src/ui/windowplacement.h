@@ -30,5 +30,7 @@ void restore(QWidget &window, const QString &key);
 void save(const QWidget &window, const QString &key);
 // The window's size cut down to the screen it is on.
 void keepOnScreen(QWidget &window);
+// A shown window is also moved onto its screen; a new one only resized.
+void keepInside(QWidget &window);
 
 } // namespace WindowPlacement

@@ -2,10 +2,12 @@
 
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
+#include "base/settingsstore.h"
 #include "controls/roundedframe.h"
 #include "recorder/recordingsummary.h"
 #include "recorder/launchswitches.h"
 #include "schedule/recordingscheduler.h"
+#include "ui/windowplacement.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -15,6 +17,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QTimer>
 
 namespace {
@@ -23,8 +26,6 @@ namespace {
 constexpr int StatsInterval = 500;
 constexpr int UpdateInterval = 250;
 constexpr int LaunchDelay = 300;
-// Extra height, beyond the panel's own, that opening the monitor adds.
-constexpr int MonitorMargin = 12;
 
 QString linkText(const QString &url)
 {
@@ -147,6 +148,11 @@ void FrmTC::wireRecorder()
 void FrmTC::load()
 {
     m_monitorShown = false;
+    // As tall as its details, on the screen; then as the user left the last one.
+    fitToContent(true);
+    if (!m_launch.launchMode && SettingsStore::getSetting(SettingsStore::RecorderMonitor) == u"1")
+        cmdMonitor->setChecked(true);
+    WindowPlacement::restore(*this, SettingsStore::RecorderWindow);
     if (m_launch.launchMode) {
         cmdStations->setEnabled(false);
         applyLaunchSwitches(ParseLaunchSwitches(m_launch.commandArg), this);
@@ -206,22 +212,26 @@ void FrmTC::cmdScheduleClick()
 void FrmTC::cmdMonitorToggled(bool shown)
 {
     m_monitorShown = shown;
-    // The layout's minimum size follows the panel at once, so the resize is
-    // not clamped to the old one.
-    const int before = height();
     if (m_monitorShown) {
         m_monitorPanel->show();
-        layout()->activate();
-        m_monitorGrowth = m_monitorPanel->sizeHint().height() + MonitorMargin;
-        resize(width(), before + m_monitorGrowth);
+        fitToContent(true);
         tmrUpdate->start();
         showMonitor(m_recorder->counters());
     } else {
         tmrUpdate->stop();
         m_monitorPanel->hide();
-        layout()->activate();
-        resize(width(), before - m_monitorGrowth);
+        fitToContent(false);
     }
+}
+
+void FrmTC::fitToContent(bool grow)
+{
+    // The scroll area's layout is settled first, or the room it has is stale.
+    layout()->activate();
+    m_scroll->widget()->layout()->activate();
+    const int missing = missingHeight();
+    resize(width(), height() + (grow ? qMax(0, missing) : qMin(0, missing)));
+    WindowPlacement::keepInside(*this);
 }
 
 void FrmTC::btSaveClick()
@@ -249,6 +259,9 @@ void FrmTC::tmrLaunchTick()
 
 void FrmTC::closeEvent(QCloseEvent *event)
 {
+    WindowPlacement::save(*this, SettingsStore::RecorderWindow);
+    SettingsStore::saveSetting(SettingsStore::RecorderMonitor,
+                               cmdMonitor->isChecked() ? QStringLiteral("1") : QStringLiteral("0"));
     if (m_recorder->Recording())
         cmdRecord->click();
     event->accept();

@@ -75,6 +75,9 @@ private:
 
     void cmdRecordClick();
     void cmdMonitorToggled(bool shown);
+    // Taller (grow) as far as the details above the buttons need and the
+    // screen allows, or shorter by the room they leave spare.
+    void fitToContent(bool grow);
     void cmdScheduleClick();
     void btSaveClick();
     void tmrLaunchTick();
@@ -87,7 +90,6 @@ private:
     QElapsedTimer m_running;
     QString m_writtenFolder;
     bool m_monitorShown = false;
-    int m_monitorGrowth = 0;
 
     QTimer *tmrStats = nullptr;
     QTimer *tmrUpdate = nullptr;

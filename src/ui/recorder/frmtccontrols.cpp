@@ -16,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace {
@@ -201,9 +202,23 @@ void FrmTCControls::showMeta(const RecorderStats::Counters &counters)
 
 void FrmTCControls::setupControls(QWidget *window)
 {
-    auto *top = new QVBoxLayout(window);
-    top->addWidget(buildInputs());
-    top->addWidget(buildStatus());
+    // Inputs, status and monitor scroll above the buttons, so that the
+    // buttons stay in reach on a short screen.
+    auto *content = named(new QWidget, QStringLiteral("recorderContent"));
+    auto *column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(buildInputs());
+    column->addWidget(buildStatus());
+    column->addWidget(buildMonitor());
+    column->addStretch(1);
+    m_monitorPanel->hide();
+    m_scroll = named(new QScrollArea, QStringLiteral("recorderScroll"));
+    m_scroll->setAccessibleName(tr("Recording details"));
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setWidget(content);
+    m_scroll->setMinimumHeight(120);
 
     auto *record = named(new SchemeButton(captionRecord()), QStringLiteral("cmdRecord"));
     record->setAccent(true);
@@ -220,11 +235,16 @@ void FrmTCControls::setupControls(QWidget *window)
     buttons->addWidget(cmdSchedule);
     buttons->addStretch();
     buttons->addWidget(cmdStations);
-    top->addLayout(buttons);
 
-    top->addWidget(buildMonitor());
-    m_monitorPanel->hide();
-    window->setMinimumWidth(520);
+    auto *top = new QVBoxLayout(window);
+    top->addWidget(m_scroll, 1);
+    top->addLayout(buttons);
+    window->setMinimumWidth(qMax(520, content->minimumSizeHint().width() + 24));
+}
+
+int FrmTCControls::missingHeight() const
+{
+    return m_scroll->widget()->sizeHint().height() - m_scroll->height();
 }
 
 QWidget *FrmTCControls::buildInputs()

@@ -13,6 +13,7 @@ class QProgressBar;
 class RoundedFrame;
 class QPushButton;
 class QRadioButton;
+class QScrollArea;
 class QWidget;
 struct LaunchSwitches;
 struct RecordingSettings;
@@ -33,6 +34,9 @@ public:
 
     // Builds the controls into the window; the monitor panel starts hidden.
     void setupControls(QWidget *window);
+    // How much taller the details above the buttons are than their room;
+    // below 0 when they have room to spare.
+    int missingHeight() const;
     // Fills the inputs from a launch command line; "-m" clicks cmdMonitor and
     // "-v" minimises the window.
     void applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window);
@@ -82,6 +86,7 @@ public:
     QPushButton *cmdSchedule = nullptr;
 
     RoundedFrame *m_monitorPanel = nullptr;
+    QScrollArea *m_scroll = nullptr;
     QLabel *lbBuffer_Current = nullptr;
     QLabel *lbBuffer_Peak = nullptr;
     QProgressBar *Bar_Buffer = nullptr;

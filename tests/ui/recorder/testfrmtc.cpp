@@ -22,6 +22,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -269,6 +271,35 @@ TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
     dialogAnswer.clear();
     button("btSave")->click();
     EXPECT_EQ(edit("txtSave")->text(), u"/music/chosen.mp3"_s);
+}
+
+// Run on a 1366 x 768 screen, and at scale 2 on 1600 x 1000 (see CMakeLists.txt).
+TEST_F(RecorderWindow, FitsTheScreenWithItsMonitorAndComesBackAsItWasLeft)
+{
+    open();
+    window->show();
+    const QRect screen = window->screen()->availableGeometry();
+    button("cmdMonitor")->click();
+    EXPECT_TRUE(child<QWidget>("monitorPanel")->isVisibleTo(window));
+    EXPECT_TRUE(screen.contains(window->frameGeometry()));
+    for (const char *name : {"cmdRecord", "cmdMonitor", "cmdSchedule", "cmdStations"}) {
+        const QRect at(button(name)->mapTo(window.data(), QPoint(0, 0)), button(name)->size());
+        EXPECT_TRUE(window->rect().contains(at)) << name;
+    }
+    // What does not fit scrolls; the monitor's last line is within reach.
+    auto *details = child<QScrollArea>("recorderScroll");
+    details->ensureWidgetVisible(child<QWidget>("txtMeta"));
+    EXPECT_TRUE(child<QWidget>("txtMeta")->visibleRegion().boundingRect().height() > 0);
+    window->setGeometry(QRect(screen.topLeft() + QPoint(30, 40), window->size() - QSize(0, 60)));
+    const QSize size = window->size();
+    window->close();
+    open();
+    window->show();
+    EXPECT_TRUE(button("cmdMonitor")->isChecked()) << "the monitor as it was left";
+    EXPECT_EQ(window->size(), size);
+    button("cmdMonitor")->click();
+    EXPECT_LE(window->height(), size.height());
+    EXPECT_FALSE(child<QWidget>("monitorPanel")->isVisibleTo(window));
 }
 
 } // namespace
