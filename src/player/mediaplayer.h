@@ -56,6 +56,15 @@ public:
     virtual bool fullScreen() const = 0;
     virtual void setFullScreen(bool on) = 0;
 
+    // What the media is, once known: pictures or sound only, its length in
+    // milliseconds (0 for a stream) and the title it names (empty when none).
+    virtual bool hasVideo() const = 0;
+    virtual qint64 duration() const = 0;
+    virtual QString title() const = 0;
+    // Milliseconds into the media; a seek for media with a length.
+    virtual qint64 position() const = 0;
+    virtual void setPosition(qint64 milliseconds) = 0;
+
     // currentPlaylist.clear
     virtual void clearPlaylist() = 0;
     // Lets go of the media and everything held for it.
@@ -63,4 +72,7 @@ public:
 
 signals:
     void PlayStateChange(int newState);
+    // hasVideo, duration or title has changed.
+    void mediaChanged();
+    void positionChanged(qint64 milliseconds);
 };

@@ -52,3 +52,18 @@ void ScriptedPlayer::close()
     log << QStringLiteral("close");
     m_url.clear();
 }
+
+void ScriptedPlayer::setPosition(qint64 milliseconds)
+{
+    log << QStringLiteral("position=") + QString::number(milliseconds);
+    m_position = milliseconds;
+    emit positionChanged(milliseconds);
+}
+
+void ScriptedPlayer::setMedia(bool video, qint64 duration, const QString &title)
+{
+    m_hasVideo = video;
+    m_duration = duration;
+    m_title = title;
+    emit mediaChanged();
+}

@@ -3,6 +3,7 @@
 #include "ui/player/playerview.h"
 
 #include <QAudioOutput>
+#include <QMediaMetaData>
 #include <QMediaPlayer>
 #include <QVideoWidget>
 
@@ -70,6 +71,10 @@ void QtMediaPlayer::newMedia()
                 if (error != QMediaPlayer::NoError)
                     fail(text);
             });
+    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &MediaPlayer::mediaChanged);
+    connect(m_player, &QMediaPlayer::durationChanged, this, &MediaPlayer::mediaChanged);
+    connect(m_player, &QMediaPlayer::metaDataChanged, this, &MediaPlayer::mediaChanged);
+    connect(m_player, &QMediaPlayer::positionChanged, this, &MediaPlayer::positionChanged);
     connect(m_player, &QMediaPlayer::positionChanged, this, [this](qint64 position) {
         if (position <= m_lastPosition)
             return;
@@ -87,6 +92,32 @@ void QtMediaPlayer::fail(const QString &text)
         m_error = text.isEmpty() ? QStringLiteral("Media not playable") : text;
     m_failed = true;
     scheduleUpdate();
+}
+
+bool QtMediaPlayer::hasVideo() const
+{
+    return m_player->hasVideo();
+}
+
+qint64 QtMediaPlayer::duration() const
+{
+    // A stream has no end; GStreamer may still guess a length from its bit rate.
+    return m_player->isSeekable() ? m_player->duration() : 0;
+}
+
+QString QtMediaPlayer::title() const
+{
+    return m_player->metaData().stringValue(QMediaMetaData::Title);
+}
+
+qint64 QtMediaPlayer::position() const
+{
+    return m_player->position();
+}
+
+void QtMediaPlayer::setPosition(qint64 milliseconds)
+{
+    m_player->setPosition(milliseconds);
 }
 
 void QtMediaPlayer::setURL(const QString &url)
