@@ -90,6 +90,9 @@ void FrmListen::fitToMedia()
     if (ListenRow == ListenSession::WarmUpRow || (state != MediaPlayer::Playing && state != MediaPlayer::Paused))
         return;
     setCompact(!MPlayer().hasVideo());
+    // A seek bar or a title may have come: the compact player is as tall as its controls.
+    if (m_compact)
+        resize(width(), m_controls->sizeHint().height() + ButtonRowOffset + Margin);
 }
 
 void FrmListen::setCompact(bool compact)
@@ -101,8 +104,7 @@ void FrmListen::setCompact(bool compact)
     cmdContext->setVisible(!compact);
     showView(m_viewWanted);
     if (compact) {
-        const QSize hint = m_controls->sizeHint();
-        resize(qMax(380, hint.width()), hint.height() + ButtonRowOffset + Margin);
+        resize(qMax(380, m_controls->sizeHint().width()), height());
     } else {
         resize(480, 360);
     }

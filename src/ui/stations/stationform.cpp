@@ -171,7 +171,7 @@ void StationForm::build(const QStringList &categories)
     top->addWidget(lblProblem);
     top->addStretch(1);
     top->addWidget(buttons);
-    setMinimumWidth(qMin(520, fontMetrics().averageCharWidth() * 70));
+    setMinimumWidth(fontMetrics().averageCharWidth() * 90);
 
     connect(cmdTest, &QPushButton::clicked, this, &StationForm::cmdTestClick);
 }
