@@ -119,8 +119,7 @@ void FrmTC::wireRecorder()
         cmdRecord->setText(captionStop());
         SetMode(false);
         m_running.start();
-        lblSummary->hide();
-        lnkFolder->hide();
+        showWritten({}, false);
     });
     connect(r, &StreamRecorder::stopped, this, [this] {
         SetMode(true);
@@ -244,11 +243,13 @@ void FrmTC::btSaveClick()
 
 void FrmTC::showSummary()
 {
-    const RecordingSummary summary = RecordingSummary::of(m_recorder->output().files(), m_running.elapsed() / 1000);
-    lblSummary->setText(summary.text());
-    lblSummary->show();
+    // The audio's own length where the bit rate tells it; else the time it ran.
+    const RecorderStats::Counters counters = m_recorder->counters();
+    const qint64 seconds =
+        RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate).value_or(m_running.elapsed() / 1000);
+    const RecordingSummary summary = RecordingSummary::of(m_recorder->output().files(), seconds);
     m_writtenFolder = summary.folder;
-    lnkFolder->setVisible(!m_writtenFolder.isEmpty() && m_hooks.openFolder);
+    showWritten(summary.text(), !m_writtenFolder.isEmpty() && m_hooks.openFolder);
 }
 
 void FrmTC::tmrLaunchTick()

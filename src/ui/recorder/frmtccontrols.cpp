@@ -229,6 +229,10 @@ void FrmTCControls::setupControls(QWidget *window)
     cmdMonitor->setCheckable(true);
     cmdSchedule = named(new SchemeButton(tr("Schedule...")), QStringLiteral("cmdSchedule"));
     cmdStations = named(new SchemeButton(tr("Stations")), QStringLiteral("cmdStations"));
+    cmdRecord->setToolTip(tr("Record: start recording the stream into the file named above; Stop ends it."));
+    cmdMonitor->setToolTip(tr("Monitor: show or hide the buffer, disk cache and metadata figures."));
+    cmdSchedule->setToolTip(tr("Schedule: repeat this recording at a time you choose."));
+    cmdStations->setToolTip(tr("Stations: show the station list."));
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdRecord);
     buttons->addWidget(cmdMonitor);
@@ -240,6 +244,14 @@ void FrmTCControls::setupControls(QWidget *window)
     top->addWidget(m_scroll, 1);
     top->addLayout(buttons);
     window->setMinimumWidth(qMax(520, content->minimumSizeHint().width() + 24));
+}
+
+void FrmTCControls::showWritten(const QString &summary, bool folderLink)
+{
+    lblSummary->setText(summary);
+    for (QWidget *part : m_written)
+        part->setVisible(!summary.isEmpty());
+    lnkFolder->setVisible(folderLink);
 }
 
 int FrmTCControls::missingHeight() const
@@ -354,8 +366,8 @@ QWidget *FrmTCControls::buildStatus()
     writtenRow->addWidget(lblSummary, 1);
     writtenRow->addWidget(lnkFolder);
     addWide(grid, row, tr("Written:"), written);
-    lblSummary->hide();
-    lnkFolder->hide();
+    m_written = {grid->itemAtPosition(row - 1, 0)->widget(), written};
+    showWritten({}, false);
     return box;
 }
 

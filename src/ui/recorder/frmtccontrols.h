@@ -3,6 +3,7 @@
 #include "recorder/recorderstats.h"
 
 #include <QCoreApplication>
+#include <QList>
 #include <QString>
 
 class QCheckBox;
@@ -34,6 +35,9 @@ public:
 
     // Builds the controls into the window; the monitor panel starts hidden.
     void setupControls(QWidget *window);
+    // The line of what a recording wrote, with its caption and the folder
+    // link; an empty summary hides them.
+    void showWritten(const QString &summary, bool folderLink);
     // How much taller the details above the buttons are than their room;
     // below 0 when they have room to spare.
     int missingHeight() const;
@@ -78,6 +82,7 @@ public:
     // After a recording: what it wrote, and the link to the folder.
     QLabel *lblSummary = nullptr;
     QLabel *lnkFolder = nullptr;
+    QList<QWidget *> m_written; // the caption and the line
     QProgressBar *Bar = nullptr;
 
     QPushButton *cmdRecord = nullptr;
