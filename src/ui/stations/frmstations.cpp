@@ -10,13 +10,13 @@
 #include "base/settingsstore.h"
 #include "controls/flowlayout.h"
 #include "controls/lynxgrid.h"
-#include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "ui/player/frmlisten.h"
 #include "player/mainplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
 #include "ui/stations/stationcolumns.h"
+#include "ui/stations/stationfilterbar.h"
 #include "ui/stations/stationmenus.h"
 #include "ui/windowplacement.h"
 
@@ -24,8 +24,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGuiApplication>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPainter>
@@ -50,15 +48,6 @@ const QStringList ratingEntries = {QString(),           QStringLiteral("1"), QSt
 const QStringList ratingEditorEntries = ratingEntries.mid(1);
 
 const QString playKey = QStringLiteral("Play");
-
-QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
-{
-    auto *combo = new QComboBox(parent);
-    combo->setObjectName(QLatin1StringView(name));
-    combo->setMinimumWidth(minimumWidth);
-    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    return combo;
-}
 
 // Selects the first entry whose text equals value exactly; with none, the selection stays.
 void selectEntry(QComboBox *combo, const QString &value)
@@ -204,59 +193,12 @@ void FrmStations::buildControls()
     m_menuBar->setAccessibleName(tr("Menu"));
     outer->setMenuBar(m_menuBar);
 
-    auto *fraFilter = new RoundedFrame({}, this);
-    fraFilter->setObjectName(QStringLiteral("fraFilter"));
-    fraFilter->setAccessibleName(tr("Filter"));
-    auto *filters = new FlowLayout(fraFilter);
-    // The frame's own margins already leave room round its panel.
-    filters->setContentsMargins(0, 0, 0, 0);
-    filters->setSpacing(6);
-    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 90);
-    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 100);
-    m_cmbType = newCombo(fraFilter, "cmbType", 56);
-    m_cmbRating = newCombo(fraFilter, "cmbRating", 44);
-    const std::pair<QString, QComboBox *> labelled[] = {{tr("Genre"), m_cmbGenre},
-                                                        {tr("Category"), m_cmbCategory},
-                                                        {tr("Type"), m_cmbType},
-                                                        {tr("Rating"), m_cmbRating}};
-    // Each caption stays with its drop-down when the row wraps.
-    for (const auto &[text, combo] : labelled) {
-        auto *pair = new QWidget(fraFilter);
-        auto *row = new QHBoxLayout(pair);
-        row->setContentsMargins(0, 0, 4, 0);
-        row->setSpacing(6);
-        auto *label = new QLabel(text, pair);
-        label->setBuddy(combo);
-        combo->setParent(pair);
-        row->addWidget(label);
-        row->addWidget(combo);
-        filters->addWidget(pair);
-    }
-    auto *cmdFilter = StationMenus::newButton(fraFilter, "cmdFilter", tr("Filter"));
-    cmdFilter->setToolTip(tr("Filter: show only the stations that match the genre, category, type and "
-                             "rating chosen."));
-    filters->addWidget(cmdFilter);
-    auto *search = new QWidget(fraFilter);
-    auto *searchRow = new QHBoxLayout(search);
-    searchRow->setContentsMargins(0, 0, 0, 0);
-    searchRow->setSpacing(6);
-    m_txtSearch = new QLineEdit(search);
-    m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
-    m_txtSearch->setPlaceholderText(tr("Station or category"));
-    m_txtSearch->setClearButtonEnabled(true);
-    m_txtSearch->setMinimumWidth(100);
-    searchRow->addWidget(m_txtSearch, 1);
-    auto *cmdSearch = StationMenus::newButton(search, "cmdSearch", tr("Search"));
-    cmdSearch->setToolTip(tr("Search: go to the next station whose name or category holds the text "
-                             "(Enter in the box does the same; Ctrl+F comes here)."));
-    searchRow->addWidget(cmdSearch);
-    auto *cmdSearchWww = StationMenus::newButton(search, "cmdSearchWww", tr("Search Web"));
-    cmdSearchWww->setToolTip(tr("Search Web: search the web station directory for the text and the chosen "
-                                "genre, in your browser."));
-    searchRow->addWidget(cmdSearchWww);
-    // The search box takes the rest of its line.
-    search->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    filters->addWidget(search);
+    auto *fraFilter = new StationFilterBar(this);
+    m_cmbGenre = fraFilter->genre();
+    m_cmbCategory = fraFilter->category();
+    m_cmbType = fraFilter->type();
+    m_cmbRating = fraFilter->rating();
+    m_txtSearch = fraFilter->search();
     outer->addWidget(fraFilter);
 
     auto *gfxOption = new QWidget(this);
