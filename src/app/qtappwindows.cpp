@@ -106,7 +106,9 @@ FrmTC *QtAppWindows::newRecorderWindow()
     hooks.schedule = [this](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
         scheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
     };
-    hooks.openFolder = [this](const QString &folder) { m_shell.openDocument(QUrl::fromLocalFile(folder).toString()); };
+    hooks.openFolder = [this](const QString &folder) {
+        m_shell.openDocument(QUrl::fromLocalFile(folder).toString());
+    };
     return new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
 }
 

@@ -89,6 +89,7 @@ StationInput::Problem StationInput::check(const Station &station, const QString 
         return {Field::BitRate, tr("The bit rate is a number of kbit/s, such as 128.")};
     // The browser gets it: a page address, with or without its http://, and nothing else.
     if (!station.InfoUrl.isEmpty() && !hasScheme(QUrl::fromUserInput(station.InfoUrl), {u"http", u"https"}))
-        return {Field::InfoUrl, tr("The information address must be a web page, as in https://www.example.org/.")};
+        return {Field::InfoUrl,
+                tr("The information address must be a web page, as in https://www.example.org/.")};
     return {};
 }

@@ -2,10 +2,10 @@
 
 #include "base/launchoptions.h"
 #include "catalogue/filedl.h"
+#include "catalogue/stationinput.h"
 #include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
 #include "player/streamprobe.h"
-#include "catalogue/stationinput.h"
 
 #include <QCoreApplication>
 #include <QDate>

@@ -256,11 +256,10 @@ void MainPlayer::showFailure(const ProbeReport &report)
     QString reason = report.reason();
     // The station sends a stream: the trouble is the player's, or the time.
     if (reason.isEmpty()) {
-        reason = m_playerFailure.isEmpty()
-                     ? tr("%1 sends a stream, but it did not start within %2 s")
-                           .arg(m_failedName)
-                           .arg(m_startLimit.interval() / 1000)
-                     : tr("%1 cannot be played: %2").arg(m_failedName, m_playerFailure);
+        reason = m_playerFailure.isEmpty() ? tr("%1 sends a stream, but it did not start within %2 s")
+                                                 .arg(m_failedName)
+                                                 .arg(m_startLimit.interval() / 1000)
+                                           : tr("%1 cannot be played: %2").arg(m_failedName, m_playerFailure);
     }
     m_playerFailure.clear();
     emit captionChanged(reason);

@@ -101,7 +101,8 @@ void keepInside(QWidget &window)
         keepOnScreen(window);
         return;
     }
-    window.setGeometry(fitted(window.geometry(), availableFor(window, window.geometry()), window.minimumSize()));
+    window.setGeometry(
+        fitted(window.geometry(), availableFor(window, window.geometry()), window.minimumSize()));
 }
 
 } // namespace WindowPlacement

@@ -87,7 +87,8 @@ void FrmListen::fitToMedia()
 {
     const int state = MPlayer().playState();
     // The hidden warm-up player keeps its window as it is.
-    if (ListenRow == ListenSession::WarmUpRow || (state != MediaPlayer::Playing && state != MediaPlayer::Paused))
+    if (ListenRow == ListenSession::WarmUpRow ||
+        (state != MediaPlayer::Playing && state != MediaPlayer::Paused))
         return;
     setCompact(!MPlayer().hasVideo());
     // A seek bar or a title may have come: the compact player is as tall as its controls.

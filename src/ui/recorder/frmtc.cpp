@@ -4,8 +4,8 @@
 #include "base/launchoptions.h"
 #include "base/settingsstore.h"
 #include "controls/roundedframe.h"
-#include "recorder/recordingsummary.h"
 #include "recorder/launchswitches.h"
+#include "recorder/recordingsummary.h"
 #include "schedule/recordingscheduler.h"
 #include "ui/windowplacement.h"
 
@@ -240,13 +240,12 @@ void FrmTC::btSaveClick()
         txtSave->setText(path);
 }
 
-
 void FrmTC::showSummary()
 {
     // The audio's own length where the bit rate tells it; else the time it ran.
     const RecorderStats::Counters counters = m_recorder->counters();
-    const qint64 seconds =
-        RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate).value_or(m_running.elapsed() / 1000);
+    const qint64 seconds = RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate)
+                               .value_or(m_running.elapsed() / 1000);
     const RecordingSummary summary = RecordingSummary::of(m_recorder->output().files(), seconds);
     m_writtenFolder = summary.folder;
     showWritten(summary.text(), !m_writtenFolder.isEmpty() && m_hooks.openFolder);

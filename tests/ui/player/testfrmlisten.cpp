@@ -118,7 +118,9 @@ TEST_F(ListenTest, TheContextButtonTogglesThePlayersOwnMenu)
 
 TEST_F(ListenTest, SoundOnlyGetsACompactPlayerAndAFileItsPositionAndSeekBar)
 {
-    const auto control = [&](const char *name) { return window->findChild<QWidget *>(QLatin1StringView(name)); };
+    const auto control = [&](const char *name) {
+        return window->findChild<QWidget *>(QLatin1StringView(name));
+    };
     player->setMedia(false, 0, u"Artist - Song"_s);
     EXPECT_FALSE(window->compact()) << "not before the media plays";
     player->enter(MediaPlayer::Playing);

@@ -294,13 +294,12 @@ void expectReachable(QWidget *window)
             widget->objectName().startsWith(u"qt_") || widget->isWindow())
             continue;
         const QRect at(widget->mapTo(window, QPoint(0, 0)), widget->size());
-        EXPECT_TRUE(window->rect().contains(at)) << widget->objectName().toStdString() << " at "
-                                                 << at.x() << "," << at.y() << " " << at.width() << "x"
-                                                 << at.height();
+        EXPECT_TRUE(window->rect().contains(at)) << widget->objectName().toStdString() << " at " << at.x()
+                                                 << "," << at.y() << " " << at.width() << "x" << at.height();
         for (const auto &[other, otherWidget] : seen) {
             if (!otherWidget->isAncestorOf(widget) && !widget->isAncestorOf(otherWidget)) {
-                EXPECT_FALSE(other.intersects(at))
-                    << widget->objectName().toStdString() << " over " << otherWidget->objectName().toStdString();
+                EXPECT_FALSE(other.intersects(at)) << widget->objectName().toStdString() << " over "
+                                                   << otherWidget->objectName().toStdString();
             }
         }
         seen.append({at, widget});
@@ -309,8 +308,9 @@ void expectReachable(QWidget *window)
 
 TEST_F(StationsTest, TheStationColumnTakesTheSpareWidthAndShowsWholeNames)
 {
-    writeCatalogue(catalogue5 + u"SomaFM Groove Salad: a nicely chilled plate of ambient beats|Ambient|128|mp3||"
-                                "o|False|3|||http://127.0.0.1:8000/g|i\r\n"_s);
+    writeCatalogue(catalogue5 +
+                   u"SomaFM Groove Salad: a nicely chilled plate of ambient beats|Ambient|128|mp3||"
+                   "o|False|3|||http://127.0.0.1:8000/g|i\r\n"_s);
     ASSERT_NO_FATAL_FAILURE(open());
     window->resize(1600, 700);
     QCoreApplication::processEvents();
@@ -340,7 +340,8 @@ TEST_F(StationsTest, TheWindowAndItsColumnsComeBackAsTheyWereLeft)
     EXPECT_EQ(grid->ColWidth(pos(Col::ColCategory)), 150);
     EXPECT_EQ(grid->sortColumn(), pos(Col::ColStation));
     EXPECT_EQ(shown(), u"Talk Radio,Rockabilly,Rock One,Jazz Cafe,Classic Hits"_s);
-    EXPECT_EQ(shown(Col::ColGenre), u"Talk,Country,Rock,Jazz,Classic rock"_s) << "each field under its heading";
+    EXPECT_EQ(shown(Col::ColGenre), u"Talk,Country,Rock,Jazz,Classic rock"_s)
+        << "each field under its heading";
 
     // Settings from a larger screen, or damaged: fitted onto this screen, or left aside.
     const QRect screen = window->screen()->availableGeometry();
@@ -370,7 +371,8 @@ TEST_F(StationsTest, WorksDownTo640PixelsWide)
     EXPECT_EQ(window->width(), 640) << "narrow enough for half a laptop screen";
     expectReachable(window.get());
     const QWidget *strip = child("GFXOption");
-    EXPECT_LE(strip->geometry().bottom(), grid->geometry().top()) << "the wrapped commands push the grid down";
+    EXPECT_LE(strip->geometry().bottom(), grid->geometry().top())
+        << "the wrapped commands push the grid down";
     EXPECT_GE(grid->height(), 100);
 }
 

@@ -1,16 +1,16 @@
 #include "support/stationwindow.h"
 
 #include "app/accessibility.h"
-#include "base/apppaths.h"
 #include "app/frmsettings.h"
+#include "base/apppaths.h"
 #include "controls/lynxgrid.h"
 #include "controls/schemebutton.h"
-#include "ui/recorder/frmtc.h"
-#include "ui/skin/frmskin2.h"
+#include "directory/websearch.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/player/frmlisten.h"
-#include "directory/websearch.h"
+#include "ui/recorder/frmtc.h"
+#include "ui/skin/frmskin2.h"
 #include "ui/stations/userguide.h"
 
 #include <QAccessible>
@@ -463,7 +463,8 @@ TEST_F(CommandsTest, AddAndEditGoThroughTheFormAndClosingSavesThem)
     EXPECT_EQ(grid->ItemData(5), 6);
     EXPECT_TRUE(state->filters.genre.isEmpty());
     EXPECT_EQ(child<QComboBox>("cmbGenre")->currentIndex(), 0);
-    EXPECT_GE(child<QComboBox>("cmbCategory")->findText(u"Waves"_s), 0) << "the filter offers the new category";
+    EXPECT_GE(child<QComboBox>("cmbCategory")->findText(u"Waves"_s), 0)
+        << "the filter offers the new category";
     EXPECT_TRUE(state->catalogue.dirty);
 
     // Edit: the row as shown goes into the form; a cancelled form changes nothing.
@@ -508,7 +509,8 @@ TEST_F(CommandsTest, TheMenusOfARowAndOfTheEmptyAreaReachTheSameCommands)
     rightClick(1);
     EXPECT_EQ(grid->Row(), 1) << "the row clicked becomes current";
     EXPECT_TRUE(window->rowMenu().isVisible());
-    EXPECT_EQ(entries(window->rowMenu()), u"Play,Listen,Record,Schedule...,Copy,Edit...,Delete...,Information"_s);
+    EXPECT_EQ(entries(window->rowMenu()),
+              u"Play,Listen,Record,Schedule...,Copy,Edit...,Delete...,Information"_s);
     window->rowMenu().close();
     // Each entry is the command itself.
     action("actCopy")->trigger();
@@ -537,7 +539,8 @@ TEST_F(CommandsTest, TheMenusOfARowAndOfTheEmptyAreaReachTheSameCommands)
 TEST_F(CommandsTest, EveryCommandHasATipAMenuEntryAndItsKey)
 {
     const QString readme = profile.installFolder() + u"/README.md"_s;
-    TempProfile::writeFile(readme, "# Tunecatch\n\n## Adding a station\n\n![The form](docs/images/form.png)\n");
+    TempProfile::writeFile(readme,
+                           "# Tunecatch\n\n## Adding a station\n\n![The form](docs/images/form.png)\n");
     ASSERT_NO_FATAL_FAILURE(open());
     // Every command button says what it does and what a modifier key makes of it.
     QStringList inMenus;
@@ -559,8 +562,8 @@ TEST_F(CommandsTest, EveryCommandHasATipAMenuEntryAndItsKey)
     EXPECT_TRUE(child("cmdInfo")->toolTip().contains(u"Left Shift"_s));
     EXPECT_TRUE(child("cmdInfo")->toolTip().contains(u"Left Ctrl"_s));
     const std::pair<const char *, const char *> shortcuts[] = {{"actAdd", "Ins"},     {"actEdit", "Ctrl+E"},
-                                                          {"actDelete", "Del"},  {"actPlay", "Enter"},
-                                                          {"actFind", "Ctrl+F"}, {"actGuide", "F1"}};
+                                                               {"actDelete", "Del"},  {"actPlay", "Enter"},
+                                                               {"actFind", "Ctrl+F"}, {"actGuide", "F1"}};
     for (const auto &[name, key] : shortcuts)
         EXPECT_EQ(action(name)->shortcut().toString(), QLatin1StringView(key)) << name;
 
