@@ -9,7 +9,7 @@ void QuietPrompt::message(const QString &, const QString &, Icon)
     ++messages;
 }
 
-bool QuietPrompt::askYesNo(const QString &, const QString &, Icon)
+bool QuietPrompt::askYesNo(const QString &, const QString &, Icon, Answer)
 {
     return m_answer;
 }

@@ -12,7 +12,7 @@ public:
     explicit QuietPrompt(bool answer = false) : m_answer(answer) {}
 
     void message(const QString &text, const QString &title, Icon icon) override;
-    bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    bool askYesNo(const QString &text, const QString &title, Icon icon, Answer byDefault) override;
     QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
 
     int messages = 0;

@@ -29,8 +29,8 @@ DesktopPlayerLink::DesktopPlayerLink(FrmStations &window, PlayerRemote &remote, 
     connect(&bar, &ucPlayBar::Volume, this, [this](int volume) { m_remote.setVolume(volume); });
     connect(&window, &FrmStations::stationStepsChanged, this, &DesktopPlayerLink::followRows);
 
-    // A station that failed leaves Pause and Stop in the bar: Play starts it
-    // again, as Stop and then Play do.
+    // A station that failed after it played leaves Pause and Stop in the
+    // bar: Play starts it again, as Stop and then Play do.
     connect(&remote, &PlayerRemote::playRequested, &bar, [&bar] {
         if (!bar.press(QStringLiteral("Play")) && bar.press(QStringLiteral("Stop")))
             bar.press(QStringLiteral("Play"));

@@ -29,9 +29,10 @@ void MessageBoxPrompt::message(const QString &text, const QString &title, Icon i
     box.exec();
 }
 
-bool MessageBoxPrompt::askYesNo(const QString &text, const QString &title, Icon icon)
+bool MessageBoxPrompt::askYesNo(const QString &text, const QString &title, Icon icon, Answer byDefault)
 {
     QMessageBox box(toIcon(icon), title, text, QMessageBox::Yes | QMessageBox::No, QApplication::activeWindow());
+    box.setDefaultButton(byDefault == Answer::No ? QMessageBox::No : QMessageBox::Yes);
     return box.exec() == QMessageBox::Yes;
 }
 

@@ -10,6 +10,6 @@ class MessageBoxPrompt : public Prompt
 {
 public:
     void message(const QString &text, const QString &title, Icon icon) override;
-    bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    bool askYesNo(const QString &text, const QString &title, Icon icon, Answer byDefault) override;
     QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
 };

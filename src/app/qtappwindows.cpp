@@ -14,6 +14,7 @@
 #include "ui/stations/frmstations.h"
 
 #include <QApplication>
+#include <QUrl>
 
 #include <cstdio>
 #include <utility>
@@ -115,6 +116,9 @@ FrmTC *QtAppWindows::newRecorderWindow()
     FrmTC::Hooks hooks;
     hooks.schedule = [this](const RecordingInputs &inputs, const std::function<QDateTime()> &now, QWidget *owner) {
         scheduleRecording(inputs, now, m_parts.prompt, SchedulingSetup{}, owner);
+    };
+    hooks.openFolder = [this](const QString &folder) {
+        m_shell.openDocument(QUrl::fromLocalFile(folder).toString());
     };
     auto *window = new FrmTC(m_parts.prompt, m_parts.launch, m_power, nullptr, std::move(hooks));
     desktop().attach(window->recorder());

@@ -8,12 +8,19 @@ class Prompt
 {
 public:
     enum class Icon { Information, Warning, Critical, Question };
+    // The answer Enter gives: a question whose Yes destroys something leans to No.
+    enum class Answer
+    {
+        Yes,
+        No
+    };
 
     virtual ~Prompt() = default;
 
     virtual void message(const QString &text, const QString &title, Icon icon) = 0;
     // True for Yes.
-    virtual bool askYesNo(const QString &text, const QString &title, Icon icon) = 0;
+    virtual bool askYesNo(const QString &text, const QString &title, Icon icon,
+                          Answer byDefault = Answer::Yes) = 0;
     // The path of an existing file the user chose, starting in folder (the
     // last one used when empty); empty when cancelled. filter lists the file
     // types as "Playlists (*.pls);;All files (*)".

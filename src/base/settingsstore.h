@@ -27,6 +27,12 @@ public:
     // Songs cut at the quiet moment nearest the title change (a boolean, on
     // when absent).
     static inline const QString CutAtQuietMoment = QStringLiteral("CutAtQuietMoment");
+    // Beyond the nine: where the windows were left, the station grid's
+    // columns and whether the recorder's monitor panel was open.
+    static inline const QString MainWindow = QStringLiteral("MainWindow");
+    static inline const QString MainColumns = QStringLiteral("MainColumns");
+    static inline const QString RecorderWindow = QStringLiteral("RecorderWindow");
+    static inline const QString RecorderMonitor = QStringLiteral("RecorderMonitor");
 
     static QString getSetting(const QString &key, const QString &defaultValue = {});
     static void saveSetting(const QString &key, const QString &value);

@@ -2,22 +2,37 @@
 
 #include "base/launchoptions.h"
 #include "catalogue/filedl.h"
+#include "catalogue/stationinput.h"
 #include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
+#include "player/streamprobe.h"
 
 #include <QCoreApplication>
 #include <QDate>
 #include <QPointer>
 #include <QUrl>
 
+#include <utility>
+
 ListenSession::ListenSession(const LaunchOptions &launch, MediaPlayer &player, QObject *parent)
-    : QObject(parent), m_launch(launch), MPlayer(player), m_fileDL(new FileDL(this))
+    : QObject(parent), m_launch(launch), MPlayer(player), m_fileDL(new FileDL(this)),
+      m_probe(new StreamProbe(this))
 {
     m_fileDL->setObjectName(QStringLiteral("FileDL"));
     connect(&MPlayer, &MediaPlayer::PlayStateChange, this, &ListenSession::mPlayerPlayStateChange);
     connect(&MPlayer, &MediaPlayer::titleChanged, this, &ListenSession::mPlayerTitleChange);
     connect(m_fileDL, &FileDL::DownloadComplete, this, &ListenSession::fileDLDownloadComplete);
     connect(m_fileDL, &FileDL::DownloadError, this, &ListenSession::fileDLDownloadError);
+    m_startLimit.setSingleShot(true);
+    setTimeLimits(DefaultStartLimit, DefaultProbeLimit);
+    connect(&m_startLimit, &QTimer::timeout, this, &ListenSession::giveUp);
+    connect(m_probe, &StreamProbe::finished, this, &ListenSession::showReason);
+}
+
+void ListenSession::setTimeLimits(int start, int probe)
+{
+    m_startLimit.setInterval(start);
+    m_probe->setTimeLimit(probe);
 }
 
 void ListenSession::play(const QString &url, const QString &title, int row)
@@ -47,6 +62,9 @@ void ListenSession::startPlayback(const QString &address)
     m_retries = RetryBudget;
     emit viewRequested(true);
     m_address = address;
+    // The warm-up player and recordings (files) need no watch.
+    if (m_row != WarmUpRow && StationInput::isStreamAddress(address))
+        m_startLimit.start();
     MPlayer.setURL(address);
     if (m_row == WarmUpRow) {
         pauseWarmUp();
@@ -104,13 +122,12 @@ void ListenSession::mPlayerPlayStateChange(int state)
             return;
     }
     if (m_retries > 0) {
+        if (state == MediaPlayer::Playing)
+            m_startLimit.stop();
         if (state == MediaPlayer::Playing && m_row >= 0 && !m_launch.launchMode)
             emit stationPlayed(PlayedKind, m_row, QDate::currentDate().toString(Qt::ISODate));
     } else {
-        MPlayer.setURL({});
-        emit captionChanged(tr("Unable to load %1").arg(m_address));
-        m_address.clear();
-        m_failed = true;
+        giveUp();
     }
 }
 
@@ -124,6 +141,23 @@ void ListenSession::mPlayerTitleChange(const QString &title)
     // Recordings played again were noted when they were recorded.
     if (m_row >= 0)
         emit songChanged(m_title, song);
+}
+
+void ListenSession::giveUp()
+{
+    m_startLimit.stop();
+    m_failed = true;
+    const QString address = std::exchange(m_address, {});
+    MPlayer.setURL({});
+    emit captionChanged(tr("Unable to load %1").arg(address));
+    if (StationInput::isStreamAddress(address))
+        m_probe->start(address);
+}
+
+void ListenSession::showReason(const ProbeReport &report)
+{
+    const QString reason = report.reason();
+    emit infoChanged(reason.isEmpty() ? tr("The station sends a stream, but it did not play.") : reason);
 }
 
 void ListenSession::enterFullScreen()
@@ -149,6 +183,8 @@ void ListenSession::escape()
 void ListenSession::close()
 {
     m_closing = true;
+    m_startLimit.stop();
+    m_probe->cancel();
     m_fileDL->Cancel(TagPlaying);
     MPlayer.setURL({});
     MPlayer.stop();

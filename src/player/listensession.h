@@ -2,16 +2,21 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 class FileDL;
 class MediaPlayer;
+class StreamProbe;
+struct ProbeReport;
 struct LaunchOptions;
 
 // What a listening window does with its player: it plays one station or one
 // recorded file, resolves a playlist address through its own FileDL, tries a
 // stream that falls back without playing again (five times in all), reports a
 // catalogue station each time it starts to play, and keeps the hidden warm-up
-// player paused. What the window is to show or do comes out as signals.
+// player paused. A stream that is given up, or that does not play within the
+// start limit, is stopped, and the information line says why once a probe has
+// asked the address. What the window is to show or do comes out as signals.
 class ListenSession : public QObject
 {
     Q_OBJECT
@@ -26,6 +31,8 @@ public:
     static constexpr int WarmUpPlayCount = 1000000000;
     // The one kind of report: a catalogue station has started to play.
     static constexpr int PlayedKind = 1;
+    static constexpr int DefaultStartLimit = 15000;
+    static constexpr int DefaultProbeLimit = 5000;
 
     ListenSession(const LaunchOptions &launch, MediaPlayer &player, QObject *parent = nullptr);
 
@@ -41,6 +48,9 @@ public:
     void escape();
     // The window unloads: the player stops and lets go; its later states change nothing.
     void close();
+    // Milliseconds a stream has to start playing, and the probe that finds
+    // out why one did not has to answer.
+    void setTimeLimits(int start, int probe);
 
 signals:
     // The window's caption.
@@ -61,6 +71,9 @@ private:
     void startPlayback(const QString &address);
     void FetchPlaylist();
     void pauseWarmUp();
+    // Stops the stream for good and asks its address why it did not play.
+    void giveUp();
+    void showReason(const ProbeReport &report);
 
     void mPlayerPlayStateChange(int state);
     void mPlayerTitleChange(const QString &title);
@@ -70,6 +83,8 @@ private:
     const LaunchOptions &m_launch;
     MediaPlayer &MPlayer;
     FileDL *m_fileDL;
+    QTimer m_startLimit;
+    StreamProbe *m_probe;
 
     QString m_url;
     QString m_title;

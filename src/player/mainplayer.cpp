@@ -4,6 +4,7 @@
 #include "catalogue/station.h"
 #include "player/mediaplayer.h"
 #include "player/playlistfetch.h"
+#include "player/streamprobe.h"
 
 #include <QUrl>
 
@@ -21,7 +22,7 @@ MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &p
                        std::function<const Station *()> currentStation, QObject *parent)
     : QObject(parent), m_texts(texts.playState.isEmpty() ? PlayerTexts::standard() : texts),
       m_trace(std::move(trace)), wmp1(player), m_currentStation(std::move(currentStation)),
-      FileDLMain(new FileDL(this)), m_toldState(player.playState())
+      FileDLMain(new FileDL(this)), m_probe(new StreamProbe(this)), m_toldState(player.playState())
 {
     setObjectName(QStringLiteral("MainPlayer"));
     FileDLMain->setObjectName(QStringLiteral("FileDLMain"));
@@ -30,6 +31,16 @@ MainPlayer::MainPlayer(const PlayerTexts &texts, TraceHook trace, MediaPlayer &p
     connect(&wmp1, &MediaPlayer::titleChanged, this, &MainPlayer::wmp1TitleChange);
     connect(FileDLMain, &FileDL::DownloadComplete, this, &MainPlayer::fileDLMainDownloadComplete);
     connect(FileDLMain, &FileDL::DownloadError, this, &MainPlayer::fileDLMainDownloadError);
+    m_startLimit.setSingleShot(true);
+    setTimeLimits(DefaultStartLimit, DefaultProbeLimit);
+    connect(&m_startLimit, &QTimer::timeout, this, &MainPlayer::startFailed);
+    connect(m_probe, &StreamProbe::finished, this, &MainPlayer::showFailure);
+}
+
+void MainPlayer::setTimeLimits(int start, int probe)
+{
+    m_startLimit.setInterval(start);
+    m_probe->setTimeLimit(probe);
 }
 
 void MainPlayer::playKey(const QString &key)
@@ -121,6 +132,8 @@ bool MainPlayer::startStation(const QString &address, const QString &name)
         cancelFetch();
     m_playingAddress = address;
     setSong(name, {});
+    // So is a failure still being explained.
+    m_probe->cancel();
     wmp1.clearPlaylist();
     if (m_playingAddress.isEmpty()) {
         // The stray "& " is part of the caption.
@@ -129,10 +142,12 @@ bool MainPlayer::startStation(const QString &address, const QString &name)
     }
     if (PlaylistFetch::IsPlaylistAddress(m_playingAddress)) {
         emit captionChanged(tr("Scanning for: %1").arg(m_playingName));
+        m_startLimit.start();
         FetchPlaylist(m_playingAddress);
         return true;
     }
     emit captionChanged(tr("Connecting to: %1").arg(m_playingName));
+    m_startLimit.start();
     wmp1.setURL(m_playingAddress);
     return true;
 }
@@ -155,6 +170,8 @@ void MainPlayer::stopPlayback()
 {
     // A playlist still on its way would start the station after the stop.
     cancelFetch();
+    m_startLimit.stop();
+    m_probe->cancel();
     wmp1.setURL({});
     emit lookChanged(KeyStop);
     emit captionChanged({});
@@ -173,8 +190,9 @@ void MainPlayer::wmp1PlayStateChange(int state)
     switch (state) {
     case MediaPlayer::Stopped:
         // While a playlist is fetched wmp1 holds nothing: a stop it tells
-        // then belongs to what played before, not to the station starting.
-        if (!m_fetching)
+        // then belongs to what played before, not to the station starting;
+        // one told while a failure is explained belongs to that failure.
+        if (!m_fetching && !m_probe->running())
             stopPlayback();
         break;
     case MediaPlayer::Paused:
@@ -182,10 +200,20 @@ void MainPlayer::wmp1PlayStateChange(int state)
             emit captionChanged(tr("Paused: %1").arg(m_playingName));
         break;
     case MediaPlayer::Playing:
+        m_startLimit.stop();
         if (!m_playingName.isEmpty())
             emit captionChanged(playingCaption());
         break;
     case MediaPlayer::Ready:
+        // Ready before the first Playing is the player giving up on the media;
+        // a station check rates that as it is.
+        if (m_startLimit.isActive() && m_scanning) {
+            m_startLimit.stop();
+        } else if (m_startLimit.isActive()) {
+            m_playerFailure = wmp1.status();
+            startFailed();
+            return;
+        }
         break;
     default:
         if (state < 16) {
@@ -249,4 +277,32 @@ void MainPlayer::fileDLMainDownloadError(const QString &key, int statusCode, con
     } else {
         emit captionChanged(tr("?"));
     }
+}
+
+void MainPlayer::startFailed()
+{
+    const QString address = m_playingAddress;
+    m_failedName = m_playingName;
+    stopPlayback();
+    // A station check moves on by itself and rates the station by what it saw.
+    if (m_scanning) {
+        m_playerFailure.clear();
+        return;
+    }
+    emit captionChanged(tr("%1 does not play. Finding out why...").arg(m_failedName));
+    m_probe->start(address);
+}
+
+void MainPlayer::showFailure(const ProbeReport &report)
+{
+    QString reason = report.reason();
+    // The station sends a stream: the trouble is the player's, or the time.
+    if (reason.isEmpty()) {
+        reason = m_playerFailure.isEmpty() ? tr("%1 sends a stream, but it did not start within %2 s")
+                                                 .arg(m_failedName)
+                                                 .arg(m_startLimit.interval() / 1000)
+                                           : tr("%1 cannot be played: %2").arg(m_failedName, m_playerFailure);
+    }
+    m_playerFailure.clear();
+    emit captionChanged(reason);
 }

@@ -6,18 +6,23 @@
 #include "base/tracehook.h"
 
 #include <QObject>
+#include <QTimer>
 
 #include <functional>
 
 class FileDL;
 class MediaPlayer;
+class StreamProbe;
+struct ProbeReport;
 struct Station;
 
 // The main window's player: plays the station of the grid's current row in
 // wmp1, which the window keeps out of sight. It takes the play bar's keys and
 // volume, and tells the bar what to show: the caption (the player's only
 // status display), the look and the stream a playlist resolved to. Playlist
-// addresses are first resolved through FileDLMain.
+// addresses are first resolved through FileDLMain. A station that fails, or
+// does not play within the start limit, is stopped, and the caption says why
+// once a probe has asked its address what it sends.
 class MainPlayer : public QObject, public StationPlayer
 {
     Q_OBJECT
@@ -25,6 +30,8 @@ class MainPlayer : public QObject, public StationPlayer
 
 public:
     static inline const QString TagPlaying = QStringLiteral("PLSPLAYMAIN");
+    static constexpr int DefaultStartLimit = 15000;
+    static constexpr int DefaultProbeLimit = 5000;
 
     // currentStation gives the station of the grid's current row, or nullptr
     // when there is no current row.
@@ -41,6 +48,9 @@ public:
     bool scanning() const override { return m_scanning; }
     void setScanning(bool scanning) override { m_scanning = scanning; }
     void silence() override;
+    // Milliseconds a station has to start playing, and the probe that finds
+    // out why one did not has to answer.
+    void setTimeLimits(int start, int probe);
 
     // The station now playing (empty when none) and the title its stream
     // names for the song on now (empty until it names one).
@@ -80,6 +90,9 @@ private:
     void tellPlayState();
     void setSong(const QString &station, const QString &title);
     QString playingCaption() const;
+    // The station starting has failed or run out of time: stopped, then explained.
+    void startFailed();
+    void showFailure(const ProbeReport &report);
 
     void wmp1PlayStateChange(int state);
     void wmp1TitleChange(const QString &title);
@@ -91,6 +104,11 @@ private:
     MediaPlayer &wmp1;
     std::function<const Station *()> m_currentStation;
     FileDL *FileDLMain;
+    QTimer m_startLimit;
+    StreamProbe *m_probe;
+    // What the player said of its failure; empty when time ran out.
+    QString m_playerFailure;
+    QString m_failedName;
 
     QString m_playingAddress;
     QString m_playingName;

@@ -56,6 +56,16 @@ public:
     virtual bool fullScreen() const = 0;
     virtual void setFullScreen(bool on) = 0;
 
+    // What the media is, once known: pictures or sound only, its length in
+    // milliseconds (0 for a stream) and the title it names (empty when none;
+    // titleChanged tells each new one).
+    virtual bool hasVideo() const = 0;
+    virtual qint64 duration() const = 0;
+    virtual QString title() const = 0;
+    // Milliseconds into the media; a seek for media with a length.
+    virtual qint64 position() const = 0;
+    virtual void setPosition(qint64 milliseconds) = 0;
+
     // currentPlaylist.clear
     virtual void clearPlaylist() = 0;
     // Lets go of the media and everything held for it.
@@ -66,4 +76,7 @@ signals:
     // The title the media names for what plays now, as a station sends it
     // ("Artist - Title"); empty when it names none. Told on every change.
     void titleChanged(const QString &title);
+    // hasVideo or duration has changed.
+    void mediaChanged();
+    void positionChanged(qint64 milliseconds);
 };

@@ -63,6 +63,12 @@ RecordingOutput::RecordingOutput() = default;
 
 RecordingOutput::~RecordingOutput() = default;
 
+void RecordingOutput::resetCounters()
+{
+    m_writer.resetCounters();
+    m_files.clear();
+}
+
 void RecordingOutput::startRecording(const Recording &recording)
 {
     m_recording = recording;
@@ -119,6 +125,8 @@ bool RecordingOutput::openFile(const QString &name, FileKind kind, SongTags tags
     if (!m_writer.open(name, replace))
         return false;
     m_fileName = m_writer.fileName();
+    if (!m_files.contains(m_fileName))
+        m_files << m_fileName;
     m_kind = kind;
     m_tagger.reset();
     m_tagHead.clear();
@@ -148,8 +156,14 @@ void RecordingOutput::closeFile(const QString &recording)
         if (m_tagger && m_tagger->hasStarted() && !m_tagger->finish(m_writer.fileName(), recording))
             warn(m_tagger->error());
     }
-    if (partialSong && m_writer.error().isEmpty())
+    if (partialSong && m_writer.error().isEmpty()) {
+        const QString closed = m_writer.fileName();
         warn(m_writer.settlePartial(choice));
+        // A moved partial song is counted where it went.
+        const qsizetype at = m_files.indexOf(closed);
+        if (at >= 0)
+            m_files[at] = m_writer.fileName();
+    }
     m_tagger.reset();
     m_kind = FileKind::None;
 }

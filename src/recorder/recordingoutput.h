@@ -90,8 +90,11 @@ public:
     double bytesWritten() const { return m_writer.bytesWritten(); }
     // The bytes written and those in the cache: what the files hold once it goes out.
     double bytesTaken() const { return m_writer.bytesWritten() + double(m_writer.cache().size()); }
-    // What a new recording starts from: both counters zero, no error.
-    void resetCounters() { m_writer.resetCounters(); }
+    // The audio files this recording made, each once, under the names they
+    // ended with (numbered when taken, moved when a partial song was).
+    const QStringList &files() const { return m_files; }
+    // What a new recording starts from: both counters zero, no files, no error.
+    void resetCounters();
     // Why the output cannot go on: the first open or write that failed; empty while none has.
     const QString &error() const { return m_writer.error(); }
 
@@ -161,6 +164,7 @@ private:
 
     Recording m_recording;
     QString m_fileName;
+    QStringList m_files;
     bool m_writeEnabled = false;
     SongWriter m_writer;
     StreamFormat m_format = StreamFormat::Mp3;

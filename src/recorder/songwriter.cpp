@@ -142,7 +142,7 @@ QString SongWriter::settlePartial(SongFileOptions::PartialSongs choice)
         // A rename never replaces a file: a taken name is passed by.
         for (int number = 1; number <= MaxNumber; ++number) {
             const QString name = number == 1 ? target : numberedFileName(target, number);
-            if (QFile::rename(path, name))
+            if (m_file.rename(name))
                 return {};
             if (!QFileInfo::exists(name))
                 break;

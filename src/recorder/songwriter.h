@@ -46,7 +46,8 @@ public:
 
     // The closed file holds part of a song: keeps it, moves it into the
     // folder IncompleteFolder beside it (under a free name there) or deletes
-    // it. Returns why that failed, empty when it did not.
+    // it; fileName() then names where it went. Returns why that failed, empty
+    // when it did not.
     QString settlePartial(SongFileOptions::PartialSongs choice);
 
     const QByteArray &cache() const { return m_cache; }

@@ -102,11 +102,12 @@ TEST_F(DesktopPartsTest, TheMediaControlsActAsThePlayBarsButtonsSliderAndTheGrid
     }
     EXPECT_EQ(grid->Row(), 2) << "a stopped player still moves through the rows";
 
-    // A station that fails is stopped for the desktop, while the bar still
-    // offers Pause and Stop: Play starts it again, Stop stops it.
+    // A station that fails after it played is stopped for the desktop, while
+    // the bar still offers Pause and Stop: Play starts it again, Stop stops it.
     for (const auto &[method, address] :
          {std::pair{"Play", u"http://127.0.0.1:8000/c"_s}, {"Stop", QString()}}) {
         call("Play");
+        wmp1->enter(Player::Playing);
         wmp1->enter(Player::Ready);
         EXPECT_TRUE(waitUntil([&] { return status() == u"Stopped"_s; }, 5000));
         wmp1->log.clear();
@@ -114,6 +115,14 @@ TEST_F(DesktopPartsTest, TheMediaControlsActAsThePlayBarsButtonsSliderAndTheGrid
         EXPECT_TRUE(wmp1->log.contains(u"URL="_s)) << method << ": the failed station is not let go";
         EXPECT_EQ(wmp1->URL(), address) << method;
     }
+    // One that never starts the player lets go of itself; Play tries it again.
+    call("Play");
+    wmp1->enter(Player::Ready);
+    EXPECT_TRUE(waitUntil([&] { return status() == u"Stopped"_s; }, 5000));
+    EXPECT_EQ(wmp1->URL(), QString());
+    call("Play");
+    EXPECT_EQ(wmp1->URL(), u"http://127.0.0.1:8000/c"_s);
+    call("Stop");
     EXPECT_TRUE(can("CanGoPrevious"));
     grid->setRow(grid->ItemCount() - 1);
     EXPECT_FALSE(can("CanGoNext"));

@@ -36,7 +36,7 @@ for size in 48 128 256; do
 done
 while IFS= read -r name; do
     expected+=("usr/lib/tunecatch/$name")
-done < <(find "$program_dir" -maxdepth 1 -type f -printf '%f\n')
+done < <(find "$program_dir" -type f -printf '%P\n')
 diff <(printf '%s\n' "${expected[@]}" | sort -u) \
     <(cd "$work/root" && find . -type f -printf '%P\n' | sort) >"$work/files.diff" ||
     fail "package files differ from the installation folder and desktop files (< missing, > extra):

@@ -7,6 +7,7 @@
 
 #include <QDate>
 #include <QSignalSpy>
+#include <QTcpServer>
 
 #include <gtest/gtest.h>
 
@@ -198,6 +199,36 @@ TEST_F(ListenSessionTest, EscapeLeavesFullScreenFirstAndClosingStopsAnyRetry)
     session.close();
     player.enter(MediaPlayer::Ready);
     EXPECT_EQ(player.log, QStringList({u"URL="_s, u"stop"_s, u"close"_s})) << "no retry after closing";
+}
+
+TEST_F(ListenSessionTest, AStreamGivenUpOrTooSlowStopsAndTheInformationLineSaysWhy)
+{
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost, 0));
+    const auto fallBack = [](ScriptedPlayer &p) { p.enterLater(MediaPlayer::Ready); };
+    const struct
+    {
+        QString address;
+        std::function<void(ScriptedPlayer &)> media; // none: it never starts
+        QString reason;
+    } rows[] = {
+        {u"http://127.0.0.1:%1/"_s.arg(IcyServer::refusedPort()), fallBack, u"Cannot reach 127.0.0.1"_s},
+        {u"http://127.0.0.1:%1/"_s.arg(silent.serverPort()), {}, u"No answer from 127.0.0.1 within 1 s"_s},
+    };
+    for (const auto &r : rows) {
+        SCOPED_TRACE(r.reason.toStdString());
+        ScriptedPlayer media;
+        media.onOpen = r.media;
+        ListenSession fresh{launch, media};
+        fresh.setTimeLimits(300, 400);
+        QSignalSpy lines(&fresh, &ListenSession::infoChanged);
+        QSignalSpy titles(&fresh, &ListenSession::captionChanged);
+        fresh.play(r.address, u"Test FM"_s, 4);
+        ASSERT_TRUE(waitUntil([&] { return !lines.isEmpty(); }, 5000));
+        EXPECT_EQ(lines.last().first().toString(), r.reason);
+        EXPECT_EQ(titles.last().first().toString(), u"Unable to load "_s + r.address);
+        EXPECT_EQ(media.URL(), QString()) << "stopped";
+    }
 }
 
 } // namespace

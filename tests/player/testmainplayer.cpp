@@ -2,11 +2,13 @@
 
 #include "catalogue/filedl.h"
 #include "catalogue/station.h"
+#include "player/streamprobe.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "support/scriptedplayer.h"
 
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -242,6 +244,61 @@ TEST_F(MainPlayerTest, TheSongNamedByTheStreamFollowsTheStationInTheCaption)
     player.playKey(u"Stop"_s);
     EXPECT_EQ(song(), u"|"_s);
     EXPECT_EQ(player.stationName(), QString());
+}
+
+TEST_F(MainPlayerTest, AStationThatFailsOrDoesNotStartStopsAndSaysWhy)
+{
+    server.songs = {{"Artist - Song", 2}};
+    server.repeat = true;
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost, 0));
+    player.setTimeLimits(300, 400);
+    const auto giveUp = [](ScriptedPlayer &media) { media.enterLater(MediaPlayer::Ready); };
+    const struct
+    {
+        QString address;
+        std::function<void(ScriptedPlayer &)> media; // none: it never starts
+        QString reason;
+    } rows[] = {
+        {u"http://127.0.0.1:%1/"_s.arg(IcyServer::refusedPort()), giveUp, u"Cannot reach 127.0.0.1"_s},
+        {server.url(u"/gone.pls"_s), {}, u"The station answered 404"_s},
+        {u"http://127.0.0.1:%1/"_s.arg(silent.serverPort()), {}, u"No answer from 127.0.0.1 within 1 s"_s},
+        {server.url(), giveUp, u"Direct FM cannot be played: scripted 10"_s},
+        {server.url(), {}, u"Direct FM sends a stream, but it did not start within 0 s"_s},
+    };
+    for (const auto &r : rows) {
+        SCOPED_TRACE(r.reason.toStdString());
+        stations[Direct].StreamURL = r.address;
+        wmp1.onOpen = r.media;
+        looks.clear();
+        press(Direct);
+        EXPECT_TRUE(waitUntil([&] { return caption() == r.reason; }, 5000)) << caption().toStdString();
+        EXPECT_EQ(told(looks), u"Stop"_s) << "back to stopped";
+        EXPECT_EQ(wmp1.URL(), QString());
+        EXPECT_NE(player.playState(), MediaPlayer::Transitioning);
+    }
+    // An address the directory plays fails the same way.
+    wmp1.onOpen = giveUp;
+    player.playAddress(u"http://127.0.0.1:%1/"_s.arg(IcyServer::refusedPort()), u"Found FM"_s);
+    EXPECT_TRUE(waitUntil([&] { return caption() == u"Cannot reach 127.0.0.1"_s; }, 5000))
+        << caption().toStdString();
+    // Another station started while a failure is looked into: the old reason never comes.
+    stations[Direct].StreamURL = u"http://127.0.0.1:%1/"_s.arg(silent.serverPort());
+    wmp1.onOpen = {};
+    press(Direct);
+    ASSERT_TRUE(waitUntil([&] { return player.findChild<StreamProbe *>()->running(); }, 5000));
+    player.playAddress(server.url(), u"Found FM"_s);
+    EXPECT_FALSE(player.findChild<StreamProbe *>()->running());
+    EXPECT_EQ(caption(), u"Connecting to: Found FM"_s);
+    wmp1.enter(MediaPlayer::Playing);
+    EXPECT_EQ(caption(), u"Playing: Found FM"_s);
+    player.stop();
+    // A station check goes on without waiting for reasons.
+    player.setScanning(true);
+    captions.clear();
+    press(Direct);
+    EXPECT_TRUE(waitUntil([&] { return wmp1.URL().isEmpty(); }, 5000));
+    EXPECT_EQ(caption(), QString());
 }
 
 } // namespace

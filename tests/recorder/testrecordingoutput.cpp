@@ -162,6 +162,11 @@ TEST_F(RecordingOutputTest, PartialSongsAreKeptMovedOrDeletedAndASongScanWritesN
         EXPECT_EQ(names(), row.beside);
         EXPECT_EQ(names(u"incomplete"_s), row.incomplete);
         EXPECT_TRUE(out.takeWarnings().isEmpty());
+        // The files the recording made, where they went.
+        QStringList made;
+        for (const QString &name : {u"A.mp3"_s, u"B.mp3"_s, u"C.mp3"_s})
+            made << path(row.incomplete.contains(name) ? u"incomplete/"_s + name : name);
+        EXPECT_EQ(out.files(), made);
     }
     // Waiting for "B": the song before it leaves no file; the one after it
     // ends B and begins none; "D" matches again and runs to the end.
@@ -191,6 +196,9 @@ TEST_F(RecordingOutputTest, NoSongFileIsOverwrittenButTheOneTheUserAgreedTo)
         EXPECT_EQ(names(), expected);
         EXPECT_EQ(TempProfile::readFile(path(u"Same.mp3"_s)) == "kept", !agreed);
         EXPECT_EQ(out.FileName(), path(agreed ? u"Same (3).mp3"_s : u"Same (4).mp3"_s));
+        const QStringList made = {path(agreed ? u"Same.mp3"_s : u"Same (2).mp3"_s),
+                                  path(agreed ? u"Same (2).mp3"_s : u"Same (3).mp3"_s), out.FileName()};
+        EXPECT_EQ(out.files(), made) << "each under the name it got";
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 ScriptedPlayer::ScriptedPlayer(QObject *parent) : MediaPlayer(parent) {}
 
 void ScriptedPlayer::enter(int state)
@@ -51,4 +53,20 @@ void ScriptedPlayer::close()
 {
     log << QStringLiteral("close");
     m_url.clear();
+}
+
+void ScriptedPlayer::setPosition(qint64 milliseconds)
+{
+    log << QStringLiteral("position=") + QString::number(milliseconds);
+    m_position = milliseconds;
+    emit positionChanged(milliseconds);
+}
+
+void ScriptedPlayer::setMedia(bool video, qint64 duration, const QString &title)
+{
+    m_hasVideo = video;
+    m_duration = duration;
+    emit mediaChanged();
+    if (title != std::exchange(m_title, title))
+        emit titleChanged(title);
 }

@@ -41,6 +41,13 @@ public:
     void setPlayCount(int count) override;
     bool fullScreen() const override { return m_fullScreen; }
     void setFullScreen(bool on) override;
+    bool hasVideo() const override { return m_hasVideo; }
+    qint64 duration() const override { return m_duration; }
+    QString title() const override { return m_title; }
+    qint64 position() const override { return m_position; }
+    void setPosition(qint64 milliseconds) override;
+    // What the media turns out to be, told as mediaChanged (and titleChanged).
+    void setMedia(bool video, qint64 duration, const QString &title = {});
     void clearPlaylist() override { log << QStringLiteral("clear"); }
     void close() override;
 
@@ -54,4 +61,8 @@ private:
     bool m_mute = false;
     int m_volume = 100;
     bool m_fullScreen = false;
+    bool m_hasVideo = false;
+    qint64 m_duration = 0;
+    qint64 m_position = 0;
+    QString m_title;
 };

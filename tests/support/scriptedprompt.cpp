@@ -5,9 +5,9 @@ void ScriptedPrompt::message(const QString &text, const QString &title, Icon ico
     shown.append({text, title, icon});
 }
 
-bool ScriptedPrompt::askYesNo(const QString &text, const QString &title, Icon icon)
+bool ScriptedPrompt::askYesNo(const QString &text, const QString &title, Icon icon, Answer byDefault)
 {
-    shown.append({text, title, icon});
+    shown.append({text, title, icon, byDefault});
     return answers.isEmpty() ? false : answers.takeFirst();
 }
 

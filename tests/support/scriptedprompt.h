@@ -14,9 +14,10 @@ public:
     {
         QString text, title;
         Icon icon;
+        Answer byDefault = Answer::Yes; // of a question
     };
     void message(const QString &text, const QString &title, Icon icon) override;
-    bool askYesNo(const QString &text, const QString &title, Icon icon) override;
+    bool askYesNo(const QString &text, const QString &title, Icon icon, Answer byDefault) override;
     QString chooseOpenFile(const QString &title, const QString &folder, const QString &filter) override;
     // Answers for the next questions, in order; an unscripted question is answered No.
     QList<bool> answers;

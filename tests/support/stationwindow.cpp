@@ -2,6 +2,7 @@
 
 #include "base/appinfo.h"
 #include "controls/lynxgrid.h"
+#include "schedule/recordingscheduler.h"
 #include "ui/recorder/frmtc.h"
 
 #include <QApplication>
@@ -59,9 +60,14 @@ QString StationWindowTest::catalogueText() const
 
 void StationWindowTest::open(const MediaPlayerFactory &factory)
 {
-    StationCommands::Services services{
-        prompt, shell, keys, [this] { return new FrmTC(prompt, state->launch, power); }, checkTiming, runModal,
-        chooseSaveFile};
+    const auto newRecorder = [this] {
+        FrmTC::Hooks hooks;
+        hooks.schedule = [this](const RecordingInputs &inputs, const auto &, QWidget *) {
+            scheduled << inputs.station;
+        };
+        return new FrmTC(prompt, state->launch, power, nullptr, std::move(hooks));
+    };
+    StationCommands::Services services{prompt, shell, keys, newRecorder, checkTiming, runModal, chooseSaveFile};
     const MediaPlayerFactory scripted = [this](QWidget *owner) {
         return new PlayerView(players.emplace_back(new ScriptedPlayer), nullptr, owner);
     };
@@ -74,6 +80,12 @@ void StationWindowTest::open(const MediaPlayerFactory &factory)
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     grid = window->findChild<LynxGrid *>(u"LynxGrid1"_s);
     ASSERT_NE(grid, nullptr);
+}
+
+void StationWindowTest::activate()
+{
+    window->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
 }
 
 void StationWindowTest::click(const char *button, quint32 heldKey)

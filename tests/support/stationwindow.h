@@ -59,6 +59,8 @@ public:
     QString catalogueText() const;
     // Opens the main window; its players are scripted unless factory makes them.
     void open(const MediaPlayerFactory &factory = {});
+    // Makes the window the active one, so that its keys reach their commands.
+    void activate();
     template <typename T = QWidget> T *child(const char *name) const
     {
         T *found = window->findChild<T *>(QLatin1StringView(name));
@@ -84,6 +86,8 @@ public:
     std::function<QString(const QString &title, const QString &filter)> chooseSaveFile = [](auto &, auto &) {
         return QString();
     };
+    // Station names of the recordings a recorder window was asked to schedule.
+    QStringList scheduled;
     ScriptedPrompt prompt;
     QuietWindows windows;
     BrowserlessShell shell;

@@ -7,6 +7,7 @@
 
 struct LaunchOptions;
 struct ThemeColors;
+class ListenControls;
 class MediaPlayer;
 class QLabel;
 class QPushButton;
@@ -15,7 +16,8 @@ class QPushButton;
 // of its own, with video where the stream has it. The opener sets ListenUrl,
 // ListenTitle and ListenRow, shows the window and calls Play. What is played
 // and when is its ListenSession's; the window shows the session's captions
-// and wires its keys and buttons to it.
+// and wires its keys and buttons to it. Media without pictures gets a compact
+// player instead of an empty picture.
 class FrmListen : public QWidget
 {
     Q_OBJECT
@@ -40,6 +42,7 @@ public:
     void Play();
 
     MediaPlayer &MPlayer() const { return m_view->player(); }
+    bool compact() const { return m_compact; }
 
 signals:
     // A catalogue station has started to play: kind ListenSession::PlayedKind,
@@ -56,9 +59,15 @@ protected:
 private:
     void showView(bool visible);
     int playerHeight() const;
+    // Once the media is known: the compact player for sound, the picture for video.
+    void fitToMedia();
+    void setCompact(bool compact);
 
     PlayerView *m_view;
     ListenSession *m_session;
+    ListenControls *m_controls;
+    bool m_viewWanted = true;
+    bool m_compact = false;
     QLabel *lblInfo;
     QPushButton *cmdFullScreen;
     QPushButton *cmdContext;

@@ -78,6 +78,9 @@ void QtMediaPlayer::newMedia()
                     fail(text);
             });
     connect(m_player, &QMediaPlayer::metaDataChanged, this, &QtMediaPlayer::takeTitle);
+    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &MediaPlayer::mediaChanged);
+    connect(m_player, &QMediaPlayer::durationChanged, this, &MediaPlayer::mediaChanged);
+    connect(m_player, &QMediaPlayer::positionChanged, this, &MediaPlayer::positionChanged);
     connect(m_player, &QMediaPlayer::positionChanged, this, [this](qint64 position) {
         if (position <= m_lastPosition)
             return;
@@ -95,6 +98,32 @@ void QtMediaPlayer::fail(const QString &text)
         m_error = text.isEmpty() ? QStringLiteral("Media not playable") : text;
     m_failed = true;
     scheduleUpdate();
+}
+
+bool QtMediaPlayer::hasVideo() const
+{
+    return m_player->hasVideo();
+}
+
+qint64 QtMediaPlayer::duration() const
+{
+    // A stream has no end; GStreamer may still guess a length from its bit rate.
+    return m_player->isSeekable() ? m_player->duration() : 0;
+}
+
+QString QtMediaPlayer::title() const
+{
+    return m_title;
+}
+
+qint64 QtMediaPlayer::position() const
+{
+    return m_player->position();
+}
+
+void QtMediaPlayer::setPosition(qint64 milliseconds)
+{
+    m_player->setPosition(milliseconds);
 }
 
 void QtMediaPlayer::setURL(const QString &url)

@@ -51,6 +51,12 @@ public:
     bool fullScreen() const override;
     void setFullScreen(bool on) override;
 
+    bool hasVideo() const override;
+    qint64 duration() const override;
+    QString title() const override;
+    qint64 position() const override;
+    void setPosition(qint64 milliseconds) override;
+
     void clearPlaylist() override;
     void close() override;
 

@@ -2,9 +2,12 @@
 
 #include "base/appinfo.h"
 #include "base/launchoptions.h"
+#include "base/settingsstore.h"
 #include "controls/roundedframe.h"
 #include "recorder/launchswitches.h"
+#include "recorder/recordingsummary.h"
 #include "schedule/recordingscheduler.h"
+#include "ui/windowplacement.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -14,6 +17,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QTimer>
 
 namespace {
@@ -22,8 +26,6 @@ namespace {
 constexpr int StatsInterval = 500;
 constexpr int UpdateInterval = 250;
 constexpr int LaunchDelay = 300;
-// Extra height, beyond the panel's own, that opening the monitor adds.
-constexpr int MonitorMargin = 12;
 
 QString linkText(const QString &url)
 {
@@ -109,6 +111,7 @@ void FrmTC::wireControls()
     connect(tmrStats, &QTimer::timeout, this, [this] { showStatistics(m_recorder->counters()); });
     connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_recorder->counters()); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunchTick);
+    connect(lnkFolder, &QLabel::linkActivated, this, [this] { m_hooks.openFolder(m_writtenFolder); });
 }
 
 void FrmTC::wireRecorder()
@@ -117,10 +120,13 @@ void FrmTC::wireRecorder()
     connect(r, &StreamRecorder::started, this, [this] {
         cmdRecord->setText(captionStop());
         SetMode(false);
+        m_running.start();
+        showWritten({}, false);
     });
     connect(r, &StreamRecorder::stopped, this, [this] {
         SetMode(true);
         cmdRecord->setText(captionRecord());
+        showSummary();
     });
     connect(r, &StreamRecorder::statusChanged, this,
             [this](const QString &text) { setLabel(lbStream, text); });
@@ -143,6 +149,11 @@ void FrmTC::wireRecorder()
 void FrmTC::load()
 {
     m_monitorShown = false;
+    // As tall as its details, on the screen; then as the user left the last one.
+    fitToContent(true);
+    if (!m_launch.launchMode && SettingsStore::getSetting(SettingsStore::RecorderMonitor) == u"1")
+        cmdMonitor->setChecked(true);
+    WindowPlacement::restore(*this, SettingsStore::RecorderWindow);
     if (m_launch.launchMode) {
         cmdStations->setEnabled(false);
         applyLaunchSwitches(ParseLaunchSwitches(m_launch.commandArg), this);
@@ -204,22 +215,26 @@ void FrmTC::cmdScheduleClick()
 void FrmTC::cmdMonitorToggled(bool shown)
 {
     m_monitorShown = shown;
-    // The layout's minimum size follows the panel at once, so the resize is
-    // not clamped to the old one.
-    const int before = height();
     if (m_monitorShown) {
         m_monitorPanel->show();
-        layout()->activate();
-        m_monitorGrowth = m_monitorPanel->sizeHint().height() + MonitorMargin;
-        resize(width(), before + m_monitorGrowth);
+        fitToContent(true);
         tmrUpdate->start();
         showMonitor(m_recorder->counters());
     } else {
         tmrUpdate->stop();
         m_monitorPanel->hide();
-        layout()->activate();
-        resize(width(), before - m_monitorGrowth);
+        fitToContent(false);
     }
+}
+
+void FrmTC::fitToContent(bool grow)
+{
+    // The scroll area's layout is settled first, or the room it has is stale.
+    layout()->activate();
+    m_scroll->widget()->layout()->activate();
+    const int missing = missingHeight();
+    resize(width(), height() + (grow ? qMax(0, missing) : qMin(0, missing)));
+    WindowPlacement::keepInside(*this);
 }
 
 void FrmTC::btSaveClick()
@@ -229,6 +244,16 @@ void FrmTC::btSaveClick()
         txtSave->setText(path);
 }
 
+void FrmTC::showSummary()
+{
+    // The audio's own length where the bit rate tells it; else the time it ran.
+    const RecorderStats::Counters counters = m_recorder->counters();
+    const qint64 seconds = RecorderStats::elapsedSeconds(counters.bytesTotal, counters.bitrate)
+                               .value_or(m_running.elapsed() / 1000);
+    const RecordingSummary summary = RecordingSummary::of(m_recorder->output().files(), seconds);
+    m_writtenFolder = summary.folder;
+    showWritten(summary.text(), !m_writtenFolder.isEmpty() && m_hooks.openFolder);
+}
 
 void FrmTC::tmrLaunchTick()
 {
@@ -238,6 +263,9 @@ void FrmTC::tmrLaunchTick()
 
 void FrmTC::closeEvent(QCloseEvent *event)
 {
+    WindowPlacement::save(*this, SettingsStore::RecorderWindow);
+    SettingsStore::saveSetting(SettingsStore::RecorderMonitor,
+                               cmdMonitor->isChecked() ? QStringLiteral("1") : QStringLiteral("0"));
     if (m_recorder->Recording())
         cmdRecord->click();
     event->accept();

@@ -4,6 +4,7 @@
 #include "ui/recorder/frmtccontrols.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QWidget>
 
 #include <functional>
@@ -29,7 +30,8 @@ public:
     // in, the chosen path out, empty when cancelled), the connection's stall
     // time and reconnection pauses, how cmdSchedule registers a task (the
     // window's inputs, its clock and itself as the owner of the task dialog),
-    // and what the settings say about song files (the settings store when not given).
+    // what the settings say about song files (the settings store when not
+    // given), and how the folder of the files written is opened.
     struct Hooks
     {
         std::function<QDateTime()> now;
@@ -38,6 +40,7 @@ public:
         std::function<void(const RecordingInputs &, const std::function<QDateTime()> &now, QWidget *owner)>
             schedule;
         StreamConnection::Timing connection;
+        std::function<void(const QString &folder)> openFolder;
     };
 
     using FrmTCControls::captionRecord;
@@ -74,15 +77,21 @@ private:
 
     void cmdRecordClick();
     void cmdMonitorToggled(bool shown);
+    // Taller (grow) as far as the details above the buttons need and the
+    // screen allows, or shorter by the room they leave spare.
+    void fitToContent(bool grow);
     void cmdScheduleClick();
     void btSaveClick();
     void tmrLaunchTick();
+    // What the recording that stopped wrote, and where.
+    void showSummary();
 
     const LaunchOptions &m_launch;
     Hooks m_hooks;
     StreamRecorder *m_recorder = nullptr;
+    QElapsedTimer m_running;
+    QString m_writtenFolder;
     bool m_monitorShown = false;
-    int m_monitorGrowth = 0;
 
     QTimer *tmrStats = nullptr;
     QTimer *tmrUpdate = nullptr;

@@ -16,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace {
@@ -201,9 +202,23 @@ void FrmTCControls::showMeta(const RecorderStats::Counters &counters)
 
 void FrmTCControls::setupControls(QWidget *window)
 {
-    auto *top = new QVBoxLayout(window);
-    top->addWidget(buildInputs());
-    top->addWidget(buildStatus());
+    // Inputs, status and monitor scroll above the buttons, so that the
+    // buttons stay in reach on a short screen.
+    auto *content = named(new QWidget, QStringLiteral("recorderContent"));
+    auto *column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(buildInputs());
+    column->addWidget(buildStatus());
+    column->addWidget(buildMonitor());
+    column->addStretch(1);
+    m_monitorPanel->hide();
+    m_scroll = named(new QScrollArea, QStringLiteral("recorderScroll"));
+    m_scroll->setAccessibleName(tr("Recording details"));
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setWidget(content);
+    m_scroll->setMinimumHeight(120);
 
     auto *record = named(new SchemeButton(captionRecord()), QStringLiteral("cmdRecord"));
     record->setAccent(true);
@@ -214,17 +229,34 @@ void FrmTCControls::setupControls(QWidget *window)
     cmdMonitor->setCheckable(true);
     cmdSchedule = named(new SchemeButton(tr("Schedule...")), QStringLiteral("cmdSchedule"));
     cmdStations = named(new SchemeButton(tr("Stations")), QStringLiteral("cmdStations"));
+    cmdRecord->setToolTip(tr("Record: start recording the stream into the file named above; Stop ends it."));
+    cmdMonitor->setToolTip(tr("Monitor: show or hide the buffer, disk cache and metadata figures."));
+    cmdSchedule->setToolTip(tr("Schedule: repeat this recording at a time you choose."));
+    cmdStations->setToolTip(tr("Stations: show the station list."));
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdRecord);
     buttons->addWidget(cmdMonitor);
     buttons->addWidget(cmdSchedule);
     buttons->addStretch();
     buttons->addWidget(cmdStations);
-    top->addLayout(buttons);
 
-    top->addWidget(buildMonitor());
-    m_monitorPanel->hide();
-    window->setMinimumWidth(520);
+    auto *top = new QVBoxLayout(window);
+    top->addWidget(m_scroll, 1);
+    top->addLayout(buttons);
+    window->setMinimumWidth(qMax(520, content->minimumSizeHint().width() + 24));
+}
+
+void FrmTCControls::showWritten(const QString &summary, bool folderLink)
+{
+    lblSummary->setText(summary);
+    for (QWidget *part : m_written)
+        part->setVisible(!summary.isEmpty());
+    lnkFolder->setVisible(folderLink);
+}
+
+int FrmTCControls::missingHeight() const
+{
+    return m_scroll->widget()->sizeHint().height() - m_scroll->height();
 }
 
 QWidget *FrmTCControls::buildInputs()
@@ -319,6 +351,23 @@ QWidget *FrmTCControls::buildStatus()
     addPair(grid, row, tr("Stored:"), lbStore, tr("Time:"), lbTime);
     addPair(grid, row, tr("Format:"), lbBitrate, tr("Metadata:"), lbPackets);
     addWide(grid, row, tr("Limit:"), Bar);
+
+    lblSummary = valueLabel(QStringLiteral("lblSummary"));
+    lblSummary->setWordWrap(true);
+    lblSummary->setAccessibleName(tr("Written"));
+    lnkFolder = named(new QLabel(QStringLiteral("<a href=\"folder\">%1</a>").arg(tr("Open folder"))),
+                      QStringLiteral("lnkFolder"));
+    lnkFolder->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    lnkFolder->setFocusPolicy(Qt::TabFocus);
+    lnkFolder->setAccessibleName(tr("Open folder"));
+    auto *written = new QWidget;
+    auto *writtenRow = new QHBoxLayout(written);
+    writtenRow->setContentsMargins(0, 0, 0, 0);
+    writtenRow->addWidget(lblSummary, 1);
+    writtenRow->addWidget(lnkFolder);
+    addWide(grid, row, tr("Written:"), written);
+    m_written = {grid->itemAtPosition(row - 1, 0)->widget(), written};
+    showWritten({}, false);
     return box;
 }
 

@@ -3,6 +3,7 @@
 #include "recorder/recorderstats.h"
 
 #include <QCoreApplication>
+#include <QList>
 #include <QString>
 
 class QCheckBox;
@@ -13,6 +14,7 @@ class QProgressBar;
 class RoundedFrame;
 class QPushButton;
 class QRadioButton;
+class QScrollArea;
 class QWidget;
 struct LaunchSwitches;
 struct RecordingSettings;
@@ -33,6 +35,12 @@ public:
 
     // Builds the controls into the window; the monitor panel starts hidden.
     void setupControls(QWidget *window);
+    // The line of what a recording wrote, with its caption and the folder
+    // link; an empty summary hides them.
+    void showWritten(const QString &summary, bool folderLink);
+    // How much taller the details above the buttons are than their room;
+    // below 0 when they have room to spare.
+    int missingHeight() const;
     // Fills the inputs from a launch command line; "-m" clicks cmdMonitor and
     // "-v" minimises the window.
     void applyLaunchSwitches(const LaunchSwitches &switches, QWidget *window);
@@ -71,6 +79,10 @@ public:
     QLabel *lbTime = nullptr;
     QLabel *lbBitrate = nullptr;
     QLabel *lbPackets = nullptr;
+    // After a recording: what it wrote, and the link to the folder.
+    QLabel *lblSummary = nullptr;
+    QLabel *lnkFolder = nullptr;
+    QList<QWidget *> m_written; // the caption and the line
     QProgressBar *Bar = nullptr;
 
     QPushButton *cmdRecord = nullptr;
@@ -79,6 +91,7 @@ public:
     QPushButton *cmdSchedule = nullptr;
 
     RoundedFrame *m_monitorPanel = nullptr;
+    QScrollArea *m_scroll = nullptr;
     QLabel *lbBuffer_Current = nullptr;
     QLabel *lbBuffer_Peak = nullptr;
     QProgressBar *Bar_Buffer = nullptr;

@@ -179,7 +179,7 @@ void FrmScheduledTasks::cmdDeleteClick()
 {
     const std::shared_ptr<Task> task = selectedTask();
     if (!task || !m_prompt.askYesNo(tr("Delete the scheduled recording \"%1\"?").arg(task->Name()),
-                                    AppInfo::title, Prompt::Icon::Question))
+                                    AppInfo::title, Prompt::Icon::Question, Prompt::Answer::No))
         return;
     try {
         m_schedule.Delete(task->Name());

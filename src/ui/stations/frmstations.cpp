@@ -7,88 +7,32 @@
 #include "catalogue/stationfilters.h"
 #include "skin/appearance.h"
 #include "base/conversions.h"
+#include "base/settingsstore.h"
+#include "controls/flowlayout.h"
 #include "controls/lynxgrid.h"
-#include "controls/roundedframe.h"
 #include "controls/schemebutton.h"
 #include "ui/player/frmlisten.h"
 #include "player/mainplayer.h"
 #include "player/mediaplayer.h"
 #include "ui/skin/themepalette.h"
 #include "ui/player/ucplaybar.h"
+#include "ui/stations/stationcolumns.h"
+#include "ui/stations/stationfilterbar.h"
+#include "ui/stations/stationmenus.h"
+#include "ui/windowplacement.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
 #include <QGuiApplication>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
+#include <QMenuBar>
 #include <QPainter>
-#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
 
-struct ColumnDef
-{
-    const char *heading;
-    int width;
-};
-
-// Headings and widths in creation order; the last column's width is the grid's own.
-constexpr ColumnDef columns[FrmStations::ColumnCount] = {
-    {" ", 23},
-    {QT_TRANSLATE_NOOP("FrmStations", "Station"), 100},
-    {QT_TRANSLATE_NOOP("FrmStations", "Genre"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "Bit"), 33},
-    {QT_TRANSLATE_NOOP("FrmStations", "Type"), 33},
-    {QT_TRANSLATE_NOOP("FrmStations", "Category"), 100},
-    {QT_TRANSLATE_NOOP("FrmStations", "Rating"), 66},
-    {QT_TRANSLATE_NOOP("FrmStations", "StreamUrl"), 200},
-    {QT_TRANSLATE_NOOP("FrmStations", "Single"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "LastDate"), 66},
-    {QT_TRANSLATE_NOOP("FrmStations", "Sign"), 46},
-    {QT_TRANSLATE_NOOP("FrmStations", "InfoUrl"), 166},
-    {QT_TRANSLATE_NOOP("FrmStations", "Output"), 0},
-};
-
-// "Funk" is listed twice on purpose.
-const QStringList genreEntries = {
-    QString(),          QStringLiteral("TopTen"), QStringLiteral("Alternative"), QStringLiteral("Classical"),
-    QStringLiteral("Comedy"), QStringLiteral("Country"), QStringLiteral("Dance"), QStringLiteral("Funk"),
-    QStringLiteral("Jazz"),   QStringLiteral("Metal"),   QStringLiteral("Funk"),  QStringLiteral("Mixed"),
-    QStringLiteral("Pop"),    QStringLiteral("Rap"),     QStringLiteral("RnB"),   QStringLiteral("Rock"),
-    QStringLiteral("Talk"),   QStringLiteral("Techno"),  QStringLiteral("70s"),   QStringLiteral("80s"),
-    QStringLiteral("World"),  QStringLiteral("Fun"),     QStringLiteral("Adult"),
-};
-const QStringList typeEntries = {
-    QString(),           QStringLiteral("MP3"), QStringLiteral("TV"), QStringLiteral("OGG"),
-    QStringLiteral("-"), QStringLiteral("XxX")};
-const QStringList ratingEntries = {QString(),           QStringLiteral("1"), QStringLiteral("2"),
-                                   QStringLiteral("3"), QStringLiteral("4"), QStringLiteral("5")};
-const QStringList ratingEditorEntries = ratingEntries.mid(1);
-
 const QString playKey = QStringLiteral("Play");
-
-QComboBox *newCombo(QWidget *parent, const char *name, int minimumWidth)
-{
-    auto *combo = new QComboBox(parent);
-    combo->setObjectName(QLatin1StringView(name));
-    combo->setMinimumWidth(minimumWidth);
-    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    return combo;
-}
-
-SchemeButton *newButton(QWidget *parent, const char *name, const QString &text)
-{
-    auto *button = new SchemeButton(text, parent);
-    button->setObjectName(QLatin1StringView(name));
-    button->setAutoDefault(false);
-    // Narrower than the style's dialog-button minimum, so that the window fits small screens.
-    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + 24);
-    return button;
-}
 
 // Selects the first entry whose text equals value exactly; with none, the selection stays.
 void selectEntry(QComboBox *combo, const QString &value)
@@ -127,18 +71,42 @@ FrmStations::FrmStations(Parts parts, StationCommands::Services services, MediaP
     buildPlayer();
     m_commands = new StationCommands(m_parts.catalogue, m_parts.appearance, m_parts.trimTool, m_parts.installFolder,
                                      *this, *m_player, std::move(services), this);
+    StationMenus::WindowActions windowActions{
+        .play =
+            [this] {
+                m_player->playKey(playKey);
+                m_player->showState(playKey);
+            },
+        .find =
+            [this] {
+                m_txtSearch->setFocus(Qt::ShortcutFocusReason);
+                m_txtSearch->selectAll();
+            },
+        .settings = [this] { cmdSettingsClick(); },
+        .history =
+            [this] {
+                if (m_parts.openHistory)
+                    m_parts.openHistory(this);
+            },
+        .stationColumn = [this] { return pos(ColStation); },
+    };
+    m_menus = new StationMenus(*this, *m_grid, *m_menuBar, *m_commandStrip, *m_commands, std::move(windowActions));
     connectCommands();
 
     // Load, in its fixed order.
-    m_cboRating->addItems(ratingEditorEntries);
+    for (int rating = 1; rating <= 5; ++rating)
+        m_cboRating->addItem(QString::number(rating));
     applyColors();
     createColumns();
     fillGrid();
-    fillFilterLists();
+    refreshCategories();
     selectEntry(m_cmbGenre, m_parts.filters.genre);
     selectEntry(m_cmbCategory, m_parts.filters.category);
     selectEntry(m_cmbType, m_parts.filters.type);
     selectEntry(m_cmbRating, m_parts.filters.rating);
+    // The shape the user left the window and its columns in.
+    m_columns->restore(SettingsStore::MainColumns);
+    WindowPlacement::restore(*this, SettingsStore::MainWindow);
 
     // A hidden listening window, kept as long as this one, holds a paused
     // player, so that later players start quickly.
@@ -218,95 +186,66 @@ void FrmStations::stepStation(int step)
     m_player->showState(playKey);
 }
 
+QMenu &FrmStations::rowMenu() const
+{
+    return m_menus->rowMenu();
+}
+
+QMenu &FrmStations::gridMenu() const
+{
+    return m_menus->gridMenu();
+}
+
 void FrmStations::buildControls()
 {
     resize(1100, 660);
 
-    // The arrangement: filter frame across the top, the command strip below it,
-    // the grid filling the rest and the play bar under the grid at its width.
-    // Layouts give that result at every size, so they replace pixel arithmetic.
+    // The arrangement: the menu bar, the filter frame across the top, the
+    // command strip below it, the grid filling the rest and the play bar
+    // under the grid at its width. The filters and the commands wrap onto
+    // further lines in a narrow window.
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(10, 10, 10, 10);
     outer->setSpacing(8);
     // The window can shrink to what its controls need, and no further.
     outer->setSizeConstraint(QLayout::SetMinimumSize);
+    m_menuBar = new QMenuBar(this);
+    m_menuBar->setObjectName(QStringLiteral("menuBar"));
+    m_menuBar->setAccessibleName(tr("Menu"));
+    outer->setMenuBar(m_menuBar);
 
-    auto *fraFilter = new RoundedFrame({}, this);
-    fraFilter->setObjectName(QStringLiteral("fraFilter"));
-    fraFilter->setAccessibleName(tr("Filter"));
-    auto *filters = new QHBoxLayout(fraFilter);
-    // The frame's own margins already leave room round its panel.
-    filters->setContentsMargins(0, 0, 0, 0);
-    filters->setSpacing(6);
-    m_cmbGenre = newCombo(fraFilter, "cmbGenre", 90);
-    m_cmbCategory = newCombo(fraFilter, "cmbCategory", 100);
-    m_cmbType = newCombo(fraFilter, "cmbType", 56);
-    m_cmbRating = newCombo(fraFilter, "cmbRating", 44);
-    const std::pair<QString, QComboBox *> labelled[] = {{tr("Genre"), m_cmbGenre},
-                                                        {tr("Category"), m_cmbCategory},
-                                                        {tr("Type"), m_cmbType},
-                                                        {tr("Rating"), m_cmbRating}};
-    for (const auto &[text, combo] : labelled) {
-        auto *label = new QLabel(text, fraFilter);
-        label->setBuddy(combo);
-        filters->addWidget(label);
-        filters->addWidget(combo);
-        filters->addSpacing(4);
-    }
-    filters->addWidget(newButton(fraFilter, "cmdFilter", tr("Filter")));
-    filters->addStretch(1);
-    m_txtSearch = new QLineEdit(fraFilter);
-    m_txtSearch->setObjectName(QStringLiteral("txtSearch"));
-    m_txtSearch->setPlaceholderText(tr("Station or category"));
-    m_txtSearch->setClearButtonEnabled(true);
-    m_txtSearch->setMinimumWidth(100);
-    filters->addWidget(m_txtSearch, 1);
-    filters->addWidget(newButton(fraFilter, "cmdSearch", tr("Search")));
-    filters->addWidget(newButton(fraFilter, "cmdSearchWww", tr("Search Web")));
-    SchemeButton *cmdDirectory = newButton(fraFilter, "cmdDirectory", tr("Directory"));
-    cmdDirectory->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
-    cmdDirectory->setToolTip(tr("Find stations in the open station directory (Ctrl+D)"));
-    filters->addWidget(cmdDirectory);
+    auto *fraFilter = new StationFilterBar(this);
+    m_cmbGenre = fraFilter->genre();
+    m_cmbCategory = fraFilter->category();
+    m_cmbType = fraFilter->type();
+    m_cmbRating = fraFilter->rating();
+    m_txtSearch = fraFilter->search();
     outer->addWidget(fraFilter);
 
     auto *gfxOption = new QWidget(this);
     gfxOption->setObjectName(QStringLiteral("GFXOption"));
-    auto *commands = new QHBoxLayout(gfxOption);
-    commands->setContentsMargins(0, 0, 0, 0);
-    commands->setSpacing(6);
-    const std::pair<const char *, QString> commandButtons[] = {
-        {"cmdRecord", tr("Record")}, {"cmdListen", tr("Listen")},     {"cmdReplay", tr("Replay")},
-        {nullptr, {}},               {"cmdCopy", tr("Copy")},         {"cmdDel", tr("Delete")},
-        {"cmdInfo", tr("Info")},     {"cmdHistory", tr("History")},   {"cmdLoadPls", tr("Load PLS")},
-        {"cmdLists", tr("Lists")},   {"cmdTrim", tr("Trim")},
-        {nullptr, {}},               {"cmdSettings", tr("Settings")}, {"cmdSkin", tr("Skin")},
-        {"cmdAbout", tr("About")},
-    };
-    for (const auto &[name, text] : commandButtons) {
-        if (!name) {
-            commands->addSpacing(14);
-            continue;
-        }
-        commands->addWidget(newButton(gfxOption, name, text));
-    }
-    // The window's main action stands out.
-    gfxOption->findChild<SchemeButton *>(QStringLiteral("cmdRecord"))->setAccent(true);
-    commands->addStretch(1);
+    auto *strip = new FlowLayout(gfxOption);
+    strip->setContentsMargins(0, 0, 0, 0);
+    strip->setSpacing(6);
+    m_commandStrip = strip;
     outer->addWidget(gfxOption);
 
     m_grid = new LynxGrid(this);
     m_grid->setObjectName(QStringLiteral("LynxGrid1"));
-    m_grid->setMinimumHeight(200);
+    m_grid->setMinimumHeight(120);
     m_grid->setFullRowSelect(true);
     // Several stations at once: those just added, or those to export.
     m_grid->setMultiSelect(true);
     m_grid->setTrackEdits(true);
     m_grid->setFocusRectMode(GridFocusMode::Cell);
+    // Enter plays the row's station; F2, a double click or typing edit a cell.
+    m_grid->setEditTrigger(m_grid->EditTrigger() & ~EditEnter);
     // The column widths are the catalogue's classic pixel widths; a slightly
     // smaller face lets the short headings ("Genre", "Type") fit them.
     QFont gridFont = m_grid->font();
     gridFont.setPointSizeF(qMax(8.0, gridFont.pointSizeF() - 1));
     m_grid->setFont(gridFont);
+    m_columns = new StationColumns(*m_grid);
     outer->addWidget(m_grid, 1);
 
     // The play bar comes here, under the grid and as wide as it.
@@ -339,39 +278,6 @@ void FrmStations::connectCommands()
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &FrmStations::cmdSearchClick);
     clicked("cmdSearchWww",
             [this] { m_commands->searchWww(m_txtSearch->text(), m_cmbGenre->currentText()); });
-    clicked("cmdSettings", &FrmStations::cmdSettingsClick);
-    clicked("cmdRecord", [this] { m_commands->record(); });
-    clicked("cmdListen", [this] { m_commands->listen(); });
-    clicked("cmdReplay", [this] { m_commands->replay(); });
-    clicked("cmdCopy", [this] { m_commands->copy(); });
-    clicked("cmdDel", [this] { m_commands->del(); });
-    clicked("cmdInfo", [this] { m_commands->info(); });
-    const auto openHistory = [this] {
-        if (m_parts.openHistory)
-            m_parts.openHistory(this);
-    };
-    clicked("cmdHistory", openHistory);
-    auto *historyKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_H), this);
-    connect(historyKey, &QShortcut::activated, this, openHistory);
-    clicked("cmdLoadPls", [this] { m_commands->loadPls(); });
-    clicked("cmdTrim", [this] { m_commands->trim(); });
-    clicked("cmdSkin", [this] { m_commands->skin(); });
-    clicked("cmdAbout", [this] { m_commands->about(); });
-    clicked("cmdDirectory", [this] { m_commands->directory(); });
-
-    auto *cmdLists = findChild<SchemeButton *>(QStringLiteral("cmdLists"));
-    auto *lists = new QMenu(cmdLists);
-    const std::tuple<const char *, QString, void (StationCommands::*)()> listActions[] = {
-        {"actImportStations", tr("Import Stations..."), &StationCommands::importStations},
-        {"actExportStations", tr("Export the Stations Shown..."), &StationCommands::exportStations},
-        {"actExportSelected", tr("Export the Selected Stations..."),
-         &StationCommands::exportSelectedStations},
-    };
-    for (const auto &[name, text, command] : listActions) {
-        QAction *action = lists->addAction(text, m_commands, command);
-        action->setObjectName(QLatin1StringView(name));
-    }
-    cmdLists->setMenu(lists);
 }
 
 // Names for screen readers where a control's caption does not say what it is:
@@ -385,8 +291,6 @@ void FrmStations::setAccessibleNames()
     m_cmbRating->setAccessibleName(tr("Rating"));
     m_cboRating->setAccessibleName(tr("Rating"));
     m_grid->setAccessibleName(tr("Stations"));
-    findChild<SchemeButton *>(QStringLiteral("cmdLists"))
-        ->setAccessibleName(tr("Station lists: import and export"));
 }
 
 void FrmStations::applyColors()
@@ -401,30 +305,12 @@ void FrmStations::applyColors()
 
 void FrmStations::createColumns()
 {
-    for (int index = 0; index < ColumnCount; ++index) {
-        const ColumnDef &column = columns[index];
-        const QString heading = tr(column.heading);
-        if (index == ColSingle)
-            m_grid->AddColumn(heading, column.width, Qt::AlignHCenter, GridColumnType::CheckBox);
-        else if (index == ColOutput)
-            m_grid->AddColumn(heading, m_grid->width());
-        else
-            m_grid->AddColumn(heading, column.width);
-    }
+    m_columns->create();
     m_grid->setColImage(ColPlay, 0);
     m_grid->setColImageAlignment(ColPlay, Qt::AlignHCenter);
     m_grid->setColImageText(ColPlay, tr("Play"));
     m_grid->BindControl(ColRating, m_cboRating);
     m_grid->setRedraw(true);
-}
-
-void FrmStations::fillFilterLists()
-{
-    m_cmbGenre->addItems(genreEntries);
-    m_cmbCategory->clear();
-    m_cmbCategory->addItems(m_parts.catalogue.categories.items());
-    m_cmbType->addItems(typeEntries);
-    m_cmbRating->addItems(ratingEntries);
 }
 
 void FrmStations::refreshCategories()
@@ -456,6 +342,7 @@ void FrmStations::fillGrid()
 
     const Catalogue &catalogue = m_parts.catalogue;
     const Positions at = positions();
+    m_columns->clearNames();
     for (int index = 1; index <= catalogue.stationCount(); ++index) {
         const Station &s = catalogue.at(index);
         if (!genre.isEmpty() && !s.Genre.contains(genre, Qt::CaseInsensitive))
@@ -471,13 +358,50 @@ void FrmStations::fillGrid()
         const int row = m_grid->AddItem();
         m_grid->setItemData(row, index);
         fillCells(row, s, at);
+        m_columns->measureName(s.Name);
     }
+    m_columns->stretch();
     m_grid->setRedraw(true);
 }
 
 void FrmStations::fillRow(int row, int index)
 {
     fillCells(row, m_parts.catalogue.at(index), positions());
+    m_columns->measureName(m_parts.catalogue.at(index).Name);
+    m_columns->stretch();
+}
+
+int FrmStations::rowOf(int index) const
+{
+    for (int row = 0; row < m_grid->ItemCount(); ++row) {
+        if (m_grid->ItemData(row) == index)
+            return row;
+    }
+    return -1;
+}
+
+void FrmStations::showStation(int index)
+{
+    fillGrid();
+    if (rowOf(index) < 0) {
+        // The filters hide it: the user is to see what was added.
+        m_parts.filters.genre.clear();
+        m_parts.filters.category.clear();
+        m_parts.filters.type.clear();
+        m_parts.filters.rating.clear();
+        for (QComboBox *combo : {m_cmbGenre, m_cmbCategory, m_cmbType, m_cmbRating})
+            combo->setCurrentIndex(0);
+        fillGrid();
+    }
+    const int row = rowOf(index);
+    if (row >= 0)
+        m_grid->GotoCell(row, pos(ColStation));
+}
+
+void FrmStations::addCategory(const QString &category)
+{
+    if (m_parts.catalogue.categories.add(category))
+        m_cmbCategory->addItem(category);
 }
 
 FrmStations::Positions FrmStations::positions() const
@@ -654,6 +578,8 @@ void FrmStations::closeEvent(QCloseEvent *event)
     if (m_unloaded)
         return;
     m_unloaded = true;
+    m_columns->save(SettingsStore::MainColumns);
+    WindowPlacement::save(*this, SettingsStore::MainWindow);
     // An edit still open counts like one the user finished.
     m_grid->commitEdit();
 

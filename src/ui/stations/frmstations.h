@@ -19,10 +19,15 @@ struct TrimTool;
 class FrmListen;
 struct Station;
 class LynxGrid;
+class FlowLayout;
 class MainPlayer;
 class QBoxLayout;
 class QComboBox;
 class QLineEdit;
+class QMenu;
+class QMenuBar;
+class StationColumns;
+class StationMenus;
 class StationPlayer;
 class ucPlayBar;
 
@@ -81,6 +86,9 @@ public:
     // play on date, which becomes its LastDate.
     void stationPlayed(int kind, int row, const QString &date);
     StationPlayer &player() const { return *m_player; }
+    // The menu of a row and the menu of the grid's empty area.
+    QMenu &rowMenu() const;
+    QMenu &gridMenu() const;
 
     // What the desktop's media controls reach: the player, its bar, and the
     // grid's rows as the stations before and after the current one.
@@ -106,8 +114,8 @@ protected:
 private:
     void buildControls();
     void connectCommands();
+    int rowOf(int index) const;
     void createColumns();
-    void fillFilterLists();
     void setAccessibleNames();
 
     // StationListHost
@@ -119,6 +127,8 @@ private:
     void forgetEdits() override;
     void applyColors() override;
     void refreshCategories() override;
+    void showStation(int index) override;
+    void addCategory(const QString &category) override;
 
     // Writes every row with a changed cell back into its station and clears
     // the marks; returns the changed cells.
@@ -154,6 +164,10 @@ private:
     QComboBox *m_cmbType = nullptr;
     QComboBox *m_cmbRating = nullptr;
     QLineEdit *m_txtSearch = nullptr;
+    QMenuBar *m_menuBar = nullptr;
+    FlowLayout *m_commandStrip = nullptr;
+    StationColumns *m_columns = nullptr;
+    StationMenus *m_menus = nullptr;
     QBoxLayout *m_playBarSlot = nullptr;
     ucPlayBar *m_playBar = nullptr;
 };

@@ -17,6 +17,8 @@
 #include "ui/stations/frmabout.h"
 #include "ui/player/frmlisten.h"
 #include "ui/stations/frmstations.h"
+#include "ui/stations/stationform.h"
+#include "ui/stations/userguide.h"
 #include "directory/websearch.h"
 
 #include <QCheckBox>
@@ -25,8 +27,10 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSet>
 #include <QTimer>
+#include <QUrl>
 
 #include <utility>
 
@@ -82,6 +86,11 @@ QString StationCommands::listenNoStation()
     return tr("Select a Station in the list below to Listen.");
 }
 
+QString StationCommands::editNoStation()
+{
+    return tr("Select a Station in the list below to Edit.");
+}
+
 QString StationCommands::deleteQuestion(const QString &station)
 {
     return tr("Do you wish to delete the Station: %1").arg(station);
@@ -123,7 +132,14 @@ void StationCommands::record()
     if (row < 0)
         return;
     m_list.writeBack(row, m_list.grid().ItemData(row));
+    m_scheduleNext = false;
     m_TimerRecord->start();
+}
+
+void StationCommands::schedule()
+{
+    record();
+    m_scheduleNext = m_TimerRecord->isActive();
 }
 
 void StationCommands::timerRecordTick()
@@ -145,6 +161,8 @@ void StationCommands::timerRecordTick()
     m_recorders.removeIf([](const QPointer<QWidget> &open) { return open.isNull(); });
     m_recorders.append(window);
     window->show();
+    if (std::exchange(m_scheduleNext, false))
+        control<QPushButton>(*window, "cmdSchedule").click();
 }
 
 void StationCommands::listen()
@@ -246,7 +264,8 @@ void StationCommands::deleteStation()
     if (row < 0 || index < 1 || index > m_catalogue.stationCount())
         return;
     Station &station = m_catalogue.at(index);
-    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteQuestion(station.Name), AppInfo::title, Prompt::Icon::Warning,
+                                    Prompt::Answer::No))
         return;
     // The record stays in the array; the catalogue writer leaves it out.
     station.Deleted = true;
@@ -257,7 +276,8 @@ void StationCommands::deleteStation()
 
 void StationCommands::deleteAll()
 {
-    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning))
+    if (!m_services.prompt.askYesNo(deleteAllQuestion(), AppInfo::title, Prompt::Icon::Warning,
+                                    Prompt::Answer::No))
         return;
     m_catalogue.removeAll();
     // The emptied list marks nothing changed on purpose, and edits of the
@@ -265,6 +285,24 @@ void StationCommands::deleteAll()
     // file as it was, unless another change was made.
     m_list.forgetEdits();
     m_list.fillGrid();
+}
+
+void StationCommands::runCheck(StationCheck::Mode mode)
+{
+    if (m_check->running())
+        m_check->stop();
+    else
+        m_check->start(mode);
+}
+
+void StationCommands::checkAll()
+{
+    runCheck(StationCheck::Mode::CheckAll);
+}
+
+void StationCommands::findNextPlaying()
+{
+    runCheck(StationCheck::Mode::FindNext);
 }
 
 void StationCommands::info()
@@ -308,6 +346,41 @@ void StationCommands::importPlaylist()
     }
     QCoreApplication::processEvents();
     m_list.fillGrid();
+}
+
+void StationCommands::add()
+{
+    StationForm form(StationForm::Purpose::Add, Station::newStation(), m_catalogue.separator,
+                     m_catalogue.categories.items(), m_owner);
+    form.setTestLimit(m_services.testLimit);
+    if (runModal(form) != QDialog::Accepted)
+        return;
+    const Station station = form.station();
+    m_list.addCategory(station.Category);
+    const int index = m_catalogue.append(station);
+    m_catalogue.dirty = true;
+    m_list.showStation(index);
+}
+
+void StationCommands::edit()
+{
+    const int row = selectedRow(editNoStation());
+    if (row < 0)
+        return;
+    const int index = m_list.grid().ItemData(row);
+    if (index < 1 || index > m_catalogue.stationCount())
+        return;
+    // The form starts from the row as the grid shows it.
+    m_list.writeBack(row, index);
+    StationForm form(StationForm::Purpose::Edit, m_catalogue.at(index), m_catalogue.separator,
+                     m_catalogue.categories.items(), m_owner);
+    form.setTestLimit(m_services.testLimit);
+    if (runModal(form) != QDialog::Accepted)
+        return;
+    m_catalogue.at(index) = form.station();
+    m_list.addCategory(form.station().Category);
+    m_catalogue.dirty = true;
+    m_list.fillRow(row, index);
 }
 
 void StationCommands::trim()
@@ -461,4 +534,16 @@ QString StationCommands::chooseSaveFile(const QString &title, const QString &fil
             path += chosenFilter.mid(star + 1).section(u')', 0, 0);
     }
     return path;
+}
+
+void StationCommands::userGuide()
+{
+    const QString page = UserGuide::page(m_installFolder, AppPaths::dataFolder());
+    if (page.isEmpty()) {
+        m_services.prompt.message(tr("The user guide could not be shown: %1 is missing from %2.")
+                                      .arg(UserGuide::readmeFile, m_installFolder),
+                                  AppInfo::title, Prompt::Icon::Warning);
+        return;
+    }
+    m_services.shell.openDocument(QUrl::fromLocalFile(page).toString());
 }

@@ -48,6 +48,11 @@ public:
     virtual void applyColors() = 0;
     // Offers the catalogue's categories again, after stations brought new ones.
     virtual void refreshCategories() = 0;
+    // Refills the grid and makes the row of the station at index current,
+    // clearing the filters when they would hide it.
+    virtual void showStation(int index) = 0;
+    // A category the catalogue may not know yet: the filter offers it too.
+    virtual void addCategory(const QString &category) = 0;
 };
 
 // The main window's commands on the current station or the whole catalogue:
@@ -75,11 +80,14 @@ public:
         // The path to write a file to, for a title and a type filter, or empty
         // when cancelled; empty means the file-save dialog.
         std::function<QString(const QString &title, const QString &filter)> chooseSaveFile = {};
+        // How long the station form's Test waits for an answer, in milliseconds.
+        int testLimit = 10000;
     };
 
     // What the commands say to the user.
     static QString recordNoStation();
     static QString listenNoStation();
+    static QString editNoStation();
     static QString deleteQuestion(const QString &station);
     static QString deleteAllQuestion();
     static QString trimNotStarted(const QString &command);
@@ -93,6 +101,8 @@ public:
     static QString fileTitle(const QString &path);
 
     void record();
+    // A recorder window filled as by Record, with its Schedule dialog open.
+    void schedule();
     void listen();
     void replay();
     // Left Shift held: playlist import.
@@ -100,9 +110,20 @@ public:
     // Right Shift held: delete all stations.
     void del();
     // Left Shift: checks every station from the current one; left Ctrl: finds
-    // the next station that plays. A click while a check runs stops it.
+    // the next station that plays; either, while a check runs, stops it.
+    // A plain click opens the information page.
     void info();
     void loadPls();
+    // The station form for a new station, appended to the catalogue.
+    void add();
+    // The station form for the current row's station.
+    void edit();
+    // The station check, started from a menu: every station from the current
+    // one, or up to the next that plays. While a check runs, each stops it.
+    void checkAll();
+    void findNextPlaying();
+    // The question, then every station goes.
+    void deleteAll();
     void trim();
     void skin();
     void about();
@@ -118,6 +139,8 @@ public:
     // Appends the stations whose stream address is new, then refills the
     // list with them selected.
     StationExchange::AddResult addStations(const QList<Station> &stations);
+    // The user guide (the README that comes with the program) in the browser.
+    void userGuide();
 
     // The list is going: ends a station check, and closes the recorder
     // windows Record opened, newest first, each completing its file. A Record
@@ -130,7 +153,7 @@ private:
     int runModal(QDialog &dialog) const;
     void copyStation();
     void deleteStation();
-    void deleteAll();
+    void runCheck(StationCheck::Mode mode);
     void importPlaylist();
     void exportRows(bool selectedOnly);
     QString chooseSaveFile(const QString &title, const QString &filter) const;
@@ -152,6 +175,8 @@ private:
     QString m_listenTag;
     // The grid row Listen plays; below 0 for a file chosen by Replay.
     int m_listenRow = -1;
+    // The recorder window TimerRecord opens is to show its Schedule dialog.
+    bool m_scheduleNext = false;
     StationCheck *m_check;
     QList<QPointer<QWidget>> m_recorders;
     QPointer<FrmDirectory> m_directory;

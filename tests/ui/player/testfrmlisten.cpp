@@ -2,6 +2,7 @@
 
 #include "base/launchoptions.h"
 #include "base/themecolors.h"
+#include "support/accessiblenames.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "support/scriptedplayer.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QSlider>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -112,6 +114,45 @@ TEST_F(ListenTest, TheContextButtonTogglesThePlayersOwnMenu)
     EXPECT_EQ(requestMenu(), nullptr);
     button("cmdContext")->click();
     EXPECT_TRUE(view->enableContextMenu());
+}
+
+TEST_F(ListenTest, SoundOnlyGetsACompactPlayerAndAFileItsPositionAndSeekBar)
+{
+    const auto control = [&](const char *name) {
+        return window->findChild<QWidget *>(QLatin1StringView(name));
+    };
+    player->setMedia(false, 0, u"Artist - Song"_s);
+    EXPECT_FALSE(window->compact()) << "not before the media plays";
+    player->enter(MediaPlayer::Playing);
+    ASSERT_TRUE(window->compact());
+    EXPECT_FALSE(view->isVisible());
+    EXPECT_FALSE(button("cmdFullScreen")->isVisible());
+    EXPECT_LT(window->height(), 300);
+    EXPECT_EQ(window->findChild<QLabel *>(u"lblStation"_s)->text(), u"Test FM"_s);
+    EXPECT_EQ(window->findChild<QLabel *>(u"lblTitle"_s)->text(), u"Artist - Song"_s);
+    EXPECT_FALSE(control("sldPosition")->isVisible()) << "a stream has no position";
+    EXPECT_FALSE(button("cmdPlay")->isEnabled());
+    player->log.clear();
+    button("cmdPause")->click();
+    static_cast<QSlider *>(control("sldVolume"))->setValue(30);
+    EXPECT_EQ(player->volume(), 30);
+    EXPECT_EQ(player->log, QStringList{u"pause"_s});
+    expectAccessibleNames(window.get());
+
+    // A file: position and seek bar.
+    player->setMedia(false, 200000);
+    player->setPosition(65000);
+    auto *seek = static_cast<QSlider *>(control("sldPosition"));
+    ASSERT_TRUE(seek->isVisible());
+    EXPECT_EQ(window->findChild<QLabel *>(u"lblPosition"_s)->text(), u"1:05 / 3:20"_s);
+    seek->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    EXPECT_EQ(player->log.last(), u"position=95000"_s);
+
+    // Pictures after all: the picture and its buttons come back.
+    player->setMedia(true, 0);
+    EXPECT_FALSE(window->compact());
+    EXPECT_TRUE(view->isVisible());
+    EXPECT_TRUE(button("cmdFullScreen")->isVisible());
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -22,6 +23,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -51,6 +54,7 @@ protected:
             return dialogAnswer;
         };
         hooks.connection = {1000ms, {50ms, 100ms, 150ms}};
+        hooks.openFolder = [this](const QString &folder) { openedFolders << folder; };
         window = new FrmTC(prompt, launch, power, nullptr, hooks);
         return window;
     }
@@ -102,6 +106,7 @@ protected:
     IcyServer server;
     QPointer<FrmTC> window;
     QString dialogAnswer, dialogShownWith;
+    QStringList openedFolders;
 };
 
 TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
@@ -137,6 +142,16 @@ TEST_F(RecorderWindow, ShowsWhatItsRecordingReportsAndKeepsItsInputsMeanwhile)
         waitUntil([&] { return text("lbStore") == RecorderStats::storedSizeText(double(consumed)); }, Wait));
     EXPECT_EQ(text("lbBitrate"), u"MP3, 128 kbit/s"_s);
     EXPECT_TRUE(power.exitCalls.isEmpty());
+    // What it wrote, and where, with the way there.
+    const QDir folder(recordings());
+    const QStringList files = folder.entryList(QDir::Files);
+    ASSERT_EQ(files.size(), 2) << files.join(u',').toStdString();
+    EXPECT_TRUE(text("lblSummary").startsWith(u"Wrote 2 files ("_s)) << text("lblSummary").toStdString();
+    EXPECT_TRUE(text("lblSummary").contains(u", 0:00:"_s));
+    EXPECT_TRUE(text("lblSummary").endsWith(u") to "_s + folder.absolutePath()));
+    ASSERT_TRUE(label("lnkFolder")->isVisible());
+    emit label("lnkFolder")->linkActivated(u"folder"_s);
+    EXPECT_EQ(openedFolders, QStringList{folder.absolutePath()});
 }
 
 TEST_F(RecorderWindow, AFailureIsShownAndAStationWithoutTitlesTurnsOneFilePerSongOff)
@@ -145,6 +160,8 @@ TEST_F(RecorderWindow, AFailureIsShownAndAStationWithoutTitlesTurnsOneFilePerSon
     button("cmdRecord")->click();
     ASSERT_TRUE(waitUntil([&] { return !window->Recording(); }, Wait));
     EXPECT_EQ(text("lbStream"), StreamConnection::TextNoConnection);
+    EXPECT_EQ(text("lblSummary"), u"No file was written."_s);
+    EXPECT_FALSE(label("lnkFolder")->isVisible());
     expectIdle();
     server.songs = {{"Unsent", 60}};
     server.titles = false;
@@ -259,6 +276,35 @@ TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
     dialogAnswer.clear();
     button("btSave")->click();
     EXPECT_EQ(edit("txtSave")->text(), u"/music/chosen.mp3"_s);
+}
+
+// Run on a 1366 x 768 screen, and at scale 2 on 1600 x 1000 (see CMakeLists.txt).
+TEST_F(RecorderWindow, FitsTheScreenWithItsMonitorAndComesBackAsItWasLeft)
+{
+    open();
+    window->show();
+    const QRect screen = window->screen()->availableGeometry();
+    button("cmdMonitor")->click();
+    EXPECT_TRUE(child<QWidget>("monitorPanel")->isVisibleTo(window));
+    EXPECT_TRUE(screen.contains(window->frameGeometry()));
+    for (const char *name : {"cmdRecord", "cmdMonitor", "cmdSchedule", "cmdStations"}) {
+        const QRect at(button(name)->mapTo(window.data(), QPoint(0, 0)), button(name)->size());
+        EXPECT_TRUE(window->rect().contains(at)) << name;
+    }
+    // What does not fit scrolls; the monitor's last line is within reach.
+    auto *details = child<QScrollArea>("recorderScroll");
+    details->ensureWidgetVisible(child<QWidget>("txtMeta"));
+    EXPECT_TRUE(child<QWidget>("txtMeta")->visibleRegion().boundingRect().height() > 0);
+    window->setGeometry(QRect(screen.topLeft() + QPoint(30, 40), window->size() - QSize(0, 60)));
+    const QSize size = window->size();
+    window->close();
+    open();
+    window->show();
+    EXPECT_TRUE(button("cmdMonitor")->isChecked()) << "the monitor as it was left";
+    EXPECT_EQ(window->size(), size);
+    button("cmdMonitor")->click();
+    EXPECT_LE(window->height(), size.height());
+    EXPECT_FALSE(child<QWidget>("monitorPanel")->isVisibleTo(window));
 }
 
 } // namespace

@@ -1,8 +1,11 @@
 #include "support/stationwindow.h"
 
+#include "base/settingsstore.h"
 #include "controls/lynxgrid.h"
 #include "controls/picturebutton.h"
+#include "controls/schemebutton.h"
 #include "controls/slider.h"
+#include "support/accessiblenames.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/player/frmlisten.h"
@@ -11,6 +14,8 @@
 #include <QComboBox>
 #include <QDate>
 #include <QLineEdit>
+#include <QMenuBar>
+#include <QScreen>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -25,7 +30,6 @@ using Col = FrmStations::Column;
 TEST_F(StationsTest, LoadShowsTheRowsInCatalogueOrderAndTheCategoriesFound)
 {
     ASSERT_NO_FATAL_FAILURE(open());
-    EXPECT_GE(grid->ColWidth(Col::ColOutput), 400) << "as wide as the grid";
     EXPECT_EQ(shown(), allFive);
     EXPECT_EQ(shown(Col::ColRating), u"3,0,5,2,3"_s);
     QString single;
@@ -290,6 +294,109 @@ TEST_F(StationsTest, LoadStartsAHiddenWarmUpWindowOnTheInstalledVideo)
     EXPECT_EQ(warmUp->x(), FrmListen::WarmUpLeft);
     EXPECT_EQ(players[1]->log, QStringList({u"URL="_s + profile.installFolder() + u"/miniTC.avi"_s,
                                             u"playCount=1000000000"_s, u"pause"_s}));
+}
+
+// Every control a user can reach lies inside the window, and no two overlap.
+void expectReachable(QWidget *window)
+{
+    QList<std::pair<QRect, QWidget *>> seen;
+    for (QWidget *widget : window->findChildren<QWidget *>()) {
+        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisibleTo(window) ||
+            widget->objectName().startsWith(u"qt_") || widget->isWindow())
+            continue;
+        const QRect at(widget->mapTo(window, QPoint(0, 0)), widget->size());
+        EXPECT_TRUE(window->rect().contains(at)) << widget->objectName().toStdString() << " at " << at.x()
+                                                 << "," << at.y() << " " << at.width() << "x" << at.height();
+        for (const auto &[other, otherWidget] : seen) {
+            if (!otherWidget->isAncestorOf(widget) && !widget->isAncestorOf(otherWidget)) {
+                EXPECT_FALSE(other.intersects(at)) << widget->objectName().toStdString() << " over "
+                                                   << otherWidget->objectName().toStdString();
+            }
+        }
+        seen.append({at, widget});
+    }
+}
+
+TEST_F(StationsTest, TheStationColumnTakesTheSpareWidthAndShowsWholeNames)
+{
+    writeCatalogue(catalogue5 +
+                   u"SomaFM Groove Salad: a nicely chilled plate of ambient beats|Ambient|128|mp3||"
+                   "o|False|3|||http://127.0.0.1:8000/g|i\r\n"_s);
+    ASSERT_NO_FATAL_FAILURE(open());
+    window->resize(1600, 700);
+    QCoreApplication::processEvents();
+    int total = 0;
+    for (int col = 0; col < grid->Cols(); ++col)
+        total += grid->ColWidth(col);
+    EXPECT_EQ(total, grid->viewport()->width()) << "no room left over";
+    EXPECT_EQ(grid->ColWidth(pos(Col::ColOutput)), 200);
+    // Narrow, the names still show whole as far as they reasonably can.
+    window->resize(700, 500);
+    QCoreApplication::processEvents();
+    EXPECT_GE(grid->ColWidth(pos(Col::ColStation)),
+              qMin(300, grid->fontMetrics().horizontalAdvance(u"SomaFM Groove Salad: a nicely"_s)));
+}
+
+TEST_F(StationsTest, TheWindowAndItsColumnsComeBackAsTheyWereLeft)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    window->setGeometry(40, 30, 720, 520);
+    grid->setColPosition(Col::ColGenre, 9);
+    grid->setColWidth(pos(Col::ColCategory), 150);
+    grid->Sort(pos(Col::ColStation), GridSortOrder::Descending);
+    window->close();
+    ASSERT_NO_FATAL_FAILURE(open());
+    EXPECT_EQ(window->geometry(), QRect(40, 30, 720, 520));
+    EXPECT_EQ(pos(Col::ColGenre), 9);
+    EXPECT_EQ(grid->ColWidth(pos(Col::ColCategory)), 150);
+    EXPECT_EQ(grid->sortColumn(), pos(Col::ColStation));
+    EXPECT_EQ(shown(), u"Talk Radio,Rockabilly,Rock One,Jazz Cafe,Classic Hits"_s);
+    EXPECT_EQ(shown(Col::ColGenre), u"Talk,Country,Rock,Jazz,Classic rock"_s)
+        << "each field under its heading";
+
+    // Settings from a larger screen, or damaged: fitted onto this screen, or left aside.
+    const QRect screen = window->screen()->availableGeometry();
+    const std::pair<QString, QString> damaged[] = {
+        {u"-4000,-3000,99999,99999"_s, u"23 100 46;0 1 2;-1"_s},
+        {u"nonsense"_s, u"23 100 46 33 33 100 66 200 46 66 46 166 200;0 0 1 2 3 4 5 6 7 8 9 10 11;-1"_s},
+        {u"10,10,0,-5"_s, u"x;y;z"_s},
+    };
+    for (const auto &[geometry, columns] : damaged) {
+        SCOPED_TRACE(geometry.toStdString());
+        window.reset();
+        SettingsStore::saveSetting(SettingsStore::MainWindow, geometry);
+        SettingsStore::saveSetting(SettingsStore::MainColumns, columns);
+        ASSERT_NO_FATAL_FAILURE(open());
+        EXPECT_TRUE(screen.contains(window->frameGeometry()));
+        EXPECT_EQ(pos(Col::ColGenre), 2);
+        EXPECT_EQ(grid->ColWidth(pos(Col::ColCategory)), 100);
+        EXPECT_EQ(grid->sortColumn(), -1);
+    }
+}
+
+TEST_F(StationsTest, WorksDownTo640PixelsWide)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    window->resize(640, 560);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window->width(), 640) << "narrow enough for half a laptop screen";
+    expectReachable(window.get());
+    const QWidget *strip = child("GFXOption");
+    EXPECT_LE(strip->geometry().bottom(), grid->geometry().top())
+        << "the wrapped commands push the grid down";
+    EXPECT_GE(grid->height(), 100);
+}
+
+// Run at scale 2 too, on a 1600 x 1000 screen (see CMakeLists.txt).
+TEST_F(StationsTest, FitsTheWholeScreenWithEveryControlReachable)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    const QRect screen = window->screen()->availableGeometry();
+    window->setGeometry(screen);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(screen.contains(window->geometry()));
+    expectReachable(window.get());
+    expectAccessibleNames(window.get());
 }
 
 } // namespace

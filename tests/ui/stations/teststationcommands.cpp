@@ -1,30 +1,36 @@
 #include "support/stationwindow.h"
 
 #include "app/accessibility.h"
+#include "app/frmsettings.h"
 #include "base/apppaths.h"
 #include "base/settingsstore.h"
-#include "app/frmsettings.h"
 #include "controls/lynxgrid.h"
 #include "controls/schemebutton.h"
-#include "ui/recorder/frmtc.h"
-#include "ui/skin/frmskin2.h"
+#include "directory/websearch.h"
 #include "support/eventwait.h"
 #include "support/icyserver.h"
 #include "ui/player/frmlisten.h"
-#include "directory/websearch.h"
+#include "ui/recorder/frmtc.h"
+#include "ui/skin/frmskin2.h"
+#include "ui/stations/userguide.h"
 
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QContextMenuEvent>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -85,6 +91,40 @@ public:
     }
     std::function<void(QDialog &)> modalAnswer;
     QStringList modalTitles;
+
+    // The station form's answer: fields set by their names, then OK.
+    static std::function<void(QDialog &)> fillForm(const QList<std::pair<const char *, QString>> &fields)
+    {
+        return [fields](QDialog &form) {
+            for (const auto &[name, text] : fields) {
+                QWidget *field = form.findChild<QWidget *>(QLatin1StringView(name));
+                if (auto *line = qobject_cast<QLineEdit *>(field))
+                    line->setText(text);
+                else if (auto *combo = qobject_cast<QComboBox *>(field))
+                    combo->setCurrentText(text);
+                else
+                    ADD_FAILURE() << name;
+            }
+            form.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+        };
+    }
+    // The texts of a menu's entries, without their access keys.
+    static QString entries(const QMenu &menu)
+    {
+        QStringList texts;
+        for (const QAction *action : menu.actions())
+            texts << action->text().remove(u'&');
+        return texts.join(u',');
+    }
+    QAction *action(const char *name) const { return child<QAction>(name); }
+    // A right click at the middle of a row, or below the rows when row is -1.
+    void rightClick(int row)
+    {
+        QWidget *viewport = grid->viewport();
+        const QPoint at(40, row < 0 ? viewport->height() - 3 : grid->RowTop(row) + grid->RowHeight() / 2);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, at, viewport->mapToGlobal(at));
+        QApplication::sendEvent(viewport, &event);
+    }
 };
 
 TEST(FileTitle, IsThePartAfterTheLastSeparatorOfEitherKind)
@@ -202,6 +242,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     click("cmdDel");
     ASSERT_EQ(prompt.shown.size(), 2);
     EXPECT_EQ(prompt.shown[1].text, StationCommands::deleteQuestion(u"Jazz Cafe"_s));
+    EXPECT_EQ(prompt.shown[1].byDefault, Prompt::Answer::No);
     EXPECT_EQ(shown(), u"Rock One,Classic Hits,Talk Radio,Rockabilly"_s);
     EXPECT_TRUE(state->catalogue.dirty);
     // The record stays until the file is written: a refill shows it again.
@@ -221,6 +262,7 @@ TEST_F(CommandsTest, DeleteAsksByNameAndRightShiftDeletesAllWithoutMarkingTheLis
     EXPECT_EQ(grid->ItemCount(), 5) << "answered No";
     click("cmdDel", rightShiftKey);
     EXPECT_EQ(prompt.shown.last().text, StationCommands::deleteAllQuestion());
+    EXPECT_EQ(prompt.shown.last().byDefault, Prompt::Answer::No);
     EXPECT_EQ(grid->ItemCount(), 0);
     EXPECT_EQ(state->catalogue.stationCount(), 0);
     EXPECT_EQ(grid->sortColumn(), -1);
@@ -471,6 +513,160 @@ TEST_F(CommandsTest, ScreenReadersFindWindowsByRoleAndFieldsByTheirNames)
     for (const auto &[name, expected] : names)
         EXPECT_EQ(iface(child(name))->text(QAccessible::Name), expected) << name;
     EXPECT_TRUE(child<SchemeButton>("cmdRecord")->isAccent());
+}
+
+TEST_F(CommandsTest, AddAndEditGoThroughTheFormAndClosingSavesThem)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    activate();
+    filter("Jazz", "", "", "");
+    modalAnswer = fillForm({{"txtName", u"New Wave FM"_s},
+                            {"txtStreamUrl", u"http://new.example:8000/live"_s},
+                            {"cboGenre", u"Pop"_s},
+                            {"cboCategory", u"Waves"_s}});
+    QTest::keyClick(grid, Qt::Key_Insert);
+    EXPECT_EQ(modalTitles, QStringList{u"Add a Station"_s});
+    // The filters hid it: they are cleared, and the new station is the current row.
+    EXPECT_EQ(shown(), allFive + u",New Wave FM"_s);
+    EXPECT_EQ(grid->Row(), 5);
+    EXPECT_EQ(grid->ItemData(5), 6);
+    EXPECT_TRUE(state->filters.genre.isEmpty());
+    EXPECT_EQ(child<QComboBox>("cmbGenre")->currentIndex(), 0);
+    EXPECT_GE(child<QComboBox>("cmbCategory")->findText(u"Waves"_s), 0)
+        << "the filter offers the new category";
+    EXPECT_TRUE(state->catalogue.dirty);
+
+    // Edit: the row as shown goes into the form; a cancelled form changes nothing.
+    grid->GotoCell(2, 1);
+    grid->setCellText(2, pos(Col::ColLastDate), u"2030-01-01"_s);
+    modalAnswer = [](QDialog &form) { form.reject(); };
+    QTest::keyClick(grid, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(modalTitles.last(), u"Edit Station: Jazz Cafe"_s);
+    EXPECT_EQ(grid->CellText(2, pos(Col::ColGenre)), u"Jazz"_s);
+    modalAnswer = fillForm({{"cboGenre", u"Smooth Jazz"_s}, {"txtBitRate", u"192"_s}});
+    action("actEdit")->trigger();
+    EXPECT_EQ(grid->CellText(2, pos(Col::ColGenre)), u"Smooth Jazz"_s);
+    EXPECT_EQ(grid->CellText(2, pos(Col::ColBit)), u"192"_s);
+    EXPECT_EQ(state->catalogue.at(3).LastDate, u"2030-01-01"_s) << "what the form does not show stays";
+    window->close();
+    const QString file = catalogueText();
+    EXPECT_TRUE(file.contains(u"\nJazz Cafe|Smooth Jazz|192|ogg|Lounge|"_s));
+    EXPECT_TRUE(file.contains(u"\nNew Wave FM|Pop||mp3|Waves|"_s));
+    EXPECT_TRUE(file.contains(u"|http://new.example:8000/live|"_s));
+}
+
+TEST_F(CommandsTest, EditWithoutARowSaysSoAndARefusedFormAddsNothing)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    action("actEdit")->trigger();
+    EXPECT_EQ(prompt.texts(), QStringList{StationCommands::editNoStation()});
+    EXPECT_TRUE(modalTitles.isEmpty());
+    // OK on a name holding the list's separator keeps the form open; the user gives up.
+    modalAnswer = [](QDialog &form) {
+        fillForm({{"txtName", u"Bad | Name"_s}, {"txtStreamUrl", u"http://bad.example/"_s}})(form);
+        EXPECT_TRUE(form.findChild<QLabel *>(u"lblProblem"_s)->isVisibleTo(&form));
+        form.reject();
+    };
+    action("actAdd")->trigger();
+    EXPECT_EQ(state->catalogue.stationCount(), 5);
+    EXPECT_FALSE(state->catalogue.dirty);
+}
+
+TEST_F(CommandsTest, TheMenusOfARowAndOfTheEmptyAreaReachTheSameCommands)
+{
+    ASSERT_NO_FATAL_FAILURE(open());
+    rightClick(1);
+    EXPECT_EQ(grid->Row(), 1) << "the row clicked becomes current";
+    EXPECT_TRUE(window->rowMenu().isVisible());
+    EXPECT_EQ(entries(window->rowMenu()),
+              u"Play,Listen,Record,Schedule...,Copy,Edit...,Delete...,Information"_s);
+    window->rowMenu().close();
+    // Each entry is the command itself.
+    action("actCopy")->trigger();
+    EXPECT_EQ(grid->ItemCount(), 6);
+    grid->GotoCell(0, 1);
+    action("actSchedule")->trigger();
+    EXPECT_TRUE(waitUntil([&] { return !scheduled.isEmpty(); }, wait));
+    EXPECT_EQ(scheduled, QStringList{u"Rock One"_s});
+    EXPECT_EQ(recorders().size(), 1) << "filled as Record fills it";
+    action("actPlay")->trigger();
+    EXPECT_EQ(players.first()->URL(), u"http://127.0.0.1:8000/a"_s);
+
+    rightClick(-1);
+    EXPECT_TRUE(window->gridMenu().isVisible());
+    EXPECT_EQ(entries(window->gridMenu()), u"Add...,Directory...,Load PLS...,Check all stations"_s);
+    window->gridMenu().close();
+    action("actLoadPls")->trigger();
+    EXPECT_EQ(prompt.fileFolders.size(), 1) << "the playlist import asked for its file";
+    // The menu key opens the current row's menu.
+    QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(5, 5), grid->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(grid, &menuKey);
+    EXPECT_TRUE(window->rowMenu().isVisible());
+    window->rowMenu().close();
+}
+
+TEST_F(CommandsTest, EveryCommandHasATipAMenuEntryAndItsKey)
+{
+    const QString readme = profile.installFolder() + u"/README.md"_s;
+    TempProfile::writeFile(readme,
+                           "# Tunecatch\n\n## Adding a station\n\n![The form](docs/images/form.png)\n");
+    ASSERT_NO_FATAL_FAILURE(open());
+    // Every command button says what it does and what a modifier key makes of it.
+    QStringList inMenus;
+    for (const QAction *menu : window->findChild<QMenuBar *>()->actions()) {
+        for (const QAction *entry : menu->menu()->actions())
+            inMenus << entry->toolTip();
+    }
+    const auto buttons = window->findChildren<SchemeButton *>();
+    ASSERT_GE(buttons.size(), 15);
+    for (const SchemeButton *button : buttons) {
+        SCOPED_TRACE(button->objectName().toStdString());
+        EXPECT_TRUE(button->toolTip().startsWith(button->text() + u": "));
+        if (button->parentWidget()->objectName() == u"GFXOption") {
+            EXPECT_TRUE(inMenus.contains(button->toolTip())) << "found in a menu as well";
+        }
+    }
+    EXPECT_TRUE(child("cmdCopy")->toolTip().contains(u"Left Shift: import a playlist."_s));
+    EXPECT_TRUE(child("cmdDel")->toolTip().contains(u"Right Shift: delete all stations."_s));
+    EXPECT_TRUE(child("cmdInfo")->toolTip().contains(u"Left Shift"_s));
+    EXPECT_TRUE(child("cmdInfo")->toolTip().contains(u"Left Ctrl"_s));
+    const std::pair<const char *, const char *> shortcuts[] = {
+        {"actAdd", "Ins"},     {"actEdit", "Ctrl+E"}, {"actDelete", "Del"},       {"actPlay", "Enter"},
+        {"actFind", "Ctrl+F"}, {"actGuide", "F1"},    {"actDirectory", "Ctrl+D"}, {"actHistory", "Ctrl+H"}};
+    for (const auto &[name, key] : shortcuts)
+        EXPECT_EQ(action(name)->shortcut().toString(), QLatin1StringView(key)) << name;
+    // The Lists button drops down the List menu's own submenu.
+    QMenu *lists = action("actLists")->menu();
+    ASSERT_NE(lists, nullptr);
+    EXPECT_EQ(child<SchemeButton>("cmdLists")->menu(), lists);
+    EXPECT_EQ(entries(*lists),
+              u"Import Stations...,Export the Stations Shown...,Export the Selected Stations..."_s);
+
+    // The keys themselves.
+    activate();
+    QTest::keyClick(grid, Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(child("txtSearch")->hasFocus());
+    QTest::keyClick(child("txtSearch"), Qt::Key_Delete);
+    EXPECT_TRUE(prompt.shown.isEmpty()) << "Delete in the search box is the box's";
+    grid->setFocus();
+    grid->GotoCell(3, 1);
+    QTest::keyClick(grid, Qt::Key_Return);
+    EXPECT_EQ(players.first()->URL(), u"http://127.0.0.1:8000/d"_s);
+    EXPECT_FALSE(grid->isEditing());
+    QTest::keyClick(grid, Qt::Key_Delete);
+    ASSERT_EQ(prompt.shown.size(), 1);
+    EXPECT_EQ(prompt.shown[0].text, StationCommands::deleteQuestion(u"Talk Radio"_s));
+    EXPECT_EQ(prompt.shown[0].byDefault, Prompt::Answer::No);
+    QTest::keyClick(grid, Qt::Key_F1);
+    const QString page = AppPaths::dataFolder() + UserGuide::pageFile;
+    EXPECT_EQ(shell.opened, QStringList{QUrl::fromLocalFile(page).toString()});
+    const QString html = QString::fromUtf8(TempProfile::readFile(page));
+    EXPECT_TRUE(html.contains(u"Adding a station"_s));
+    EXPECT_TRUE(html.contains(u"<base href=\""_s + QUrl::fromLocalFile(profile.installFolder()).toString()));
+    QFile::remove(readme);
+    QTest::keyClick(grid, Qt::Key_F1);
+    EXPECT_EQ(shell.opened.size(), 1);
+    EXPECT_TRUE(prompt.shown.last().text.contains(u"README.md"_s));
 }
 
 } // namespace
