@@ -137,6 +137,7 @@ public:
     // The station's title delay the cuts of this recording use; null while
     // no song is cut at the quiet moment.
     TitleDelay *titleDelay() { return m_cutter ? &m_cutter->delay() : nullptr; }
+    const TitleDelay *titleDelay() const { return m_cutter ? &m_cutter->delay() : nullptr; }
 
     // What went wrong beside the audio since the last call: tags, the cue
     // sheet, moving or deleting a partial song.

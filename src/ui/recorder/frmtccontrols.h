@@ -6,6 +6,7 @@
 #include <QString>
 
 class QCheckBox;
+class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -72,6 +73,11 @@ public:
     QLabel *lbBitrate = nullptr;
     QLabel *lbPackets = nullptr;
     QProgressBar *Bar = nullptr;
+    // The station's title delay, and setting it by hand or resetting it.
+    QLabel *lbDelay = nullptr;
+    QDoubleSpinBox *txtDelay = nullptr;
+    QPushButton *btDelaySet = nullptr;
+    QPushButton *btDelayReset = nullptr;
 
     QPushButton *cmdRecord = nullptr;
     QPushButton *cmdMonitor = nullptr;
@@ -86,6 +92,7 @@ public:
     QLabel *lbPacket_Max = nullptr;
     QLabel *lbDCache = nullptr;
     QProgressBar *Bar_Cache = nullptr;
+    QLabel *lbCutHeld = nullptr;
     QLabel *lbSyncStat = nullptr;
     QLabel *lbRealBytes = nullptr;
     QLabel *lbBlock_Writes = nullptr;
