@@ -183,6 +183,9 @@ void CutPlanner::probe(const HeldFrame &held)
     if (!m_probe && !(m_probe = newSession()))
         return;
     feed(*m_probe, held);
+    // Not one sample from the stream's start: it is not what the decoder reads.
+    if (m_probe->failed && m_probe->heard == 0)
+        m_searching = false;
     if (m_probe->failed || m_probe->heard >= ProbeSeconds) {
         m_probed = true;
         m_probe.reset();

@@ -160,6 +160,73 @@ TEST_F(RecordingOutputTest, PartialSongsAreKeptMovedOrDeletedAndASongScanWritesN
     EXPECT_EQ(readTags(path(u"D.mp3"_s), StreamFormat::Mp3)[5], RecordingOutput::Partial);
 }
 
+TEST_F(RecordingOutputTest, UndecodableAudioIsCutAtOnceByFramesAndADropWritesWhatWasHeld)
+{
+    // Opus has no decoder here: the quiet search ends at once, and the files
+    // are those of the whole-frame rule, byte for byte.
+    const Encoded &opus = encoded(Clip::Opus);
+    const QList<Title> titles = {{0, u"A"_s}, {2, u"B"_s}, {4, u"C"_s}};
+    QList<QByteArray> files[2];
+    for (const bool quietCut : {false, true}) {
+        QDir(path({})).removeRecursively();
+        SongFileOptions options;
+        options.cutAtQuietMoment = quietCut;
+        start(StreamFormat::Ogg, 5000, options);
+        play(opus.bytes, 5000, titles, true);
+        EXPECT_LE(out.peakCutBytesHeld(), 5000) << "nothing waits for a search that cannot be";
+        for (const QString &name : names())
+            files[quietCut].append(TempProfile::readFile(path(name)));
+    }
+    EXPECT_EQ(files[0].size(), 3);
+    EXPECT_EQ(files[1], files[0]);
+
+    // Songs with gaps, and a connection that drops half a second after a
+    // title: the cut is made with what came and every held byte written.
+    const SongPlan plan{{0.8, 0.8}, 6};
+    const EncodedSound &sound = encodeSound(plan, plan.total(), {});
+    const qint64 title = sound.offsetAt(plan.start(1));
+    const qint64 drop = sound.offsetAt(plan.start(1) + 0.5);
+    const qint64 third = sound.offsetAt(plan.start(2) + 0.3);
+    QDir(path({})).removeRecursively();
+    start(StreamFormat::Mp3, 4000);
+    out.setWriteEnabled(true);
+    const QString song = path(u"%SONG%.mp3"_s);
+    out.NewSong(u"One"_s, true, song);
+    for (qint64 at = 0; at < sound.bytes.size();) {
+        qint64 next = std::min<qint64>(at + 4000, sound.bytes.size());
+        for (const qint64 mark : {title, drop, third})
+            if (mark > at)
+                next = std::min(next, mark);
+        const QByteArrayView bytes = QByteArrayView(sound.bytes).sliced(at, next - at);
+        out.WriteToDisk(bytes, false);
+        at = next;
+        // As the stream parser does: the bytes before a title come again after it.
+        if (at == title || at == third) {
+            out.NewSong(at == title ? u"Two"_s : u"Three"_s, true, song);
+            out.WriteToDisk(bytes, false);
+        }
+        if (at == drop) {
+            out.streamBroke();
+            EXPECT_EQ(out.cutBytesHeld(), 0);
+            EXPECT_EQ(names(), (QStringList{u"One.mp3"_s, u"Two.mp3"_s})) << "the song began at its gap";
+        }
+    }
+    out.CloseFile();
+    ASSERT_EQ(names(), (QStringList{u"One.mp3"_s, u"Three.mp3"_s, u"Two.mp3"_s}));
+    QByteArray all;
+    for (const QString &name : {u"One.mp3"_s, u"Two.mp3"_s, u"Three.mp3"_s}) {
+        const QByteArray bytes = TempProfile::readFile(path(name));
+        all += bytes.sliced(id3Size(bytes));
+    }
+    // From the first cut, in the lead-in's silence, every byte once and in
+    // order, up to the end but for an unfinished last frame.
+    const qsizetype first = sound.bytes.indexOf(all);
+    ASSERT_GE(first, 0);
+    EXPECT_LT(first, sound.offsetAt(plan.lead));
+    EXPECT_GE(first + all.size(), sound.bytes.size() - 1500);
+    EXPECT_EQ(readTags(path(u"Two.mp3"_s), StreamFormat::Mp3)[5], u"complete; cut at silence"_s);
+}
+
 TEST_F(RecordingOutputTest, NoSongFileIsOverwrittenButTheOneTheUserAgreedTo)
 {
     const Encoded &mp3 = encoded(Clip::Mp3);
