@@ -288,7 +288,8 @@ bool CutPlanner::decideFirst(Decide how)
     if (!offset && how != Decide::Finally)
         return false;
     // No frame at all after the title (a stream that is no audio): at its byte.
-    SongCut cut{offset.value_or(std::max({change.offset, m_heldStart, m_lastCut + 1})), change.title, moment.quality, *change.titleTime, m_time};
+    SongCut cut{offset.value_or(std::max({change.offset, m_heldStart, m_lastCut + 1})), change.title,
+                moment.quality, *change.titleTime, m_time};
     for (const HeldFrame &held : m_frames)
         if (held.frame.offset == cut.offset)
             cut.cutTime = held.start;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "recorder/cuesheet.h"
-#include "recorder/songfileoptions.h"
 #include "recorder/songcutter.h"
+#include "recorder/songfileoptions.h"
 #include "recorder/songframes.h"
 #include "recorder/songtagger.h"
 #include "recorder/songwriter.h"

@@ -98,9 +98,9 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
 TEST_F(RecordingOutputTest, SongFilesBeginWithTheirTagsAndAWholeFrameAndSayWhetherTheyAreWhole)
 {
     // The clips are noise under a tone: no quiet moment, so a quiet search cuts at the title.
-    for (const auto &[clip, quietCut] : {std::pair(Clip::Mp3, false), std::pair(Clip::Adts, false),
-                                         std::pair(Clip::Vorbis, false), std::pair(Clip::Mp3, true),
-                                         std::pair(Clip::Adts, true), std::pair(Clip::Vorbis, true)}) {
+    for (const auto &[clip, quietCut] :
+         {std::pair(Clip::Mp3, false), std::pair(Clip::Adts, false), std::pair(Clip::Vorbis, false),
+          std::pair(Clip::Mp3, true), std::pair(Clip::Adts, true), std::pair(Clip::Vorbis, true)}) {
         SCOPED_TRACE(clipName(clip).toStdString() + (quietCut ? " quiet cut" : ""));
         QDir(path({})).removeRecursively();
         const Encoded &audio = encoded(clip);
@@ -110,10 +110,10 @@ TEST_F(RecordingOutputTest, SongFilesBeginWithTheirTagsAndAWholeFrameAndSayWheth
         play(audio.bytes, 5000, {{0, u"Alpha - One"_s}, {2, u"Beta - Two"_s}, {4, u"Three"_s}}, true);
         const QString ext = formatExtension(audio.format);
         ASSERT_EQ(names(), (QStringList{u"Alpha - One"_s + ext, u"Beta - Two"_s + ext, u"Three"_s + ext}));
-        const QStringList expected[] = {tags(u"Alpha"_s, u"One"_s, RecordingOutput::Partial),
-                                        tags(u"Beta"_s, u"Two"_s,
-                                             quietCut ? u"complete; cut at title"_s : RecordingOutput::Complete),
-                                        tags({}, u"Three"_s, RecordingOutput::Partial)};
+        const QStringList expected[] = {
+            tags(u"Alpha"_s, u"One"_s, RecordingOutput::Partial),
+            tags(u"Beta"_s, u"Two"_s, quietCut ? u"complete; cut at title"_s : RecordingOutput::Complete),
+            tags({}, u"Three"_s, RecordingOutput::Partial)};
         const QList<qint64> frames = frameStarts(audio);
         for (int i = 0; i < 3; ++i) {
             const QString file = path(names()[i]);

@@ -319,7 +319,8 @@ QWidget *FrmTCControls::buildStatus()
     txtDelay->setSingleStep(0.1);
     txtDelay->setSuffix(tr(" s"));
     txtDelay->setAccessibleName(tr("Title delay in seconds"));
-    txtDelay->setToolTip(tr("How late the station's title changes come after its songs change (negative: early)"));
+    txtDelay->setToolTip(
+        tr("How late the station's title changes come after its songs change (negative: early)"));
     btDelaySet = named(new QPushButton(tr("Set by hand")), QStringLiteral("btDelaySet"));
     btDelayReset = named(new QPushButton(tr("Reset")), QStringLiteral("btDelayReset"));
     btDelayReset->setAccessibleName(tr("Reset the title delay"));

@@ -226,7 +226,8 @@ TEST_F(RecorderWindow, TheStationsTitleDelayIsShownSetByHandAndReset)
     auto *delay = child<QDoubleSpinBox>("txtDelay");
     delay->setValue(3.5);
     button("btDelaySet")->click();
-    EXPECT_EQ(TitleDelay(u"Loop"_s).source(), TitleDelay::Source::ByHand) << "the station shown, not its address";
+    EXPECT_EQ(TitleDelay(u"Loop"_s).source(), TitleDelay::Source::ByHand)
+        << "the station shown, not its address";
     EXPECT_EQ(TitleDelay(u"Loop"_s).seconds(), 3.5);
     EXPECT_EQ(text("lbDelay"), TitleDelay(u"Loop"_s).text());
     EXPECT_TRUE(text("lbDelay").contains(u"3.5"_s)) << text("lbDelay").toStdString();
