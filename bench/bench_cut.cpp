@@ -14,8 +14,14 @@
 // The CPU a recorded MB costs: the song files alone (no cutter), the cutter
 // with the search off, and with it on, for 30-second songs and 3-minute ones
 // (decoding runs only inside the windows), and the audio held back at most.
+// The same through the recorder itself: the stream as it comes over the
+// wire (metadata blocks in it) through the stream parser into RecordingOutput,
+// with the cut at the quiet moment on and off.
 // The process's peak memory, which holds the test streams as well, bounds
 // what one recording needs (target: under 40 MB).
+#include "recorder/icystream.h"
+#include "recorder/icystreamhost.h"
+#include "recorder/recordingoutput.h"
 #include "recorder/songcutter.h"
 #include "recorder/songframes.h"
 #include "recorder/titledelay.h"
@@ -25,6 +31,7 @@
 #include "support/testaudio.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -186,6 +193,8 @@ BENCHMARK(BM_CutAccuracy)->Arg(0)->Arg(20)->Arg(50)->Arg(-20)->Iterations(1)->Un
 
 // CPU per MB by song length and output, for the ratio printed at the end.
 std::map<std::pair<int, int>, double> cpuPerMb;
+// The same through the recorder, by whether the quiet search is on.
+std::map<bool, double> recorderCpuPerMb;
 
 void BM_CutCpu(benchmark::State &state)
 {
@@ -212,6 +221,97 @@ void BM_CutCpu(benchmark::State &state)
 // Song length in seconds; song files alone (0), search off (1), on (2).
 BENCHMARK(BM_CutCpu)->ArgsProduct({{30, 180}, {0, 1, 2}})->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
+// The stream as the station sends it: every interval followed by its
+// metadata block, which names the next song where `titleEnds` says.
+QByteArray wire(const EncodedSound &audio, const QList<qint64> &titleEnds)
+{
+    QByteArray out;
+    const QByteArrayView bytes(audio.bytes);
+    QByteArray title = "StreamTitle='Song 0';";
+    for (qint64 at = 0; at + MetaInterval <= bytes.size(); at += MetaInterval) {
+        out += bytes.sliced(at, MetaInterval);
+        if (const qsizetype song = titleEnds.indexOf(at + MetaInterval); song >= 0 || at == 0) {
+            if (song >= 0)
+                title = "StreamTitle='Song " + QByteArray::number(song + 1) + "';";
+            const qsizetype units = (title.size() + 15) / 16;
+            out += char(units) + title.leftJustified(units * 16, '\0');
+        } else {
+            out += char(0);
+        }
+    }
+    return out;
+}
+
+// The recorder window's part, reduced to where the audio goes.
+class RecorderHost : public IcyStreamHost
+{
+public:
+    RecorderHost(const QString &folder, bool quietCut) : m_folder(folder)
+    {
+        RecordingOutput::Recording recording;
+        recording.station = QStringLiteral("Bench FM recorder");
+        recording.address = QStringLiteral("http://127.0.0.1:8000/stream");
+        recording.options.cutAtQuietMoment = quietCut;
+        m_output.startRecording(recording);
+        m_output.begin(StreamFormat::Mp3, MetaInterval);
+    }
+    QString shownTitle() const override { return m_title; }
+    void showTitle(const QString &title) override { m_title = title; }
+    void showStreamText(const QString &) override {}
+    void showGenre(const QString &) override {}
+    void setHyperlinkA(const QString &) override {}
+    void setHyperlinkB(const QString &) override {}
+    QString scanSongText() const override { return {}; }
+    void showWaitScan(bool) override {}
+    void switchToContinuous() override {}
+    void setWriteEnabled(bool enabled) override { m_output.setWriteEnabled(enabled); }
+    void WriteToDisk(QByteArrayView data, bool flush) override { m_output.WriteToDisk(data, flush); }
+    void NewSong(const QString &title) override
+    {
+        m_output.NewSong(title, true, BuildFileName(QStringLiteral("./%SONG%.mp3"), {}, {}, m_folder + u'/'));
+    }
+    bool isFileOpen() const override { return m_output.isFileOpen(); }
+    void close() { m_output.CloseFile(); }
+    const RecordingOutput &output() const { return m_output; }
+
+private:
+    QString m_folder;
+    QString m_title;
+    RecordingOutput m_output;
+};
+
+void BM_RecorderCpu(benchmark::State &state)
+{
+    const bool quietCut = state.range(0) != 0;
+    const EncodedSound &audio = stream(30);
+    const QByteArray sent = wire(audio, titles(30, 2));
+    double cpu = 0;
+    qsizetype peakHeld = 0;
+    for (auto _ : state) {
+        const QTemporaryDir folder;
+        RecorderHost host(folder.path(), quietCut);
+        TitleDelay(QStringLiteral("Bench FM recorder")).reset();
+        const double before = processCpuSeconds();
+        IcyStream icy(host);
+        icy.onData("ICY 200 OK\r\nicy-name:Bench\r\nicy-br:128\r\nicy-metaint:16000\r\n"
+                   "content-type:audio/mpeg\r\n\r\n");
+        for (qsizetype at = 0; at < sent.size(); at += 4096)
+            icy.onData(QByteArrayView(sent).sliced(at, std::min<qsizetype>(4096, sent.size() - at)));
+        icy.flushRest();
+        host.close();
+        cpu += processCpuSeconds() - before;
+        peakHeld = host.output().peakCutBytesHeld();
+        if (QDir(folder.path()).entryList(QDir::Files).size() != static_cast<qsizetype>(plan(30).songs()))
+            state.SkipWithError("the recorder wrote a song file too few or too many");
+    }
+    const double megabytes = static_cast<double>(sent.size()) * static_cast<double>(state.iterations()) / 1e6;
+    state.counters["cpu_ms_per_MB"] = cpu * 1000 / megabytes;
+    state.counters["peak_held_KB"] = static_cast<double>(peakHeld) / 1024;
+    recorderCpuPerMb[quietCut] = cpu / megabytes;
+}
+// The cut at the quiet moment off (0) and on (1).
+BENCHMARK(BM_RecorderCpu)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -231,6 +331,9 @@ int main(int argc, char **argv)
             std::printf("CPU with the search, %d-second songs: %.2f times the song files alone\n", songLength,
                         search->second / files->second);
     }
+    if (recorderCpuPerMb.contains(false) && recorderCpuPerMb.contains(true) && recorderCpuPerMb[false] > 0)
+        std::printf("CPU of the recorder with the quiet search: %.2f times without it\n",
+                    recorderCpuPerMb[true] / recorderCpuPerMb[false]);
     std::printf("Peak memory of the process (the test streams included): %.1f MB\n",
                 processMegabytes("VmHWM:"));
     return 0;

@@ -127,6 +127,8 @@ public:
         recording.station = QStringLiteral("Bench");
         recording.address = QStringLiteral("http://127.0.0.1:8000/stream");
         recording.options.writeTags = tags;
+        // Frames of random bodies: nothing a decoder could search.
+        recording.options.cutAtQuietMoment = false;
         m_output.startRecording(recording);
         m_output.begin(StreamFormat::Mp3, MetaInterval);
     }

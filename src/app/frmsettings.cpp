@@ -4,6 +4,7 @@
 #include "base/settingsstore.h"
 #include "base/trimtool.h"
 #include "directory/serverdiscovery.h"
+#include "recorder/songcutter.h"
 #include "recorder/songfileoptions.h"
 
 #include <QCheckBox>
@@ -20,7 +21,8 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
       m_chkSongNotifications(new QCheckBox(tr("Show a notification when the song changes"), this)),
       m_txtDirectoryServer(new QLineEdit(this)), m_lblServerError(new QLabel(this)),
       m_chkWriteTags(new QCheckBox(tr("Write tags to song files"), this)),
-      m_cboPartialSongs(new QComboBox(this))
+      m_cboPartialSongs(new QComboBox(this)),
+      m_chkQuietCut(new QCheckBox(SongCutter::quietSearchCaption(), this))
 {
     setObjectName(QStringLiteral("FrmSettings"));
     setWindowTitle(tr("Settings"));
@@ -71,6 +73,10 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     m_cboPartialSongs->addItems({tr("Keep them beside the others"),
                                  tr("Move them into the folder \"incomplete\""), tr("Delete them")});
     m_cboPartialSongs->setCurrentIndex(int(songFiles.partialSongs));
+    m_chkQuietCut->setObjectName(QStringLiteral("chkQuietCut"));
+    m_chkQuietCut->setChecked(songFiles.cutAtQuietMoment);
+    m_chkQuietCut->setToolTip(tr("Off: a song file begins at the whole frame nearest the interval before its "
+                                 "title, as the station sends it."));
 
     auto *form = new QFormLayout;
     form->addRow(tr("MP3 trimming tool:"), m_txtTrimMP3);
@@ -83,6 +89,7 @@ FrmSettings::FrmSettings(TrimTool &trimTool, QWidget *parent)
     auto *songForm = new QFormLayout;
     songForm->addRow(QString(), m_chkWriteTags);
     songForm->addRow(tr("Partial songs:"), m_cboPartialSongs);
+    songForm->addRow(QString(), m_chkQuietCut);
     auto *partialHint =
         new QLabel(tr("The first and the last song of a recording hold only part of the song."), this);
     partialHint->setWordWrap(true);
@@ -110,6 +117,7 @@ void FrmSettings::cmdOkClick()
     SongFileOptions songFiles;
     songFiles.writeTags = m_chkWriteTags->isChecked();
     songFiles.partialSongs = SongFileOptions::PartialSongs(m_cboPartialSongs->currentIndex());
+    songFiles.cutAtQuietMoment = m_chkQuietCut->isChecked();
     songFiles.store();
     accept();
 }

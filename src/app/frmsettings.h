@@ -34,4 +34,5 @@ private:
     QLabel *m_lblServerError;
     QCheckBox *m_chkWriteTags;
     QComboBox *m_cboPartialSongs;
+    QCheckBox *m_chkQuietCut;
 };

@@ -183,6 +183,9 @@ void CutPlanner::probe(const HeldFrame &held)
     if (!m_probe && !(m_probe = newSession()))
         return;
     feed(*m_probe, held);
+    // Not one sample from the stream's start: it is not what the decoder reads.
+    if (m_probe->failed && m_probe->heard == 0)
+        m_searching = false;
     if (m_probe->failed || m_probe->heard >= ProbeSeconds) {
         m_probed = true;
         m_probe.reset();
@@ -284,7 +287,9 @@ bool CutPlanner::decideFirst(Decide how)
     }
     if (!offset && how != Decide::Finally)
         return false;
-    SongCut cut{offset.value_or(m_end), change.title, moment.quality, *change.titleTime, m_time};
+    // No frame at all after the title (a stream that is no audio): at its byte.
+    SongCut cut{offset.value_or(std::max({change.offset, m_heldStart, m_lastCut + 1})), change.title,
+                moment.quality, *change.titleTime, m_time};
     for (const HeldFrame &held : m_frames)
         if (held.frame.offset == cut.offset)
             cut.cutTime = held.start;

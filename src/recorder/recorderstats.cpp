@@ -95,6 +95,12 @@ QString diskCacheText(qsizetype cacheLength)
         .arg(RecordingOutput::CacheLimit);
 }
 
+QString cutHeldText(qsizetype held, qsizetype peak)
+{
+    return QCoreApplication::translate("RecorderStats", "%1 (peak %2)")
+        .arg(bytesText(double(held)), bytesText(double(peak)));
+}
+
 QString syncStatText(double discardedBytes, qint32 resyncCount)
 {
     return QCoreApplication::translate("RecorderStats", "%1 bytes have been discarded in %2 resyncs. ")

@@ -29,6 +29,9 @@ struct Counters
     qint32 blockWrites = 0;
     double bytesWritten = 0;
     QString format; // of the stream ("MP3", "AAC", "Ogg"); empty until its answer is in
+    // Audio held back for a cut at the quiet moment: now, and the most at once.
+    qsizetype cutHeld = 0;
+    qsizetype peakCutHeld = 0;
 };
 
 // lbBitrate: the format beside the bit rate ("MP3, 128 kbit/s"), either
@@ -62,6 +65,8 @@ bool limitReached(std::optional<int> percent, double limitValue);
 // "n bytes / 64000 bytes"; the sync status "d bytes have been discarded in r resyncs. ".
 QString bytesText(double bytes);
 QString diskCacheText(qsizetype cacheLength);
+// Audio held back for a cut, and the most held: "12.5 KB (peak 98.0 KB)".
+QString cutHeldText(qsizetype held, qsizetype peak);
 QString syncStatText(double discardedBytes, qint32 resyncCount);
 
 // Bar_Buffer: the receive buffer against its peak, clamped to 0..100;

@@ -4,7 +4,11 @@
 
 #include <QDir>
 
+#include <variant>
+
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -79,6 +83,10 @@ void RecordingOutput::startRecording(const Recording &recording)
     m_lastWrite = 0;
     m_skipRepeat = false;
     m_warnings.clear();
+    m_cutter.reset();
+    m_pendingSongs.clear();
+    m_peakCutHeld = 0;
+    m_songQuality.reset();
 }
 
 void RecordingOutput::begin(StreamFormat format, qsizetype interval)
@@ -87,6 +95,11 @@ void RecordingOutput::begin(StreamFormat format, qsizetype interval)
     // A song begins up to one interval back; a continuous file's titles are
     // timed once the frames just after them are known, which is less.
     m_frames = std::make_unique<SongFrames>(format, std::max(interval, SongFrames::SearchLimit));
+    m_cutter.reset();
+    m_pendingSongs.clear();
+    m_quietCut = m_recording.options.cutAtQuietMoment;
+    if (m_quietCut)
+        startCutter();
 }
 
 std::optional<StreamFormat> RecordingOutput::format() const
@@ -98,6 +111,10 @@ std::optional<StreamFormat> RecordingOutput::format() const
 
 bool RecordingOutput::OpenFile()
 {
+    // A continuous file takes every byte as it comes: nothing is held for a cut.
+    flushCutter();
+    m_cutter.reset();
+    m_pendingSongs.clear();
     if (m_kind == FileKind::Song)
         closeFile(Partial);
     else if (m_kind == FileKind::Continuous)
@@ -181,6 +198,7 @@ void RecordingOutput::closeContinuous()
 
 void RecordingOutput::CloseFile()
 {
+    flushCutter();
     if (m_kind == FileKind::Song) {
         writeAudio(m_frames->finish());
         closeFile(Partial);
@@ -200,6 +218,11 @@ void RecordingOutput::WriteToDisk(QByteArrayView data, bool flush)
         writeAudio(data);
         m_frames->push(data);
         timeTitles(false);
+    } else if (m_cutter) {
+        m_cutter->push(data);
+        takeCut();
+        if (!m_cutter->searching())
+            stopCutter();
     } else {
         writeAudio(m_frames->push(data));
     }
@@ -219,39 +242,119 @@ void RecordingOutput::NewSong(const QString &title, bool singleSong, const QStri
         m_skipRepeat = m_kind == FileKind::Song;
         return;
     }
-    // The first song was joined after it began; any other that ends here was
-    // recorded from its title change to this one.
-    const QString ending = m_songTitle == 1 ? Partial : Complete;
     if (m_kind == FileKind::Continuous)
         closeContinuous();
     if (!m_writeEnabled) {
         // A song scan waits: the song that played ends, and none begins.
+        flushCutter();
         if (m_kind == FileKind::Song) {
             writeAudio(m_frames->endFile());
-            closeFile(ending);
+            closeFile(songEnding(std::nullopt));
         }
         return;
     }
-    const SongFrames::Cut cut = m_frames->cut(songStart());
+    m_skipRepeat = true;
+    if (!m_cutter && m_quietCut)
+        startCutter();
+    if (m_cutter) {
+        // The song changes once the audio around its title has come.
+        m_pendingSongs.push_back({freshName, title, m_titles});
+        m_cutter->changeTitle(title);
+        takeCut();
+        return;
+    }
+    startSong(freshName, title, m_titles, songStart(), std::nullopt);
+}
+
+void RecordingOutput::startSong(const QString &fileName, const QString &title, int titleNumber, qint64 start,
+                                std::optional<CutQuality> quality)
+{
+    const SongFrames::Cut cut = m_frames->cut(start);
     if (m_kind == FileKind::Song) {
         writeAudio(cut.tail);
-        closeFile(ending);
+        closeFile(songEnding(quality));
     }
-    m_skipRepeat = true;
-    m_fileName = freshName;
+    m_fileName = fileName;
     m_fileName.replace(SongPlaceholder, StationNames::cleanShortName(title));
     SongTags tags;
     tags.setStreamTitle(title);
     if (!openFile(m_fileName, FileKind::Song, tags))
         return;
-    m_songTitle = m_titles;
+    m_songTitle = titleNumber;
+    m_songQuality = quality;
     writeAudio(cut.head);
 }
 
-qint64 RecordingOutput::songStart() const
+QString RecordingOutput::songEnding(std::optional<CutQuality> endQuality) const
 {
+    // The first song was joined after it began; any other that ends here was
+    // recorded from its title change to this one.
+    if (m_songTitle == 1)
+        return Partial;
+    if (!m_songQuality || !endQuality)
+        return Complete;
+    // Worth checking by ear unless both of its ends were cut at silence.
+    const CutQuality quality = *m_songQuality == CutQuality::Silence && *endQuality == CutQuality::Silence
+                                   ? CutQuality::Silence
+                                   : CutQuality::Title;
+    return Complete + u"; "_s + SongCutter::qualityNote(quality);
+}
+
+qint64 RecordingOutput::songStart(const SongCut *cut) const
+{
+    // Where the cutter put it, in this output's stream.
+    if (cut)
+        return m_cutterBase + cut->offset;
     // The interval just written, which the station sent in front of the title.
     return m_frames->position() - m_lastWrite;
+}
+
+void RecordingOutput::startCutter()
+{
+    const QString station = m_recording.station.isEmpty() ? m_recording.address : m_recording.station;
+    m_cutter = std::make_unique<SongCutter>(m_format, station, true);
+    m_cutterBase = m_frames->position();
+}
+
+void RecordingOutput::takeCut()
+{
+    for (auto &piece : m_cutter->takeOutput()) {
+        if (const auto *bytes = std::get_if<QByteArray>(&piece)) {
+            writeAudio(m_frames->push(*bytes));
+            continue;
+        }
+        const SongCut &cut = std::get<SongCut>(piece);
+        // A title that had no audio before the next one got no cut of its own.
+        while (m_pendingSongs.size() > 1 && m_pendingSongs.front().title != cut.title)
+            m_pendingSongs.pop_front();
+        if (m_pendingSongs.empty())
+            continue;
+        const PendingSong song = m_pendingSongs.front();
+        m_pendingSongs.pop_front();
+        startSong(song.fileName, cut.title, song.titleNumber, songStart(&cut), cut.quality);
+    }
+    m_peakCutHeld = std::max(m_peakCutHeld, m_cutter->peakBytesHeld());
+}
+
+void RecordingOutput::flushCutter()
+{
+    if (!m_cutter)
+        return;
+    m_cutter->finish();
+    takeCut();
+}
+
+void RecordingOutput::stopCutter()
+{
+    flushCutter();
+    m_cutter.reset();
+    m_pendingSongs.clear();
+    m_quietCut = false;
+}
+
+void RecordingOutput::streamBroke()
+{
+    flushCutter();
 }
 
 void RecordingOutput::removeSongPlaceholder()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "recorder/cuesheet.h"
+#include "recorder/songcutter.h"
 #include "recorder/songfileoptions.h"
 #include "recorder/songframes.h"
 #include "recorder/songtagger.h"
@@ -15,6 +16,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -36,12 +38,16 @@ QString templateFolder(const QString &templ, const QDateTime &now, const QString
 // intervals and says where titles change; it writes them into one continuous
 // file, or into one file per song:
 //
-//   audio -> SongFrames (whole frames, where a song begins) -> SongWriter (the file)
+//   audio -> [SongCutter] -> SongFrames (whole frames, where a song begins) -> SongWriter (the file)
 //                                        SongTagger (tags) and CueSheet beside it
 //
-// Song files begin at the first whole frame of the interval before their
-// title and end with the last whole frame before the next one (songStart is
-// where that is decided); their tags say whether the song is complete. A
+// Song files cut at the quiet moment (the SongCutter, on unless the options
+// turn it off) begin where the cutter puts each title change, once the audio
+// after it has come; songs of a stream it cannot decode, or with the cut
+// turned off, begin at the first whole frame of the interval before their
+// title. Either way a song ends with the last whole frame before the next
+// one (songStart is where that is decided); their tags say whether the song
+// is complete, and how it was cut. A
 // continuous file takes every byte as it comes and gets a cue sheet with a
 // track per title. Failures of the audio never throw: the first file that
 // cannot be made or written is kept in error() (the recorder stops and says
@@ -131,6 +137,20 @@ public:
     // One file for the whole recording: its name does without "%SONG%".
     void removeSongPlaceholder();
 
+    // The connection dropped: the cuts waiting for audio are made with what
+    // came, and what was held back for them is written. A new connection's
+    // audio starts afresh.
+    void streamBroke();
+
+    // Audio held back for a cut at the quiet moment, and the most held at
+    // once in this recording.
+    qsizetype cutBytesHeld() const { return m_cutter ? m_cutter->bytesHeld() : 0; }
+    qsizetype peakCutBytesHeld() const { return m_peakCutHeld; }
+    // The station's title delay the cuts of this recording use; null while
+    // no song is cut at the quiet moment.
+    TitleDelay *titleDelay() { return m_cutter ? &m_cutter->delay() : nullptr; }
+    const TitleDelay *titleDelay() const { return m_cutter ? &m_cutter->delay() : nullptr; }
+
     // What went wrong beside the audio since the last call: tags, the cue
     // sheet, moving or deleting a partial song.
     QStringList takeWarnings();
@@ -149,10 +169,30 @@ private:
         qint64 position = 0;
     };
 
+    // A title change the cutter has yet to place: the file it names.
+    struct PendingSong
+    {
+        QString fileName;
+        QString title;
+        int titleNumber = 0;
+    };
+
     // Where, in the stream, the song of a title change begins: the one place
-    // that decides it. The old song ends with the whole frames before it and
-    // the new one begins with the first whole frame at or after it (SongFrames::cut).
-    qint64 songStart() const;
+    // that decides it. Without the cutter, the interval in front of the title.
+    // The old song ends with the whole frames before it and the new one begins
+    // with the first whole frame at or after it (SongFrames::cut).
+    qint64 songStart(const SongCut *cut = nullptr) const;
+    void startSong(const QString &fileName, const QString &title, int titleNumber, qint64 start,
+                   std::optional<CutQuality> quality);
+    // What the RECORDING field of the song that closes says.
+    QString songEnding(std::optional<CutQuality> endQuality) const;
+    void startCutter();
+    // Writes what the cutter let go: audio to the open song, cuts as new songs.
+    void takeCut();
+    // Every cut made and every byte held written; the cutter stays for more.
+    void flushCutter();
+    // No more cuts at the quiet moment in this recording: the whole-frame rule from here.
+    void stopCutter();
     bool openFile(const QString &name, FileKind kind, SongTags tags);
     void closeFile(const QString &recording);
     void closeContinuous();
@@ -169,6 +209,15 @@ private:
     SongWriter m_writer;
     StreamFormat m_format = StreamFormat::Mp3;
     std::unique_ptr<SongFrames> m_frames;
+    std::unique_ptr<SongCutter> m_cutter;
+    // Where the cutter's stream began in SongFrames' stream.
+    qint64 m_cutterBase = 0;
+    std::deque<PendingSong> m_pendingSongs;
+    // Cut at the quiet moment: on unless turned off, or the stream proved undecodable.
+    bool m_quietCut = false;
+    qsizetype m_peakCutHeld = 0;
+    // How the open song began: at silence or at its title (none: by the whole-frame rule).
+    std::optional<CutQuality> m_songQuality;
 
     FileKind m_kind = FileKind::None;
     // Title changes of this recording, and the one the open song began at.

@@ -76,7 +76,7 @@ qsizetype SongCutter::peakBytesHeld() const
 
 bool SongCutter::searching() const
 {
-    return m_planner.searching();
+    return m_planner.searching() && (m_framed || m_position <= CutPlanner::TailLimit);
 }
 
 void SongCutter::take(const QList<StreamPiece> &pieces)
@@ -84,6 +84,7 @@ void SongCutter::take(const QList<StreamPiece> &pieces)
     for (const StreamPiece &piece : pieces) {
         if (piece.kind == StreamPiece::Kind::Other)
             continue;
+        m_framed = true;
         m_planner.addFrame({piece.offset, static_cast<qint32>(piece.bytes.size()),
                             static_cast<double>(piece.durationNs) / 1e9,
                             piece.kind == StreamPiece::Kind::Header, piece.canBegin});

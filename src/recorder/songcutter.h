@@ -63,7 +63,8 @@ public:
     qsizetype bytesHeld() const;
     qsizetype peakBytesHeld() const;
     // The quiet moment is still searched for (false when turned off, or the
-    // stream proved undecodable).
+    // stream proved undecodable: a decoder that fails, or no frame found in
+    // the first CutPlanner::TailLimit bytes).
     bool searching() const;
     TitleDelay &delay() { return m_delay; }
     // "Title delay: 2.4 s, learnt", for the recorder window.
@@ -76,4 +77,5 @@ private:
     std::unique_ptr<FrameScanner> m_scanner;
     CutPlanner m_planner;
     qint64 m_position = 0;
+    bool m_framed = false;
 };

@@ -2,6 +2,7 @@
 
 #include "base/apperror.h"
 #include "base/settingsstore.h"
+#include "recorder/songcutter.h"
 
 SongFileOptions SongFileOptions::fromStore()
 {
@@ -17,6 +18,7 @@ SongFileOptions SongFileOptions::fromStore()
             options.partialSongs = PartialSongs(partial);
     } catch (const AppError &) {
     }
+    options.cutAtQuietMoment = SongCutter::quietSearchSetting();
     return options;
 }
 
@@ -24,4 +26,5 @@ void SongFileOptions::store() const
 {
     SettingsStore::saveBoolean(SettingsStore::WriteTags, writeTags);
     SettingsStore::saveNumber(SettingsStore::PartialSongs, qint32(partialSongs));
+    SongCutter::saveQuietSearchSetting(cutAtQuietMoment);
 }

@@ -14,8 +14,11 @@ struct SongFileOptions
 
     bool writeTags = true;
     PartialSongs partialSongs = PartialSongs::Keep;
+    // One file per song: cut at the quiet moment nearest each title change
+    // (SongCutter); off, at the whole frame nearest the title's interval.
+    bool cutAtQuietMoment = true;
 
-    // From the settings store (keys WriteTags and PartialSongs); what cannot
+    // From the settings store (keys WriteTags, PartialSongs and CutAtQuietMoment); what cannot
     // be read there keeps its default.
     static SongFileOptions fromStore();
     void store() const;

@@ -230,6 +230,8 @@ void StreamRecorder::onStreamInterrupted()
     if (!m_recording)
         return;
     m_stream.interrupt();
+    // The next connection's audio does not go on from this one's.
+    m_output.streamBroke();
     showWarnings();
     checkFailures();
 }
@@ -363,7 +365,40 @@ RecorderStats::Counters StreamRecorder::counters() const
         .blockWrites = m_output.blockWrites(),
         .bytesWritten = m_output.bytesWritten(),
         .format = m_output.format() ? formatName(*m_output.format()) : QString(),
+        .cutHeld = m_output.cutBytesHeld(),
+        .peakCutHeld = m_output.peakCutBytesHeld(),
     };
+}
+
+// The recording's own delay while its songs are cut; else what the settings keep.
+QString StreamRecorder::titleDelayText() const
+{
+    if (const TitleDelay *delay = m_output.titleDelay())
+        return delay->text();
+    return TitleDelay(delayStation()).text();
+}
+
+void StreamRecorder::setTitleDelay(double seconds)
+{
+    if (TitleDelay *delay = m_output.titleDelay())
+        delay->setByHand(seconds);
+    else
+        TitleDelay(delayStation()).setByHand(seconds);
+}
+
+void StreamRecorder::resetTitleDelay()
+{
+    if (TitleDelay *delay = m_output.titleDelay())
+        delay->reset();
+    else
+        TitleDelay(delayStation()).reset();
+}
+
+QString StreamRecorder::delayStation() const
+{
+    if (!m_settings.station.isEmpty())
+        return m_settings.station;
+    return m_recording ? m_address : m_settings.address;
 }
 
 QString StreamRecorder::shownTitle() const

@@ -110,6 +110,13 @@ public:
     const RecordingOutput &output() const { return m_output; }
     const StreamConnection &connection() const { return *m_connection; }
 
+    // The title delay of the station the settings name (its name, else its
+    // address): "Title delay: 2.4 s, learnt". Setting it by hand or resetting
+    // it reaches a recording under way at once.
+    QString titleDelayText() const;
+    void setTitleDelay(double seconds);
+    void resetTitleDelay();
+
 signals:
     void started();
     void stopped(const StopReason &reason);
@@ -174,6 +181,8 @@ private:
     bool sizeLimitReached() const;
     bool StopOverwrite();
     void Cleanup();
+    // Whose title delay the window shows: the name RecordingOutput learns it under.
+    QString delayStation() const;
 
     Prompt &m_prompt;
     PowerControl &m_power;

@@ -100,18 +100,24 @@ TEST_F(FrmSettingsTest, SongFileChoicesAreStoredOnOk)
     TrimTool trim;
     EXPECT_TRUE(SongFileOptions::fromStore().writeTags);
     EXPECT_EQ(SongFileOptions::fromStore().partialSongs, SongFileOptions::PartialSongs::Keep);
+    EXPECT_TRUE(SongFileOptions::fromStore().cutAtQuietMoment) << "on until turned off";
     for (const bool tags : {false, true}) {
         FrmSettings dialog(trim);
         expectAccessibleNames(&dialog);
         auto *writeTags = dialog.findChild<QCheckBox *>(u"chkWriteTags"_s);
         auto *partial = dialog.findChild<QComboBox *>(u"cboPartialSongs"_s);
-        ASSERT_TRUE(writeTags && partial);
+        auto *quietCut = dialog.findChild<QCheckBox *>(u"chkQuietCut"_s);
+        ASSERT_TRUE(writeTags && partial && quietCut);
         EXPECT_EQ(writeTags->isChecked(), !tags) << "shows what was stored";
+        EXPECT_EQ(quietCut->isChecked(), !tags);
+        EXPECT_EQ(quietCut->text(), u"Cut songs at the quiet moment nearest the title change"_s);
         writeTags->setChecked(tags);
+        quietCut->setChecked(tags);
         partial->setCurrentIndex(tags ? 2 : 1);
         QTest::mouseClick(dialog.findChild<QPushButton *>(u"cmdOk"_s), Qt::LeftButton);
         const SongFileOptions stored = SongFileOptions::fromStore();
         EXPECT_EQ(stored.writeTags, tags);
+        EXPECT_EQ(stored.cutAtQuietMoment, tags);
         EXPECT_EQ(stored.partialSongs,
                   tags ? SongFileOptions::PartialSongs::Delete : SongFileOptions::PartialSongs::Move);
     }

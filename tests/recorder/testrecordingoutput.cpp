@@ -116,17 +116,23 @@ TEST_F(RecordingOutputTest, BuildFileNameExpandsTheTemplate)
 
 TEST_F(RecordingOutputTest, SongFilesBeginWithTheirTagsAndAWholeFrameAndSayWhetherTheyAreWhole)
 {
-    for (const Clip clip : {Clip::Mp3, Clip::Adts, Clip::Vorbis}) {
-        SCOPED_TRACE(clipName(clip).toStdString());
+    // The clips are noise under a tone: no quiet moment, so a quiet search cuts at the title.
+    for (const auto &[clip, quietCut] :
+         {std::pair(Clip::Mp3, false), std::pair(Clip::Adts, false), std::pair(Clip::Vorbis, false),
+          std::pair(Clip::Mp3, true), std::pair(Clip::Adts, true), std::pair(Clip::Vorbis, true)}) {
+        SCOPED_TRACE(clipName(clip).toStdString() + (quietCut ? " quiet cut" : ""));
         QDir(path({})).removeRecursively();
         const Encoded &audio = encoded(clip);
-        start(audio.format, 5000);
+        SongFileOptions options;
+        options.cutAtQuietMoment = quietCut;
+        start(audio.format, 5000, options);
         play(audio.bytes, 5000, {{0, u"Alpha - One"_s}, {2, u"Beta - Two"_s}, {4, u"Three"_s}}, true);
         const QString ext = formatExtension(audio.format);
         ASSERT_EQ(names(), (QStringList{u"Alpha - One"_s + ext, u"Beta - Two"_s + ext, u"Three"_s + ext}));
-        const QStringList expected[] = {tags(u"Alpha"_s, u"One"_s, RecordingOutput::Partial),
-                                        tags(u"Beta"_s, u"Two"_s, RecordingOutput::Complete),
-                                        tags({}, u"Three"_s, RecordingOutput::Partial)};
+        const QStringList expected[] = {
+            tags(u"Alpha"_s, u"One"_s, RecordingOutput::Partial),
+            tags(u"Beta"_s, u"Two"_s, quietCut ? u"complete; cut at title"_s : RecordingOutput::Complete),
+            tags({}, u"Three"_s, RecordingOutput::Partial)};
         const QList<qint64> frames = frameStarts(audio);
         for (int i = 0; i < 3; ++i) {
             const QString file = path(names()[i]);
@@ -176,6 +182,73 @@ TEST_F(RecordingOutputTest, PartialSongsAreKeptMovedOrDeletedAndASongScanWritesN
     EXPECT_EQ(names(), (QStringList{u"B.mp3"_s, u"D.mp3"_s}));
     EXPECT_EQ(readTags(path(u"B.mp3"_s), StreamFormat::Mp3)[5], RecordingOutput::Complete);
     EXPECT_EQ(readTags(path(u"D.mp3"_s), StreamFormat::Mp3)[5], RecordingOutput::Partial);
+}
+
+TEST_F(RecordingOutputTest, UndecodableAudioIsCutAtOnceByFramesAndADropWritesWhatWasHeld)
+{
+    // Opus has no decoder here: the quiet search ends at once, and the files
+    // are those of the whole-frame rule, byte for byte.
+    const Encoded &opus = encoded(Clip::Opus);
+    const QList<Title> titles = {{0, u"A"_s}, {2, u"B"_s}, {4, u"C"_s}};
+    QList<QByteArray> files[2];
+    for (const bool quietCut : {false, true}) {
+        QDir(path({})).removeRecursively();
+        SongFileOptions options;
+        options.cutAtQuietMoment = quietCut;
+        start(StreamFormat::Ogg, 5000, options);
+        play(opus.bytes, 5000, titles, true);
+        EXPECT_LE(out.peakCutBytesHeld(), 5000) << "nothing waits for a search that cannot be";
+        for (const QString &name : names())
+            files[quietCut].append(TempProfile::readFile(path(name)));
+    }
+    EXPECT_EQ(files[0].size(), 3);
+    EXPECT_EQ(files[1], files[0]);
+
+    // Songs with gaps, and a connection that drops half a second after a
+    // title: the cut is made with what came and every held byte written.
+    const SongPlan plan{{0.8, 0.8}, 6};
+    const EncodedSound &sound = encodeSound(plan, plan.total(), {});
+    const qint64 title = sound.offsetAt(plan.start(1));
+    const qint64 drop = sound.offsetAt(plan.start(1) + 0.5);
+    const qint64 third = sound.offsetAt(plan.start(2) + 0.3);
+    QDir(path({})).removeRecursively();
+    start(StreamFormat::Mp3, 4000);
+    out.setWriteEnabled(true);
+    const QString song = path(u"%SONG%.mp3"_s);
+    out.NewSong(u"One"_s, true, song);
+    for (qint64 at = 0; at < sound.bytes.size();) {
+        qint64 next = std::min<qint64>(at + 4000, sound.bytes.size());
+        for (const qint64 mark : {title, drop, third})
+            if (mark > at)
+                next = std::min(next, mark);
+        const QByteArrayView bytes = QByteArrayView(sound.bytes).sliced(at, next - at);
+        out.WriteToDisk(bytes, false);
+        at = next;
+        // As the stream parser does: the bytes before a title come again after it.
+        if (at == title || at == third) {
+            out.NewSong(at == title ? u"Two"_s : u"Three"_s, true, song);
+            out.WriteToDisk(bytes, false);
+        }
+        if (at == drop) {
+            out.streamBroke();
+            EXPECT_EQ(out.cutBytesHeld(), 0);
+            EXPECT_EQ(names(), (QStringList{u"One.mp3"_s, u"Two.mp3"_s})) << "the song began at its gap";
+        }
+    }
+    out.CloseFile();
+    ASSERT_EQ(names(), (QStringList{u"One.mp3"_s, u"Three.mp3"_s, u"Two.mp3"_s}));
+    QByteArray all;
+    for (const QString &name : {u"One.mp3"_s, u"Two.mp3"_s, u"Three.mp3"_s}) {
+        const QByteArray bytes = TempProfile::readFile(path(name));
+        all += bytes.sliced(id3Size(bytes));
+    }
+    // From the first cut, in the lead-in's silence, every byte once and in
+    // order, up to the end but for an unfinished last frame.
+    const qsizetype first = sound.bytes.indexOf(all);
+    ASSERT_GE(first, 0);
+    EXPECT_LT(first, sound.offsetAt(plan.lead));
+    EXPECT_GE(first + all.size(), sound.bytes.size() - 1500);
+    EXPECT_EQ(readTags(path(u"Two.mp3"_s), StreamFormat::Mp3)[5], u"complete; cut at silence"_s);
 }
 
 TEST_F(RecordingOutputTest, NoSongFileIsOverwrittenButTheOneTheUserAgreedTo)
@@ -260,20 +333,28 @@ TEST_F(RecordingOutputTest, AContentTypeThatLiesLosesNoBytes)
                 {Clip::Mp3, StreamFormat::Aac, true},
                 {Clip::Adts, StreamFormat::Ogg, false}};
     for (const auto &row : rows) {
-        SCOPED_TRACE(clipName(row.clip).toStdString() + " as " + formatName(row.claimed).toStdString());
-        QDir(path({})).removeRecursively();
-        const QByteArray &audio = encoded(row.clip).bytes;
-        start(row.claimed, 5000);
-        play(audio, 5000, {{0, u"One"_s}, {3, u"Two"_s}}, true);
-        const QString ext = formatExtension(row.claimed);
-        ASSERT_EQ(names(), (QStringList{u"One"_s + ext, u"Two"_s + ext}));
-        const QByteArray one = TempProfile::readFile(path(u"One"_s + ext));
-        const QByteArray two = TempProfile::readFile(path(u"Two"_s + ext));
-        // Each file holds every byte of its region, today's overlap included.
-        EXPECT_EQ(one.sliced(id3Size(one)), audio.first(4 * 5000));
-        EXPECT_EQ(two.sliced(id3Size(two)), audio.sliced(3 * 5000));
-        EXPECT_EQ(id3Size(one) > 0, row.tagged);
-        EXPECT_EQ(out.takeWarnings().size(), row.tagged ? 0 : 2);
+        for (const bool quietCut : {false, true}) {
+            SCOPED_TRACE(clipName(row.clip).toStdString() + " as " + formatName(row.claimed).toStdString() +
+                         (quietCut ? " quiet cut" : ""));
+            QDir(path({})).removeRecursively();
+            const QByteArray &audio = encoded(row.clip).bytes;
+            SongFileOptions options;
+            options.cutAtQuietMoment = quietCut;
+            start(row.claimed, 5000, options);
+            play(audio, 5000, {{0, u"One"_s}, {3, u"Two"_s}}, true);
+            const QString ext = formatExtension(row.claimed);
+            ASSERT_EQ(names(), (QStringList{u"One"_s + ext, u"Two"_s + ext}));
+            const QByteArray one = TempProfile::readFile(path(u"One"_s + ext));
+            const QByteArray two = TempProfile::readFile(path(u"Two"_s + ext));
+            // Each file holds every byte of its region: by the whole-frame rule
+            // from the interval before its title, today's overlap included; cut
+            // by the cutter, which finds no frame, from its title's byte.
+            const qsizetype from = quietCut ? 5000 : 0;
+            EXPECT_EQ(one.sliced(id3Size(one)), audio.sliced(from, 4 * 5000 - from));
+            EXPECT_EQ(two.sliced(id3Size(two)), audio.sliced(quietCut ? 4 * 5000 : 3 * 5000));
+            EXPECT_EQ(id3Size(one) > 0, row.tagged);
+            EXPECT_EQ(out.takeWarnings().size(), row.tagged ? 0 : 2);
+        }
     }
 }
 

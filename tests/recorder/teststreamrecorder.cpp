@@ -2,6 +2,7 @@
 
 #include "base/apppaths.h"
 #include "recorder/streamformat.h"
+#include "recorder/titledelay.h"
 #include "support/eventwait.h"
 #include "support/fakepowercontrol.h"
 #include "support/icyserver.h"
@@ -72,8 +73,10 @@ protected:
         settings.saveTemplate = saveTemplate;
         settings.station = u"Loop"_s;
         settings.singleSong = singleSong;
-        // Files of the scripted station's bytes are compared byte for byte.
+        // Files of the scripted station's bytes are compared byte for byte,
+        // cut by the whole-frame rule the station's script knows.
         settings.songFiles.writeTags = false;
+        settings.songFiles.cutAtQuietMoment = false;
         return *recorder;
     }
     void start()
@@ -616,6 +619,163 @@ TEST_F(StreamRecorderTest, StopDuringTheConnectWaitEndsTheAttempt)
     recorder->stop();
     EXPECT_FALSE(recorder->Recording());
     EXPECT_EQ(socket.state(), QAbstractSocket::UnconnectedState);
+}
+
+// Songs with known gaps (real MP3 and AAC) from the loopback station, each
+// title announced `late` seconds after its song begins, at the first block
+// after that moment; recorded into song files cut at the quiet moment.
+class QuietCutTest : public StreamRecorderTest
+{
+protected:
+    static constexpr int Interval = 1600; // a tenth of a second at 128 kbit/s
+
+    // Returns the audio bytes the script sends: whole intervals of the sound, once.
+    qint64 script(const TestAudio::SongPlan &plan, const TestAudio::EncodedSound &sound, double late)
+    {
+        server.audio = sound.bytes;
+        server.metaInt = Interval;
+        server.songs.clear();
+        qint64 begun = 0; // the interval the song before began with
+        for (int i = 1; i < plan.songs(); ++i) {
+            // A song's title comes in the block after its first interval.
+            const qint64 block = (sound.offsetAt(plan.start(i) + late) + Interval - 1) / Interval;
+            server.songs.append({u"Song %1"_s.arg(i - 1).toUtf8(), int(block - 1 - begun)});
+            begun = block - 1;
+        }
+        const qint64 intervals = sound.bytes.size() / Interval;
+        server.songs.append({u"Song %1"_s.arg(plan.songs() - 1).toUtf8(), int(intervals - begun)});
+        return intervals * Interval;
+    }
+    // Starts a recording with the cut on.
+    void recordCut(const QString &station)
+    {
+        QDir(recordings()).removeRecursively();
+        make(u"./%SONG%.mp3"_s, true);
+        settings.station = station;
+        settings.songFiles.writeTags = true;
+        settings.songFiles.cutAtQuietMoment = true;
+        start();
+    }
+    // Records until `stopAt` audio bytes have come, all of the sound.
+    qint64 record(const QString &station, qint64 stopAt)
+    {
+        recordCut(station);
+        return stopAfter(stopAt);
+    }
+    // The audio of each song file, in song order.
+    static QList<QByteArray> songAudio()
+    {
+        QList<QByteArray> out;
+        for (const QString &name : recordedNames()) {
+            const QByteArray bytes = recorded(name);
+            out.append(bytes.sliced(TestAudio::id3Size(bytes)));
+        }
+        return out;
+    }
+    // Where each file begins in the sound, in seconds; checks that together
+    // they hold the sound from the first cut on, every byte once.
+    static QList<double> fileStarts(const QList<QByteArray> &files, const TestAudio::EncodedSound &sound)
+    {
+        const QByteArray all = files.join();
+        const qsizetype first = sound.bytes.indexOf(all);
+        EXPECT_GE(first, 0) << "the files are the sound, each byte once and in order";
+        QList<double> starts;
+        qint64 offset = first;
+        for (const QByteArray &file : files) {
+            double time = 0;
+            for (const AudioFrame &frame : sound.frames) {
+                if (frame.offset >= offset)
+                    break;
+                time += frame.duration;
+            }
+            starts.append(time);
+            offset += file.size();
+        }
+        return starts;
+    }
+};
+
+TEST_F(QuietCutTest, EachSongBeginsInItsGapWhetherTheTitleComesEarlyOnTimeOrLate)
+{
+    using namespace TestAudio;
+    const SongPlan plan{{0.8, 0.8, 0.8}, 8};
+    for (const StreamFormat format : {StreamFormat::Mp3, StreamFormat::Aac}) {
+        const EncodedSound &sound = encodeSound(plan, plan.total(), {format});
+        ASSERT_FALSE(sound.frames.empty());
+        for (const double late : {-2.0, 0.0, 2.0}) {
+            SCOPED_TRACE(formatName(format).toStdString() + " late " + std::to_string(late));
+            const qint64 sent = script(plan, sound, late);
+            server.contentType = format == StreamFormat::Mp3 ? "audio/mpeg" : "audio/aacp";
+            record(u"Gaps %1 %2"_s.arg(formatName(format)).arg(late), sent);
+            ASSERT_EQ(recordedNames().size(), plan.songs());
+            const QList<double> starts = fileStarts(songAudio(), sound);
+            for (int i = 1; i < plan.songs(); ++i) {
+                EXPECT_GE(starts[i], plan.end(i - 1) - 0.05) << i;
+                EXPECT_LE(starts[i], plan.start(i) + 0.05) << i;
+            }
+            const QString ext = formatExtension(format);
+            EXPECT_EQ(readTags(recordings() + u"Song 1"_s + ext, format)[5], u"complete; cut at silence"_s);
+            const RecorderStats::Counters counters = recorder->counters();
+            EXPECT_GT(counters.peakCutHeld, 0);
+            // The windows' 12 s and the decoder's settling at 128 kbit/s.
+            EXPECT_LE(counters.peakCutHeld, 13 * 16000);
+        }
+    }
+}
+
+TEST_F(QuietCutTest, TheDelayIsLearntFromThreeSongsAndPlacesACrossfadeWithoutAGap)
+{
+    using namespace TestAudio;
+    // Three gaps, then songs that crossfade over a second: nothing quiet to find.
+    const SongPlan plan{{0.8, 0.8, 0.8, -1.0}, 8};
+    const EncodedSound &sound = encodeSound(plan, plan.total(), {});
+    const qint64 sent = script(plan, sound, 2.0);
+    const QString station = u"Late by two"_s;
+    record(station, sent);
+    ASSERT_EQ(recordedNames().size(), plan.songs());
+    const QList<double> starts = fileStarts(songAudio(), sound);
+    for (int i = 1; i < 4; ++i)
+        EXPECT_LE(std::abs(starts[i] - (plan.end(i - 1) + plan.start(i)) / 2), 0.45) << i;
+    // By the title alone the last song would begin 2 s into the next; the
+    // learnt delay puts it near where the crossfade begins.
+    EXPECT_LE(std::abs(starts[4] - plan.start(4)), 1.0) << starts[4];
+    const TitleDelay delay(station);
+    EXPECT_EQ(delay.source(), TitleDelay::Source::Learnt);
+    EXPECT_NEAR(delay.seconds(), 2.4, 0.5);
+    EXPECT_EQ(recorder->titleDelayText(), delay.text());
+    const QStringList recording = {u"partial"_s, u"complete; cut at silence"_s, u"complete; cut at silence"_s,
+                                   u"complete; cut at title"_s, u"partial"_s};
+    for (int i = 0; i < plan.songs(); ++i)
+        EXPECT_EQ(readTags(recordings() + recordedNames()[i], StreamFormat::Mp3)[5], recording[i]) << i;
+    // Set by hand it is no longer learnt; reset, it is learnt again from nothing.
+    recorder->setTitleDelay(-1.5);
+    EXPECT_EQ(TitleDelay(station).seconds(), -1.5);
+    EXPECT_EQ(TitleDelay(station).source(), TitleDelay::Source::ByHand);
+    recorder->resetTitleDelay();
+    EXPECT_EQ(TitleDelay(station).source(), TitleDelay::Source::NotYetKnown);
+}
+
+TEST_F(QuietCutTest, StoppingInsideAWindowLosesNothing)
+{
+    using namespace TestAudio;
+    const SongPlan plan{{0.8, 0.8, 0.8}, 8};
+    const EncodedSound &sound = encodeSound(plan, plan.total(), {});
+    script(plan, sound, 0.0);
+    server.bytesPerSecond = 32000;
+    recordCut(u"Stopped early"_s);
+    // Half a second after the second title: its cut still waits for the audio after it.
+    stopSoonAfter(sound.offsetAt(plan.start(2) + 0.5));
+    const auto consumed = qint64(recorder->counters().bytesTotal);
+    ASSERT_LT(consumed, sound.offsetAt(plan.start(2) + 3));
+    ASSERT_EQ(recordedNames().size(), 3);
+    const QList<QByteArray> files = songAudio();
+    const QList<double> starts = fileStarts(files, sound);
+    EXPECT_GE(starts[2], plan.end(1) - 0.05);
+    EXPECT_LE(starts[2], plan.start(2) + 0.05);
+    // Up to the last byte taken, but for an unfinished last frame.
+    const qint64 first = sound.bytes.indexOf(files.join());
+    EXPECT_GE(first + files.join().size(), consumed - 1500);
+    EXPECT_EQ(recorder->counters().cutHeld, 0);
 }
 
 } // namespace

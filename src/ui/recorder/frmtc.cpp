@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLayout>
@@ -108,7 +109,23 @@ void FrmTC::wireControls()
     });
     connect(chkSingleSong, &QCheckBox::toggled, this, &FrmTC::handOverSettings);
     connect(txtScanSong, &QLineEdit::textChanged, this, &FrmTC::handOverSettings);
-    connect(tmrStats, &QTimer::timeout, this, [this] { showStatistics(m_recorder->counters()); });
+    connect(tmrStats, &QTimer::timeout, this, [this] {
+        showStatistics(m_recorder->counters());
+        // Learnt while recording; otherwise it changes only with the station.
+        if (m_recorder->Recording())
+            showTitleDelay();
+    });
+    connect(txtStream, &QLineEdit::textChanged, this, &FrmTC::showTitleDelay);
+    connect(btDelaySet, &QPushButton::clicked, this, [this] {
+        showTitleDelay();
+        m_recorder->setTitleDelay(txtDelay->value());
+        showTitleDelay();
+    });
+    connect(btDelayReset, &QPushButton::clicked, this, [this] {
+        showTitleDelay();
+        m_recorder->resetTitleDelay();
+        showTitleDelay();
+    });
     connect(tmrUpdate, &QTimer::timeout, this, [this] { showMonitor(m_recorder->counters()); });
     connect(tmrLaunch, &QTimer::timeout, this, &FrmTC::tmrLaunchTick);
     connect(lnkFolder, &QLabel::linkActivated, this, [this] { m_hooks.openFolder(m_writtenFolder); });
@@ -127,6 +144,7 @@ void FrmTC::wireRecorder()
         SetMode(true);
         cmdRecord->setText(captionRecord());
         showSummary();
+        showTitleDelay();
     });
     connect(r, &StreamRecorder::statusChanged, this,
             [this](const QString &text) { setLabel(lbStream, text); });
@@ -161,6 +179,7 @@ void FrmTC::load()
     if (txtSave->text().isEmpty())
         txtSave->setText(DefaultSaveTemplate);
     handOverSettings();
+    showTitleDelay();
     tmrStats->start();
     if (m_launch.launchMode)
         tmrLaunch->start();
@@ -171,6 +190,14 @@ void FrmTC::handOverSettings()
     RecordingSettings settings = recordingSettings();
     settings.songFiles = m_hooks.songFiles();
     m_recorder->setSettings(settings);
+}
+
+void FrmTC::showTitleDelay()
+{
+    // The station typed in counts until a recording starts.
+    if (!m_recorder->Recording())
+        handOverSettings();
+    setLabel(lbDelay, m_recorder->titleDelayText());
 }
 
 void FrmTC::SetMode(bool enabled)

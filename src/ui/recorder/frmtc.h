@@ -74,6 +74,8 @@ private:
     void load();
     // The inputs the recording reads while it runs go over as they change.
     void handOverSettings();
+    // lbDelay: the title delay of the station recorded, or to be.
+    void showTitleDelay();
 
     void cmdRecordClick();
     void cmdMonitorToggled(bool shown);

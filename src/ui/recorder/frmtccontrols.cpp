@@ -6,8 +6,10 @@
 #include "controls/themedprogressbar.h"
 #include "recorder/launchswitches.h"
 #include "recorder/streamrecorder.h"
+#include "recorder/titledelay.h"
 
 #include <QCheckBox>
+#include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -180,6 +182,7 @@ void FrmTCControls::showMonitor(const RecorderStats::Counters &counters)
     setLabel(lbSyncStat, RecorderStats::syncStatText(counters.discardedBytes, counters.resyncCount));
     setLabel(lbRealBytes, RecorderStats::bytesText(counters.bytesWritten));
     setLabel(lbBlock_Writes, QString::number(counters.blockWrites));
+    setLabel(lbCutHeld, RecorderStats::cutHeldText(counters.cutHeld, counters.peakCutHeld));
     lbValid->setVisible(counters.lastTextValid);
     lbInvalid->setVisible(!counters.lastTextValid);
     lbSync->setVisible(counters.inSync);
@@ -341,6 +344,23 @@ QWidget *FrmTCControls::buildStatus()
     lbBitrate = valueLabel(QStringLiteral("lbBitrate"));
     lbPackets = valueLabel(QStringLiteral("lbPackets"));
     Bar = percentBar(QStringLiteral("Bar"));
+    lbDelay = valueLabel(QStringLiteral("lbDelay"));
+    txtDelay = named(new QDoubleSpinBox, QStringLiteral("txtDelay"));
+    txtDelay->setRange(-TitleDelay::Limit, TitleDelay::Limit);
+    txtDelay->setDecimals(1);
+    txtDelay->setSingleStep(0.1);
+    txtDelay->setSuffix(tr(" s"));
+    txtDelay->setAccessibleName(tr("Title delay in seconds"));
+    txtDelay->setToolTip(
+        tr("How late the station's title changes come after its songs change (negative: early)"));
+    btDelaySet = named(new QPushButton(tr("Set by hand")), QStringLiteral("btDelaySet"));
+    btDelayReset = named(new QPushButton(tr("Reset")), QStringLiteral("btDelayReset"));
+    btDelayReset->setAccessibleName(tr("Reset the title delay"));
+    auto *delayRow = new QHBoxLayout;
+    delayRow->addWidget(lbDelay, 1);
+    delayRow->addWidget(txtDelay);
+    delayRow->addWidget(btDelaySet);
+    delayRow->addWidget(btDelayReset);
 
     int row = 0;
     addWide(grid, row, tr("Status:"), lbStream);
@@ -351,6 +371,7 @@ QWidget *FrmTCControls::buildStatus()
     addPair(grid, row, tr("Stored:"), lbStore, tr("Time:"), lbTime);
     addPair(grid, row, tr("Format:"), lbBitrate, tr("Metadata:"), lbPackets);
     addWide(grid, row, tr("Limit:"), Bar);
+    grid->addLayout(delayRow, row++, 0, 1, 4);
 
     lblSummary = valueLabel(QStringLiteral("lblSummary"));
     lblSummary->setWordWrap(true);
@@ -386,6 +407,7 @@ QWidget *FrmTCControls::buildMonitor()
     lbDCache = valueLabel(QStringLiteral("lbDCache"));
     Bar_Cache = percentBar(QStringLiteral("Bar_Cache"), tr("Disk cache filled"));
     lbSyncStat = valueLabel(QStringLiteral("lbSyncStat"));
+    lbCutHeld = valueLabel(QStringLiteral("lbCutHeld"));
     lbRealBytes = valueLabel(QStringLiteral("lbRealBytes"));
     lbBlock_Writes = valueLabel(QStringLiteral("lbBlock_Writes"));
     lbValid = indicator(QStringLiteral("lbValid"), tr("Valid"), Good);
@@ -406,6 +428,7 @@ QWidget *FrmTCControls::buildMonitor()
     grid->addWidget(Bar_Cache, row++, 1, 1, 3);
     addPair(grid, row, tr("Written:"), lbRealBytes, tr("Block writes:"), lbBlock_Writes);
     addWide(grid, row, tr("Sync:"), lbSyncStat);
+    addWide(grid, row, tr("Held for cuts:"), lbCutHeld);
     auto *indicators = new QHBoxLayout;
     indicators->addWidget(lbValid);
     indicators->addWidget(lbInvalid);

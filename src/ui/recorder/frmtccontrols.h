@@ -7,6 +7,7 @@
 #include <QString>
 
 class QCheckBox;
+class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -84,6 +85,11 @@ public:
     QLabel *lnkFolder = nullptr;
     QList<QWidget *> m_written; // the caption and the line
     QProgressBar *Bar = nullptr;
+    // The station's title delay, and setting it by hand or resetting it.
+    QLabel *lbDelay = nullptr;
+    QDoubleSpinBox *txtDelay = nullptr;
+    QPushButton *btDelaySet = nullptr;
+    QPushButton *btDelayReset = nullptr;
 
     QPushButton *cmdRecord = nullptr;
     QPushButton *cmdMonitor = nullptr;
@@ -99,6 +105,7 @@ public:
     QLabel *lbPacket_Max = nullptr;
     QLabel *lbDCache = nullptr;
     QProgressBar *Bar_Cache = nullptr;
+    QLabel *lbCutHeld = nullptr;
     QLabel *lbSyncStat = nullptr;
     QLabel *lbRealBytes = nullptr;
     QLabel *lbBlock_Writes = nullptr;

@@ -5,6 +5,7 @@
 #include "recorder/recorderstats.h"
 #include "recorder/songfileoptions.h"
 #include "recorder/streamrecorder.h"
+#include "recorder/titledelay.h"
 #include "support/accessiblenames.h"
 #include "support/eventwait.h"
 #include "support/fakepowercontrol.h"
@@ -15,6 +16,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -233,6 +235,22 @@ TEST_F(RecorderWindow, LaunchAppliesItsSwitchesRecordsToItsLimitThenActs)
         }
         delete window.data();
     }
+}
+
+TEST_F(RecorderWindow, TheStationsTitleDelayIsShownSetByHandAndReset)
+{
+    openFor(u"./%SONG%.mp3"_s, true);
+    auto *delay = child<QDoubleSpinBox>("txtDelay");
+    delay->setValue(3.5);
+    button("btDelaySet")->click();
+    EXPECT_EQ(TitleDelay(u"Loop"_s).source(), TitleDelay::Source::ByHand)
+        << "the station shown, not its address";
+    EXPECT_EQ(TitleDelay(u"Loop"_s).seconds(), 3.5);
+    EXPECT_EQ(text("lbDelay"), TitleDelay(u"Loop"_s).text());
+    EXPECT_TRUE(text("lbDelay").contains(u"3.5"_s)) << text("lbDelay").toStdString();
+    button("btDelayReset")->click();
+    EXPECT_EQ(TitleDelay(u"Loop"_s).source(), TitleDelay::Source::NotYetKnown);
+    EXPECT_EQ(text("lbDelay"), TitleDelay(u"Loop"_s).text());
 }
 
 TEST_F(RecorderWindow, ControlsKeepTheirRulesAndEachHasItsOwnName)
