@@ -13,10 +13,10 @@
 
 namespace {
 
-const QString unit = QStringLiteral("Unit");
-const QString Timer = QStringLiteral("Timer");
-const QString service = QStringLiteral("Service");
-const QString install = QStringLiteral("Install");
+const QString sectionUnit = QStringLiteral("Unit");
+const QString sectionTimer = QStringLiteral("Timer");
+const QString sectionService = QStringLiteral("Service");
+const QString sectionInstall = QStringLiteral("Install");
 
 const QString keyApplication = QStringLiteral("X-Tunecatch-ApplicationName");
 const QString keyCommandLine = QStringLiteral("X-Tunecatch-CommandLine");
@@ -61,7 +61,7 @@ QStringList arguments(const QString &commandLine)
 // The [Unit] section both files start with: the name and the comment.
 void addUnitSection(UnitFile &file, const QString &name, const QString &comment)
 {
-    file.section(unit);
+    file.section(sectionUnit);
     if (!comment.isEmpty())
         file.add(QStringLiteral("Description"), UnitText::escapeSpecifiers(comment));
     file.add(keyName, UnitText::encodeValue(name));
@@ -99,7 +99,7 @@ std::optional<std::pair<qint16, qint16>> readPair(const QString &text)
 
 std::optional<QString> decodedOr(const UnitFile &file, const QString &key, const QString &fallback)
 {
-    const QString value = file.value(service, key);
+    const QString value = file.value(sectionService, key);
     return value.isNull() ? std::optional<QString>(fallback) : UnitText::decodeValue(value);
 }
 
@@ -118,13 +118,13 @@ std::optional<qint32> readMaxRunTime(const QString &text)
 
 std::optional<qint32> readPriority(const UnitFile &file)
 {
-    const QString exact = file.value(service, keyPriority);
+    const QString exact = file.value(sectionService, keyPriority);
     bool ok = false;
     if (!exact.isNull()) {
         const qint32 priority = exact.toInt(&ok);
         return ok ? std::optional<qint32>(priority) : std::nullopt;
     }
-    const int nice = file.value(service, QStringLiteral("Nice")).toInt(&ok);
+    const int nice = file.value(sectionService, QStringLiteral("Nice")).toInt(&ok);
     for (const NiceLevel &level : niceLevels) {
         if (ok && level.nice == nice)
             return level.priority;
@@ -135,7 +135,7 @@ std::optional<qint32> readPriority(const UnitFile &file)
 std::optional<TaskDefinition> readService(const UnitFile &file)
 {
     TaskDefinition definition;
-    const QString exec = file.value(service, QStringLiteral("ExecStart"));
+    const QString exec = file.value(sectionService, QStringLiteral("ExecStart"));
     if (!exec.isNull()) {
         const std::optional<QStringList> words = UnitText::splitExecLine(exec);
         if (!words)
@@ -143,10 +143,10 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
         definition.applicationName = words->first();
         definition.parameters = words->mid(1).join(u' ');
     }
-    const QString description = file.value(unit, QStringLiteral("Description"));
+    const QString description = file.value(sectionUnit, QStringLiteral("Description"));
     const std::optional<QString> comment =
         UnitText::unescapeSpecifiers(description.isNull() ? QString() : description);
-    const QString folder = file.value(service, QStringLiteral("WorkingDirectory"));
+    const QString folder = file.value(sectionService, QStringLiteral("WorkingDirectory"));
     const std::optional<QString> workingDirectory =
         UnitText::unescapeSpecifiers(folder.isNull() ? QString() : folder);
     const std::optional<QString> application = decodedOr(file, keyApplication, definition.applicationName);
@@ -156,12 +156,12 @@ std::optional<TaskDefinition> readService(const UnitFile &file)
     const std::optional<QString> creator = decodedOr(file, keyCreator, QString());
     const std::optional<QString> account = decodedOr(file, keyAccount, QString());
     const std::optional<qint32> maxRunTime =
-        readMaxRunTime(file.value(service, QStringLiteral("RuntimeMaxSec")));
+        readMaxRunTime(file.value(sectionService, QStringLiteral("RuntimeMaxSec")));
     const std::optional<qint32> priority = readPriority(file);
-    const auto idleWait = readPair(file.value(service, keyIdleWait));
-    const auto errorRetry = readPair(file.value(service, keyErrorRetry));
+    const auto idleWait = readPair(file.value(sectionService, keyIdleWait));
+    const auto errorRetry = readPair(file.value(sectionService, keyErrorRetry));
     bool flagsOk = false;
-    definition.flags = file.value(service, keyFlags).toInt(&flagsOk);
+    definition.flags = file.value(sectionService, keyFlags).toInt(&flagsOk);
     if (!workingDirectory || !application || !parameters || !exactComment || !creator || !account ||
         !maxRunTime || !priority || !idleWait || !errorRetry || !flagsOk)
         return std::nullopt;
@@ -238,7 +238,7 @@ QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &defin
 {
     UnitFile file(header(name));
     addUnitSection(file, name, definition.comment);
-    file.section(Timer);
+    file.section(sectionTimer);
     for (const TriggerRecord &trigger : definition.triggers) {
         for (const QString &calendar : onCalendarsFor(trigger, context.today))
             file.add(QStringLiteral("OnCalendar"), calendar);
@@ -254,7 +254,7 @@ QByteArray TaskUnits::timerFile(const QString &name, const TaskDefinition &defin
     }
     for (const TriggerRecord &trigger : definition.triggers)
         file.add(keyTrigger, QString::fromLatin1(trigger.bytes().toHex()));
-    file.section(install);
+    file.section(sectionInstall);
     file.add(QStringLiteral("WantedBy"), QStringLiteral("timers.target"));
     return file.bytes();
 }
@@ -264,7 +264,7 @@ QByteArray TaskUnits::serviceFile(const QString &name, const TaskDefinition &def
 {
     UnitFile file(header(name));
     addUnitSection(file, name, definition.comment);
-    file.section(service);
+    file.section(sectionService);
     file.add(QStringLiteral("Type"), QStringLiteral("exec"));
     if (!definition.workingDirectory.isEmpty())
         file.add(QStringLiteral("WorkingDirectory"), UnitText::escapeSpecifiers(definition.workingDirectory));
@@ -328,7 +328,7 @@ std::optional<TaskDefinition> TaskUnits::read(const QByteArray &timer, const QBy
     std::optional<TaskDefinition> definition = readService(*serviceFile);
     if (!definition)
         return std::nullopt;
-    for (const QString &hex : timerFile->values(Timer, keyTrigger)) {
+    for (const QString &hex : timerFile->values(sectionTimer, keyTrigger)) {
         const std::optional<TriggerRecord> record =
             TriggerRecord::fromBytes(QByteArray::fromHex(hex.toLatin1()));
         if (!record || record->bytes().toHex() != hex.toLatin1())
@@ -343,6 +343,6 @@ std::optional<QString> TaskUnits::storedName(const QByteArray &unitFile)
     const std::optional<UnitFile> file = UnitFile::parse(unitFile);
     if (!file)
         return std::nullopt;
-    const QString value = file->value(unit, keyName);
+    const QString value = file->value(sectionUnit, keyName);
     return value.isNull() ? std::nullopt : UnitText::decodeValue(value);
 }
