@@ -257,12 +257,6 @@ public:
     }
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override { m_title = title; }
-    void showStreamText(const QString &) override {}
-    void showGenre(const QString &) override {}
-    void setHyperlinkA(const QString &) override {}
-    void setHyperlinkB(const QString &) override {}
-    QString scanSongText() const override { return {}; }
-    void showWaitScan(bool) override {}
     void switchToContinuous() override {}
     void setWriteEnabled(bool enabled) override { m_output.setWriteEnabled(enabled); }
     void WriteToDisk(QByteArrayView data, bool flush) override { m_output.WriteToDisk(data, flush); }

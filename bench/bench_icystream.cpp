@@ -40,12 +40,6 @@ public:
 
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override { m_title = title; }
-    void showStreamText(const QString &) override {}
-    void showGenre(const QString &) override {}
-    void setHyperlinkA(const QString &) override {}
-    void setHyperlinkB(const QString &) override {}
-    QString scanSongText() const override { return {}; }
-    void showWaitScan(bool) override {}
     void setWriteEnabled(bool enabled) override { output.setWriteEnabled(enabled && !m_folder.isEmpty()); }
     void WriteToDisk(QByteArrayView data, bool flush) override { output.WriteToDisk(data, flush); }
     void NewSong(const QString &title) override

@@ -82,12 +82,6 @@ class Host : public IcyStreamHost
 public:
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override { m_title = title; }
-    void showStreamText(const QString &) override {}
-    void showGenre(const QString &) override {}
-    void setHyperlinkA(const QString &) override {}
-    void setHyperlinkB(const QString &) override {}
-    QString scanSongText() const override { return {}; }
-    void showWaitScan(bool) override {}
     void switchToContinuous() override {}
 
 private:

@@ -15,18 +15,19 @@ public:
     // The current title (lbSong): read to detect a change, set on a change.
     virtual QString shownTitle() const = 0;
     virtual void showTitle(const QString &title) = 0;
+    // What a window shows of the station; a host without one shows nothing.
     // The station's own name from "icy-name:" (lbStream).
-    virtual void showStreamText(const QString &text) = 0;
+    virtual void showStreamText(const QString &) {}
     // "icy-genre:" (lbGenre).
-    virtual void showGenre(const QString &genre) = 0;
+    virtual void showGenre(const QString &) {}
     // The station's home address ("icy-url:") and the address from "StreamUrl".
-    virtual void setHyperlinkA(const QString &url) = 0;
-    virtual void setHyperlinkB(const QString &url) = 0;
+    virtual void setHyperlinkA(const QString &) {}
+    virtual void setHyperlinkB(const QString &) {}
 
     // A title to wait for (txtScanSong); empty when the scan is off.
-    virtual QString scanSongText() const = 0;
+    virtual QString scanSongText() const { return {}; }
     // Whether writing waits for that title (lblWaitScan).
-    virtual void showWaitScan(bool visible) = 0;
+    virtual void showWaitScan(bool) {}
 
     // The output stage (RecordingOutput).
     virtual void setWriteEnabled(bool enabled) = 0;

@@ -39,12 +39,6 @@ private:
 
     QString shownTitle() const override { return m_title; }
     void showTitle(const QString &title) override;
-    void showStreamText(const QString &) override {}
-    void showGenre(const QString &) override {}
-    void setHyperlinkA(const QString &) override {}
-    void setHyperlinkB(const QString &) override {}
-    QString scanSongText() const override { return {}; }
-    void showWaitScan(bool) override {}
     void setWriteEnabled(bool) override {}
     void WriteToDisk(QByteArrayView, bool) override {}
     void NewSong(const QString &) override {}
