@@ -33,6 +33,8 @@ packages=(
   # screenshots and readable text under a virtual display; xdotool types into the
   # running program and imagemagick's import captures its windows
   xvfb xauth fonts-dejavu-core xdotool imagemagick
+  # the screenshot script's loopback station
+  python3
   # the modifier keys asked of the X server; the tests press keys through XTEST
   libxcb1-dev libxcb-xtest0-dev
   # the manual page is checked by rendering it
