@@ -68,14 +68,22 @@ int StationColumns::stationPosition() const
 void StationColumns::clearNames()
 {
     m_nameWidth = 0;
+    m_advances.clear();
 }
 
 void StationColumns::measureName(const QString &name)
 {
     if (m_nameWidth >= StationNameWidth)
         return;
-    // Room for the cell's padding on either side.
-    const int width = m_grid.fontMetrics().horizontalAdvance(name) + 14;
+    // Character by character from a table: measuring each whole name of a
+    // large list costs more than filling the grid, and kerning only narrows.
+    int width = 14; // room for the cell's padding on either side
+    for (const QChar c : name) {
+        auto advance = m_advances.constFind(c);
+        if (advance == m_advances.cend())
+            advance = m_advances.insert(c, m_grid.fontMetrics().horizontalAdvance(c));
+        width += *advance;
+    }
     m_nameWidth = qMin(StationNameWidth, qMax(m_nameWidth, width));
 }
 

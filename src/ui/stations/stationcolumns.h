@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QObject>
 #include <QString>
 
@@ -35,4 +36,6 @@ private:
     LynxGrid &m_grid;
     // The width the widest station name shown needs, up to a limit.
     int m_nameWidth = 0;
+    // Advance of each character met in this fill, read from the font once.
+    QHash<QChar, int> m_advances;
 };
